@@ -1,0 +1,178 @@
+#include "gpon_onu_password_valid.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+#include "gpon_vald_trace_itf.h"
+#include "validation_guards.h"
+
+namespace {
+
+constexpr const char* kPasswordsHead =
+    "The ONU password must be unique per PON interface.\n Repeated passwords:\n";
+constexpr const char* kSerialsHead =
+    "ONU serial number must be unique and as shown on the product label.\n"
+    " Repeated serial numbers:\n";
+
+// Users find the ONUs of XGS-PON interfaces under this name too.
+constexpr const char* kInterfaceLabel = "interface gpon";
+
+constexpr const char* kPassword = "password";
+constexpr const char* kSerialNumber = "serial-number";
+constexpr std::int32_t kPasswordMethod = 2;
+// What identifies the vendor is compared as it stands.
+constexpr std::size_t kVendorCharacters = 4;
+
+constexpr const char* kInterfaces = "/config/interface/";
+constexpr const char* kGpon = "gpon";
+constexpr const char* kXgspon = "xgspon";
+
+using Credentials = std::multimap<std::string, std::string>;
+
+/// The method decides which of the two credentials counts; the other one is not even read.
+bool counts(const std::string& leaf_name, std::int32_t auth_method) {
+  const bool with_password = auth_method == kPasswordMethod;
+  return leaf_name == kSerialNumber ? !with_password : with_password;
+}
+
+void upper_case_after_vendor(std::string& serial) {
+  for (std::size_t i = kVendorCharacters; i < serial.size(); ++i) {
+    serial[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(serial[i])));
+  }
+}
+
+std::string report_line(const std::string& label, const std::string& leaf_name,
+                        const std::string& value) {
+  return label + " " + leaf_name + ": [" + value + "]\n";
+}
+
+/// The credentials of all ONUs of one interface.
+void collect_onus(int sock, confd_trans_ctx* tctx, const std::string& onus_path,
+                  const std::string& interface_key, int auth_method, Credentials& passwords,
+                  Credentials& serials) {
+  valid::Cursor onus(sock, tctx, "%s", onus_path.c_str());
+  while (onus.next()) {
+    const std::string onu = valid::value_text(&onus.entry().keys[0]);
+    const std::string prefix = onus_path + "{" + onu + "}/auth-method/";
+    ProfileOnuSerialPassword(sock, tctx, &passwords, interface_key, onu, prefix, kPassword,
+                             auth_method, kInterfaceLabel);
+    ProfileOnuSerialPassword(sock, tctx, &serials, interface_key, onu, prefix, kSerialNumber,
+                             auth_method, kInterfaceLabel);
+  }
+}
+
+std::int32_t check_card(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeypath_t* keypath) {
+  std::int32_t result = CONFD_OK;
+  std::stringstream message;
+  std::stringstream password_report;
+  Credentials serials;  // of both kinds of interfaces: they share one card
+  for (const char* const type : {kGpon, kXgspon}) {
+    const std::string interface_path = std::string(kInterfaces) + type;
+    const std::int32_t auth_method = getAuthMethod(sock, tctx, keypath);
+    std::string slot;
+    CheckOnuPwdAndSn(sock, tctx, interface_path + "/", interface_path, &serials, slot, auth_method,
+                     &result, password_report);
+  }
+  if (result == CONFD_ERR) {
+    message << kPasswordsHead << password_report.str();
+  }
+
+  std::int32_t serial_result = CONFD_OK;
+  std::stringstream serial_report;
+  evaluateOnuSerialPassword(serial_report, serials, kSerialNumber, &serial_result);
+  if (serial_result == CONFD_ERR) {
+    message << kSerialsHead << serial_report.str();
+    result = CONFD_ERR;
+  }
+
+  if (result == CONFD_ERR) {
+    confd_trans_seterr(tctx, "%s", message.str().c_str());
+  }
+  return result;
+}
+
+}  // namespace
+
+std::int32_t validate_onu_pwd_sn_unique(std::int32_t maapi_sock, confd_trans_ctx* tctx,
+                                        confd_hkeypath_t* keypath, confd_value_t* /*newval*/) {
+  const valid::ValidationTrace trace("validate_onu_pwd_sn_unique");
+  if (tctx == nullptr || keypath == nullptr) {
+    VALID_TRACE_IF(kTraceDetail, "Error - null pointer passed to validate_onu_pwd_sn_unique.");
+    return trace.end(CONFD_ERR);
+  }
+  return trace.end(check_card(maapi_sock, tctx, keypath));
+}
+
+std::int32_t getAuthMethod(std::int32_t maapi_sock, confd_trans_ctx* tctx,
+                           confd_hkeypath_t* keypath) {
+  const std::uint32_t chassis = CONFD_GET_UINT32(&keypath->v[1][0]);
+  const std::uint32_t slot = CONFD_GET_UINT32(&keypath->v[1][1]);
+  std::int32_t method = 0;
+  maapi_get_enum_value_elem(maapi_sock, tctx->thandle, &method,
+                            "/config/gpon{%d/%d}/onu-auth-method", static_cast<int>(chassis),
+                            static_cast<int>(slot));
+  return method;
+}
+
+void CheckOnuPwdAndSn(int sock, confd_trans_ctx* tctx, const std::string& listPath,
+                      const std::string& interfacePath, Credentials* serials,
+                      std::string& firstKeyText, int authMethod, std::int32_t* result,
+                      std::stringstream& passwordReport) {
+  valid::Cursor interfaces(sock, tctx, "%s", listPath.c_str());
+  while (interfaces.next()) {
+    // Slot and port are the last two keys; the chassis, where the list has it as a key, is 1.
+    const maapi_cursor& entry = interfaces.entry();
+    const int slot_key = std::max(entry.n - 2, 0);
+    firstKeyText = valid::value_text(&entry.keys[slot_key]);
+    const std::string port = valid::value_text(&entry.keys[slot_key + 1]);
+    const std::string onus_path = interfacePath + "{1 " + firstKeyText + " " + port + "}/onu";
+
+    Credentials passwords;
+    collect_onus(sock, tctx, onus_path, port, authMethod, passwords, *serials);
+    evaluateOnuSerialPassword(passwordReport, passwords, kPassword, result);
+  }
+}
+
+void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* credentials,
+                              const std::string& interfaceKey, const std::string& onuId,
+                              const std::string& leafPrefix, const std::string& leafName,
+                              const int& authMethod, std::string interfaceLabel) {
+  if (!counts(leafName, authMethod)) {
+    return;
+  }
+  std::array<char, valid::kValueTextSize> text;
+  const std::string path = leafPrefix + leafName;
+  if (maapi_get_str_elem(sock, tctx->thandle, text.data(), static_cast<int>(text.size()), "%s",
+                         path.c_str()) != CONFD_OK) {
+    return;
+  }
+  std::stringstream label;
+  label << interfaceLabel << " " << interfaceKey << " onu " << onuId;
+  std::string value = text.data();
+  if (leafName == kSerialNumber) {
+    upper_case_after_vendor(value);
+  }
+  credentials->emplace(value, label.str());
+}
+
+void evaluateOnuSerialPassword(std::stringstream& report, Credentials& credentials,
+                               const std::string& leafName, std::int32_t* result) {
+  std::string previous_value;
+  std::string previous_label;
+  bool in_group = false;
+  for (const auto& [value, label] : credentials) {
+    if (value == previous_value) {
+      if (!in_group) {
+        report << report_line(previous_label, leafName, previous_value);
+      }
+      report << report_line(label, leafName, value);
+      *result = CONFD_ERR;
+      in_group = true;
+    } else {
+      in_group = false;
+    }
+    previous_value = value;
+    previous_label = label;
+  }
+}

@@ -1,0 +1,56 @@
+#include "gpon_vlan_limit.h"
+
+#include <array>
+#include <cstdio>
+#include <string>
+
+#include "validation_guards.h"
+#include "vlan_mapping.h"
+
+namespace {
+
+constexpr std::uint32_t kMostMappingsPerPort = 20;
+
+// Said of the VEIP as well.
+constexpr const char* kTooManyMappings =
+    "Maximum number of VLAN Mappings exceeded. There cannot be more than %d VLAN Mappings per "
+    "Ethernet UNI port.";
+constexpr std::size_t kTextSize = 8192;
+
+std::string too_many_mappings() {
+  std::array<char, kTextSize> text;
+  std::snprintf(text.data(), text.size(), kTooManyMappings, static_cast<int>(kMostMappingsPerPort));
+  return text.data();
+}
+
+}  // namespace
+
+std::int32_t validate_vlan_limit(std::int32_t sock, confd_trans_ctx* tctx,
+                                 confd_hkeypath_t* keypath, confd_value_t* /*newval*/) {
+  const valid::ValidationTrace trace("validate_vlan_limit");
+  const char* const profile = CONFD_GET_CBUFPTR(&keypath->v[2][0]);
+
+  std::unordered_map<std::uint32_t, std::uint32_t> counter;
+  const auto count = [&counter](std::uint32_t port) {
+    return check_vlan_counter(port, counter) == CONFD_OK;
+  };
+  const auto rule = [&count](const valid::VlanMapping& mapping) -> std::string {
+    switch (valid::check_ports(mapping, count)) {
+      case valid::PortsResult::kRefused:
+        return too_many_mappings();
+      case valid::PortsResult::kUnreadable:
+        return valid::kTransactionUnreadable;
+      case valid::PortsResult::kAccepted:
+      case valid::PortsResult::kNone:
+        break;
+    }
+    return {};
+  };
+  return trace.end(valid::check_vlan_mappings(sock, tctx, profile, rule));
+}
+
+std::int32_t check_vlan_counter(std::uint32_t port,
+                                std::unordered_map<std::uint32_t, std::uint32_t>& counter) {
+  const std::uint32_t mappings = ++counter[valid::port_key(port)];
+  return mappings > kMostMappingsPerPort ? CONFD_ERR : CONFD_OK;
+}

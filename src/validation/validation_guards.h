@@ -1,0 +1,117 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "cl_elapsed_time.h"
+#include "confd_maapi.h"
+
+/// The small pieces that several validators share: guards for what must be closed again, and texts
+/// of keypaths and values.
+namespace valid {
+
+/// The trace bracket of a validator. Open it first, leave with `return trace.end(result);`.
+/// Where a validator traces another figure than it returns: `trace.end(0); return -1;`.
+/// An exception that leaves the validator writes no end record.
+class ValidationTrace {
+ public:
+  /// Starts the time and writes the begin record. The name is the validator's; it is not copied.
+  explicit ValidationTrace(const char* name);
+
+  /// Writes the end record with the milliseconds so far and gives the result back.
+  std::int32_t end(std::int32_t result) const;
+
+ private:
+  cl_ElapsedTime timer_;
+  const char* name_;
+};
+
+/// A walk over a list of the transaction:
+///   Cursor mappings(sock, tctx, "/config/profile/gpon/service-profile{%s}/vlan-mapping", name);
+///   while (mappings.next()) { ... mappings.entry().keys[0] ... }
+class Cursor {
+ public:
+  /// The path is a MAAPI path format with its arguments. A text from outside goes in as "%s", text.
+  template <typename... Args>
+  Cursor(int sock, const confd_trans_ctx* tctx, const char* path, Args... args)
+      : open_(maapi_init_cursor(sock, tctx->thandle, &cursor_, path, args...) == CONFD_OK) {}
+  Cursor(const Cursor&) = delete;
+  Cursor& operator=(const Cursor&) = delete;
+  ~Cursor();
+
+  /// Steps to the next entry. False at the end of the list, and where it cannot be read.
+  bool next();
+
+  /// The current entry: `n` keys in `keys`, which stay with ConfD until the next step.
+  maapi_cursor& entry() { return cursor_; }
+
+  /// Ends the walk but leaves the cursor open; ConfD reclaims it with the transaction.
+  void release() { open_ = false; }
+
+ private:
+  maapi_cursor cursor_{};
+  bool open_;
+};
+
+/// A query over the transaction, one selected node an entry, results as tagged values:
+///   Query onus(sock, tctx, xpath, chunk_size, "rg-profile");
+///   if (!onus.started()) ...
+///   while (const confd_query_result* chunk = onus.next_chunk()) { ... chunk->results[i].tv ... }
+class Query {
+ public:
+  /// chunk_size 0 leaves the size of a chunk to ConfD.
+  Query(int sock, const confd_trans_ctx* tctx, const char* xpath, int chunk_size,
+        const char* selection);
+  Query(const Query&) = delete;
+  Query& operator=(const Query&) = delete;
+  ~Query();
+
+  [[nodiscard]] bool started() const { return handle_ >= 0; }
+
+  /// The next chunk with results; it lives until the next call or the query's end. Null at the end,
+  /// and where the chunk cannot be read.
+  const confd_query_result* next_chunk();
+
+ private:
+  void free_chunk();
+
+  int sock_;
+  int handle_;
+  confd_query_result* chunk_ = nullptr;
+};
+
+/// A read session on the committed configuration.
+class ConfigSession {
+ public:
+  /// Whether a session that could not be opened is closed nevertheless.
+  enum class AfterFailedStart { kEnd, kLeave };
+
+  ConfigSession(const confd_trans_ctx* tctx, AfterFailedStart after_failed_start);
+  ConfigSession(const ConfigSession&) = delete;
+  ConfigSession& operator=(const ConfigSession&) = delete;
+  ~ConfigSession();
+
+  [[nodiscard]] bool open() const { return socket_ > 0; }
+  /// The CDB socket; 0 or less where the session is not open.
+  [[nodiscard]] int socket() const { return socket_; }
+  /// Closes the session before the guard's scope ends.
+  void end();
+
+ private:
+  void* handle_;
+  int socket_;
+};
+
+constexpr std::size_t kKeypathTextSize = 1024;
+constexpr std::size_t kValueTextSize = 8192;
+
+/// The keypath as text, such as "/config/interface/gpon{1 1 3}/onu", cut to size - 1 characters.
+/// The size is at most kValueTextSize.
+std::string keypath_text(const confd_hkeypath_t* keypath, std::size_t size = kKeypathTextSize);
+
+/// The value as confd_pp_value prints it, cut to size - 1 characters. The size is at most
+/// kValueTextSize.
+std::string value_text(const confd_value_t* value, std::size_t size = kValueTextSize);
+
+}  // namespace valid
