@@ -1,0 +1,94 @@
+#include "standalone/confd/format.h"
+
+#include <string_view>
+
+#include "confd_lib.h"
+#include "standalone/confd/print.h"
+
+namespace tarnd::confd {
+namespace {
+
+bool add_values(std::string& text, const confd_value_t* values, int count) {
+  if (values == nullptr || count < 0) return false;
+  for (int i = 0; i < count; ++i) text += (i > 0 ? " " : "") + key_text(values[i]);
+  return true;
+}
+
+// A keypath begins the path; of its elements the outermost `count` are taken.
+bool add_keypath(std::string& text, const confd_hkeypath_t* keypath, int count) {
+  if (!text.empty() || keypath == nullptr) return false;
+  if (keypath->len > MAXDEPTH || count < 0 || count > keypath->len) return false;
+  text = keypath_text(*keypath, keypath->len - count);
+  return true;
+}
+
+bool add_keypath(std::string& text, const confd_hkeypath_t* keypath) {
+  return keypath != nullptr && add_keypath(text, keypath, keypath->len);
+}
+
+// The arguments of one call. A type of its own, so that it can be handed on by reference.
+struct Arguments {
+  std::va_list list;
+};
+
+// Reads the directive behind a '%' and moves over it.
+bool add_directive(std::string& text, std::string_view& format, Arguments& arguments) {
+  const bool counted = format.starts_with('*');
+  const int count = counted ? va_arg(arguments.list, int) : 1;
+  if (counted) format.remove_prefix(1);
+  const char directive = format.empty() ? '\0' : format.front();
+  if (!format.empty()) format.remove_prefix(1);
+  switch (directive) {
+    case 'x':
+      return add_values(text, va_arg(arguments.list, const confd_value_t*), count);
+    case 'h': {
+      const auto* keypath = va_arg(arguments.list, const confd_hkeypath_t*);
+      return counted ? add_keypath(text, keypath, count) : add_keypath(text, keypath);
+    }
+    default:
+      break;
+  }
+  if (counted) return false;
+  switch (directive) {
+    case 'd':
+      text += std::to_string(va_arg(arguments.list, int));
+      return true;
+    case 'u':
+      text += std::to_string(va_arg(arguments.list, unsigned int));
+      return true;
+    case 's': {
+      const char* argument = va_arg(arguments.list, const char*);
+      if (argument != nullptr) text += argument;
+      return argument != nullptr;
+    }
+    case '%':
+      text += '%';
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> format_path(const char* format, std::va_list arguments) {
+  if (format == nullptr) return std::nullopt;
+  Arguments own;
+  va_copy(own.list, arguments);
+  std::string text;
+  std::string_view rest(format);
+  bool good = true;
+  while (good && !rest.empty()) {
+    const std::size_t plain = std::min(rest.find('%'), rest.size());
+    text.append(rest.substr(0, plain));
+    rest.remove_prefix(plain);
+    if (rest.empty()) break;
+    rest.remove_prefix(1);
+    good = add_directive(text, rest, own);
+  }
+  va_end(own.list);
+  if (!good) return std::nullopt;
+  return text;
+}
+
+}  // namespace tarnd::confd

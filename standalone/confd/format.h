@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdarg>
+#include <optional>
+#include <string>
+
+namespace tarnd::confd {
+
+/// The text of a path argument: a format with %d, %u and %s as in printf, %x for a value, %*x for a
+/// count and values, %h for a keypath at the start, %*h for a number of elements, counted from the
+/// root, and a keypath. Nothing where the format is none of these or an argument is missing.
+std::optional<std::string> format_path(const char* format, std::va_list arguments);
+
+}  // namespace tarnd::confd

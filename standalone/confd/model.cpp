@@ -1,0 +1,84 @@
+#include "standalone/confd/model.h"
+
+#include <algorithm>
+#include <deque>
+#include <filesystem>
+#include <stdexcept>
+
+namespace tarnd::confd {
+namespace {
+
+constexpr const char* kKnownNumbers = "known-numbers.txt";
+
+Model* loaded = nullptr;
+
+NameNumbers read_numbers(const store::Schema& schema) {
+  const char* const* folders = ly_ctx_get_searchdirs(schema.context());
+  try {
+    return NameNumbers(std::filesystem::path(folders[0]) / kKnownNumbers);
+  } catch (const std::runtime_error& error) {
+    throw store::InputError(error.what());
+  }
+}
+
+}  // namespace
+
+Model::Model(const store::Schema& schema) : schema_(schema), numbers_(read_numbers(schema)) {
+  nodes_.reserve(schema.nodes().size());
+  for (const store::SchemaNode& node : schema.nodes()) {
+    numbers_.add(node.name);
+    ModelNode& added = nodes_.emplace_back();
+    added.schema = &node;
+    added.lysc = node.lysc;
+    added.name = node.name;
+    added.number = numbers_.number(node.name);
+    added.type.leaf = &node;
+    added.cs.tag = added.number;
+    added.cs.ns = numbers_.namespace_number();
+    added.cs.info.type = node.value != store::ValueKind::kNone ? &added.type : nullptr;
+    added.cs.opaque = &added;
+  }
+  for (ModelNode& node : nodes_) {
+    confd_cs_node** link = &node.cs.children;
+    for (const store::SchemaNode* child : node.schema->children) {
+      confd_cs_node& cs = nodes_[child->position].cs;
+      cs.parent = &node.cs;
+      *link = &cs;
+      link = &cs.next;
+    }
+  }
+}
+
+bool Model::describes(const store::Schema& schema) const {
+  return &schema == &schema_ &&
+         std::equal(nodes_.begin(), nodes_.end(), schema.nodes().begin(), schema.nodes().end(),
+                    [](const ModelNode& known, const store::SchemaNode& node) {
+                      return known.schema == &node && known.lysc == node.lysc &&
+                             known.name == node.name;
+                    });
+}
+
+const lysc_type* type_of(const store::SchemaNode& leaf) {
+  if (leaf.kind == store::NodeKind::kLeafList) {
+    return reinterpret_cast<const lysc_node_leaflist*>(leaf.lysc)->type;
+  }
+  return reinterpret_cast<const lysc_node_leaf*>(leaf.lysc)->type;
+}
+
+const Model& load_model(const store::Schema& schema) {
+  // Applications may keep schema nodes for good, so no model ever goes. A later schema may stand
+  // where an earlier one stood.
+  static std::deque<Model> models;
+  if (loaded != nullptr && loaded->describes(schema)) return *loaded;
+  for (Model& model : models) {
+    if (model.describes(schema)) return *(loaded = &model);
+  }
+  loaded = &models.emplace_back(schema);
+  return *loaded;
+}
+
+Model* loaded_model() {
+  return loaded;
+}
+
+}  // namespace tarnd::confd

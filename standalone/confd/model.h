@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "confd_lib.h"
+#include "model/name_numbers.h"
+#include "standalone/store/schema.h"
+
+/// A leaf's type: the leaf itself knows it.
+struct confd_type {
+  const tarnd::store::SchemaNode* leaf = nullptr;
+};
+
+namespace tarnd::confd {
+
+/// What the client library knows about one node of the model.
+struct ModelNode {
+  const store::SchemaNode* schema = nullptr;
+  const lysc_node* lysc = nullptr;
+  std::string name;
+  std::uint32_t number = 0;
+  confd_type type;
+  confd_cs_node cs = {};
+};
+
+/// The model with the numbers of its names.
+class Model {
+ public:
+  /// Reads the known numbers beside the model's own files. Throws store::InputError.
+  explicit Model(const store::Schema& schema);
+
+  [[nodiscard]] const ModelNode& node(const store::SchemaNode& schema) const {
+    return nodes_[schema.position];
+  }
+  [[nodiscard]] const store::Schema& schema() const { return schema_; }
+  [[nodiscard]] std::uint32_t namespace_number() const { return numbers_.namespace_number(); }
+  /// The name with that number, or null.
+  [[nodiscard]] const std::string* name_of(std::uint32_t number) const {
+    return numbers_.name_of(number);
+  }
+  /// The node as the client library shows it.
+  [[nodiscard]] confd_cs_node* cs_node(const store::SchemaNode& schema) {
+    return &nodes_[schema.position].cs;
+  }
+
+  /// The model is still the one of that schema.
+  [[nodiscard]] bool describes(const store::Schema& schema) const;
+
+ private:
+  const store::Schema& schema_;
+  NameNumbers numbers_;
+  std::vector<ModelNode> nodes_;
+};
+
+/// The type of a leaf or leaf-list.
+const lysc_type* type_of(const store::SchemaNode& leaf);
+
+/// The model of the schema, made at the first call and kept for the life of the process. It becomes
+/// the model that the helpers without a session answer for.
+const Model& load_model(const store::Schema& schema);
+
+/// The model loaded last, or null before the first.
+Model* loaded_model();
+
+}  // namespace tarnd::confd

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "confd_lib.h"
+#include "standalone/confd/model.h"
+
+namespace tarnd::confd {
+
+/// The value of a leaf as it stands. Its text belongs to the configuration: it lives as long as the
+/// leaf stands unchanged, and nobody frees it.
+confd_value_t leaf_value(const Model& model, const lyd_node* leaf);
+
+/// A copy with memory of its own, for an application that gives it to confd_free_value. The value
+/// is none of a list.
+confd_value_t own_value(confd_value_t value);
+confd_value_t own_leaf_value(const Model& model, const lyd_node* leaf);
+
+/// The values of a leaf-list as one C_LIST, with memory of its own.
+confd_value_t own_list_value(const Model& model, std::span<const lyd_node* const> values);
+
+/// The tag of a node as a value.
+confd_value_t tag_value(const Model& model, const store::SchemaNode& node);
+
+/// Copies a text with its NUL into an application's buffer, or fails and leaves the buffer as it
+/// was where it does not fit.
+int copy_text(const confd_buf_t& text, char* buf, int size);
+
+/// Frees what the value points to and leaves it pointing nowhere.
+void release(confd_value_t& value);
+
+/// Owns what its value points to.
+class OwnedValue {
+ public:
+  OwnedValue() { CONFD_SET_NOEXISTS(&value_); }
+  explicit OwnedValue(const confd_value_t& value) : value_(value) {}
+  OwnedValue(const OwnedValue&) = delete;
+  OwnedValue& operator=(const OwnedValue&) = delete;
+  OwnedValue(OwnedValue&& other) noexcept : value_(other.take()) {}
+  OwnedValue& operator=(OwnedValue&& other) noexcept;
+  ~OwnedValue() { release(value_); }
+
+  [[nodiscard]] const confd_value_t& get() const { return value_; }
+  [[nodiscard]] confd_value_t* data() { return &value_; }
+  /// Hands the value on; what remains is C_NOEXISTS.
+  confd_value_t take();
+
+ private:
+  confd_value_t value_;
+};
+
+/// A leaf's value from its text, in the lexical form of a configuration file: clear text of an
+/// encrypted leaf is encrypted. Nothing where the type does not have that value.
+std::optional<OwnedValue> parse_value(const Model& model, const store::SchemaNode& leaf,
+                                      std::string_view text);
+
+}  // namespace tarnd::confd

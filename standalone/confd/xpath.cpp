@@ -1,0 +1,226 @@
+#include "standalone/confd/xpath.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <memory>
+
+#include "confd_maapi.h"
+#include "standalone/confd/errors.h"
+#include "standalone/confd/place.h"
+#include "standalone/confd/xpath_text.h"
+#include "standalone/store/libyang_compat.h"
+
+namespace tarnd::confd {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::string_view kCount = "count";
+
+std::string_view trimmed(std::string_view text) {
+  const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
+  text.remove_prefix(begin);
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+// What stands between the parentheses of "count(...)". Where the last one does not close the first,
+// what stands between them is no expression, and is found to be none when it is evaluated: then the
+// whole is something else than a count.
+std::optional<std::string> counted_path(std::string_view expression) {
+  expression = trimmed(expression);
+  if (!expression.starts_with(kCount) || !expression.ends_with(')')) return std::nullopt;
+  expression.remove_prefix(kCount.size());
+  expression = trimmed(expression);
+  if (!expression.starts_with('(')) return std::nullopt;
+  return std::string(expression.substr(1, expression.size() - 2));
+}
+
+bool begins_step(char c) {
+  return c == '*' || c == '/' || c == '_' || std::isalpha(static_cast<unsigned char>(c)) != 0;
+}
+
+// The document root is part of a node set, but no node of the tree. Only a lone "/", the steps "."
+// and "..", spelt-out axes and functions lead to it.
+bool may_name_root(std::string_view path) {
+  if (path.find_first_of(".(") != std::string_view::npos ||
+      path.find("::") != std::string_view::npos) {
+    return true;
+  }
+  for (std::size_t slash = path.find('/'); slash != std::string_view::npos;
+       slash = path.find('/', slash + 1)) {
+    const std::size_t next = path.find_first_not_of(kBlanks, slash + 1);
+    if (next == std::string_view::npos || !begins_step(path[next])) return true;
+  }
+  return false;
+}
+
+// Where the predicates of a path open, outside other predicates; nothing where the expression is
+// more than one path from the root.
+std::optional<std::vector<std::size_t>> predicates_of_path(std::string_view expression) {
+  constexpr std::string_view kPathMarks = "/_-.:*@";
+  if (!expression.starts_with('/')) return std::nullopt;
+  std::vector<std::size_t> opens;
+  int depth = 0;
+  char quote = '\0';
+  for (std::size_t at = 0; at < expression.size(); ++at) {
+    const char c = expression[at];
+    if (quote != '\0') {
+      if (c == quote) quote = '\0';
+    } else if (depth > 0 && (c == '\'' || c == '"')) {
+      quote = c;
+    } else if (c == '[') {
+      if (depth++ == 0) opens.push_back(at);
+    } else if (c == ']') {
+      if (--depth < 0) return std::nullopt;
+    } else if (depth == 0 && std::isalnum(static_cast<unsigned char>(c)) == 0 &&
+               kPathMarks.find(c) == std::string_view::npos) {
+      return std::nullopt;
+    }
+  }
+  if (depth != 0 || quote != '\0') return std::nullopt;
+  return opens;
+}
+
+// XPath's string value of a node: the texts of its leaves, one behind the other.
+std::string string_value(const lyd_node* node) {
+  if ((node->schema->nodetype & (LYS_LEAF | LYS_LEAFLIST)) != 0) {
+    return std::string(store::value_text(node));
+  }
+  std::string text;
+  for (const lyd_node* child = lyd_child(node); child != nullptr; child = child->next) {
+    text += string_value(child);
+  }
+  return text;
+}
+
+}  // namespace
+
+XPath::XPath(const store::Datastore& datastore, const lyd_node* context)
+    : datastore_(datastore), context_(context) {
+  datastore.settle_order();
+}
+
+XPath::Outcome XPath::find(const std::string& expression, std::vector<const lyd_node*>& nodes) {
+  ly_set* found = nullptr;
+  const std::string safe = without_and_or(expression);
+  const LY_ERR result = store::find_xpath(context_, datastore_.root(), safe.c_str(), &found);
+  const auto free_set = [](ly_set* set) { ly_set_free(set, nullptr); };
+  const std::unique_ptr<ly_set, decltype(free_set)> set(found, free_set);
+  if (result != LY_SUCCESS) {
+    error_ = store::take_libyang_error(datastore_.schema().context());
+    if (names_nothing(expression)) return Outcome::kNodes;
+    return result == LY_EINVAL ? Outcome::kOtherType : Outcome::kMalformed;
+  }
+  ly_err_clean(datastore_.schema().context(), nullptr);
+  nodes.assign(set->dnodes, set->dnodes + set->count);
+  return Outcome::kNodes;
+}
+
+// libyang takes a condition with "and" or "or" for the path's own value where it has no node to
+// hold it against. A well-formed path that ends at such a place names nothing.
+bool XPath::names_nothing(const std::string& expression) {
+  const std::string path(trimmed(expression));
+  const auto predicates = predicates_of_path(path);
+  if (!predicates.has_value()) return false;
+  const store::Schema& schema = datastore_.schema();
+  const bool ends = std::any_of(predicates->begin(), predicates->end(), [&](std::size_t open) {
+    ly_set* found = nullptr;
+    const LY_ERR result =
+        store::find_xpath(context_, datastore_.root(), path.substr(0, open).c_str(), &found);
+    const bool none = result == LY_SUCCESS && found->count == 0;
+    ly_set_free(found, nullptr);
+    return none;
+  });
+  if (!ends) return false;
+  ly_set* atoms = nullptr;
+  const LY_ERR well_formed =
+      lys_find_xpath_atoms(schema.context(), schema.root().lysc, path.c_str(), 0, &atoms);
+  ly_set_free(atoms, nullptr);
+  ly_err_clean(schema.context(), nullptr);
+  return well_formed == LY_SUCCESS;
+}
+
+std::optional<std::vector<const lyd_node*>> XPath::nodes(const std::string& expression) {
+  std::vector<const lyd_node*> found;
+  if (find(expression, found) != Outcome::kNodes) return std::nullopt;
+  return found;
+}
+
+std::optional<std::string> XPath::text(const std::string& expression) {
+  std::vector<const lyd_node*> found;
+  const auto path = counted_path(expression);
+  if (path.has_value() && find(*path, found) == Outcome::kNodes) return count(*path, found.size());
+  switch (find(expression, found)) {
+    case Outcome::kNodes:
+      return found.empty() ? std::string() : string_value(found.front());
+    case Outcome::kOtherType:
+      return truth_value(expression);
+    case Outcome::kMalformed:
+      break;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> XPath::count(const std::string& path, std::size_t found) {
+  std::string number = std::to_string(found);
+  if (!may_name_root(path) || holds("count(" + path + ")=" + number) == true) return number;
+  error_ = "the document root cannot be counted";
+  return std::nullopt;
+}
+
+// libyang tells the value of a condition only. A truth value is what is equal to one both as a
+// text and as a number.
+std::optional<std::string> XPath::truth_value(const std::string& expression) {
+  const std::string text = "string(" + expression + ")=";
+  const std::string number = " and number(" + expression + ")=";
+  if (holds(text + "'true'" + number + "1") == true) return "true";
+  if (holds(text + "'false'" + number + "0") == true) return "false";
+  error_ = "neither a node set, nor its count, nor a truth value";
+  return std::nullopt;
+}
+
+std::optional<bool> XPath::holds(const std::string& condition) {
+  if (context_ == nullptr) {
+    const auto found = nodes("/self::node()[" + condition + "]/*");
+    return found.has_value() ? std::optional(!found->empty()) : std::nullopt;
+  }
+  ly_bool result = 0;
+  if (lyd_eval_xpath(context_, without_and_or(condition).c_str(), &result) == LY_SUCCESS)
+    return result != 0;
+  error_ = store::take_libyang_error(datastore_.schema().context());
+  return std::nullopt;
+}
+
+namespace {
+
+int eval_expr(int sock, int thandle, const char* expr, char** res, const char* fmt,
+              std::va_list args) {
+  *res = nullptr;
+  const SessionState* session = enter_session(PlatformCall::maapi_xpath_eval_expr, sock, thandle);
+  if (session == nullptr) return CONFD_ERR;
+  const store::Datastore& datastore = session->transaction.datastore();
+  const lyd_node* context = nullptr;
+  if (fmt != nullptr) {
+    const auto path = read_path(session->model, fmt, args);
+    if (!path.has_value()) return CONFD_ERR;
+    context = datastore.find(*path);
+    if (context == nullptr) return fail(CONFD_ERR_NOEXISTS, "the context node does not exist");
+  }
+  XPath xpath(datastore, context);
+  const std::optional<std::string> text = xpath.text(expr);
+  if (!text.has_value()) return fail(CONFD_ERR_XPATH, xpath.error());
+  *res = strdup(text->c_str());
+  return CONFD_OK;
+}
+
+}  // namespace
+}  // namespace tarnd::confd
+
+int maapi_xpath_eval_expr(int sock, int thandle, const char* expr, char** res, void (*)(char*),
+                          const char* fmtpath, ...) {
+  va_list args;
+  va_start(args, fmtpath);
+  const int result = tarnd::confd::eval_expr(sock, thandle, expr, res, fmtpath, args);
+  va_end(args);
+  return result;
+}

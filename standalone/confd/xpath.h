@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "standalone/store/datastore.h"
+
+namespace tarnd::confd {
+
+/// XPath expressions over a datastore's tree, through libyang. Names without a prefix are those of
+/// the model. The context is a node of the tree, or null for the document root.
+class XPath {
+ public:
+  XPath(const store::Datastore& datastore, const lyd_node* context);
+
+  /// The nodes that the expression names, in the order of the tree. Nothing where it is malformed
+  /// or no node set; error() tells why.
+  std::optional<std::vector<const lyd_node*>> nodes(const std::string& expression);
+
+  /// The expression's value as text, like XPath's string(): of a node set (the first node's), of
+  /// a truth value, and of count() of a node set. Nothing for anything else.
+  std::optional<std::string> text(const std::string& expression);
+
+  [[nodiscard]] const std::string& error() const { return error_; }
+
+ private:
+  enum class Outcome { kNodes, kOtherType, kMalformed };
+
+  Outcome find(const std::string& expression, std::vector<const lyd_node*>& nodes);
+  bool names_nothing(const std::string& expression);
+  std::optional<bool> holds(const std::string& condition);
+  std::optional<std::string> count(const std::string& path, std::size_t found);
+  std::optional<std::string> truth_value(const std::string& expression);
+
+  const store::Datastore& datastore_;
+  const lyd_node* context_;
+  std::string error_;
+};
+
+}  // namespace tarnd::confd

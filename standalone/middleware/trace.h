@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+namespace tarnd {
+
+/// How much of a validation's trace is written; each level includes the ones before it.
+enum class TraceLevel : std::uint8_t {
+  kOff,
+  kFlow,    ///< level 12: begin and end of every validation, decisions, failures
+  kEntry,   ///< level 11: the check of each service port
+  kDetail,  ///< level 10: objects read, keypaths, the debug log
+};
+
+/// From now on the trace goes to standard error, a record a line: level, function, source and line,
+/// text. Categories that were registered before follow. Without a call nothing is written.
+/// Throws std::runtime_error where the log library refuses.
+void start_trace(TraceLevel level);
+
+}  // namespace tarnd

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+namespace tarnd {
+
+/// Every call that the platform offers to a plug-in, one enumerator a function.
+enum class PlatformCall : std::uint8_t {
+#define TARND_PLATFORM_CALL(name) name,
+#include "standalone/platform_calls.def"
+#undef TARND_PLATFORM_CALL
+  kCount
+};
+
+/// The function's own name, such as "maapi_exists".
+std::string_view to_string(PlatformCall call);
+
+/// Looks at each platform call before it runs; false makes that call fail the way it fails when
+/// the platform does not answer. A call that cannot fail ignores the answer.
+using CallHook = std::function<bool(PlatformCall)>;
+
+/// Installs the hook, an empty one removes it. The hook stays with the process.
+void set_call_hook(CallHook hook);
+
+/// Counts the call and asks the hook. Every platform function calls it once, first.
+bool enter_platform_call(PlatformCall call);
+
+using CallCounts = std::array<std::uint64_t, static_cast<std::size_t>(PlatformCall::kCount)>;
+
+/// How often each call was made since the process began.
+const CallCounts& platform_call_counts();
+
+}  // namespace tarnd

@@ -1,0 +1,230 @@
+#include "standalone/store/schema.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+#include "standalone/store/libyang_compat.h"
+
+namespace tarnd::store {
+namespace {
+
+constexpr const char* kModule = "base";
+// The annotation for edit operations stands in this module.
+constexpr const char* kEditModule = "ietf-netconf";
+
+std::string_view without_prefix(std::string_view name) {
+  const auto colon = name.find(':');
+  return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+NodeKind kind_of(const lysc_node* node) {
+  switch (node->nodetype) {
+    case LYS_CONTAINER:
+      return (node->flags & LYS_PRESENCE) != 0 ? NodeKind::kPresence : NodeKind::kContainer;
+    case LYS_LIST:
+      return NodeKind::kList;
+    case LYS_LEAFLIST:
+      return NodeKind::kLeafList;
+    default:
+      return NodeKind::kLeaf;
+  }
+}
+
+// The compiled model no longer knows the name of a leaf's type, the parsed one does.
+std::string_view type_name(const lysc_node* node) {
+  const auto* parsed = static_cast<const lysp_node*>(node->priv);
+  if (parsed->nodetype == LYS_LEAF) {
+    return without_prefix(reinterpret_cast<const lysp_node_leaf*>(parsed)->type.name);
+  }
+  if (parsed->nodetype == LYS_LEAFLIST) {
+    return without_prefix(reinterpret_cast<const lysp_node_leaflist*>(parsed)->type.name);
+  }
+  return {};
+}
+
+ValueKind kind_of_base_type(LY_DATA_TYPE type) {
+  switch (type) {
+    case LY_TYPE_EMPTY:
+      return ValueKind::kEmpty;
+    case LY_TYPE_BOOL:
+      return ValueKind::kBoolean;
+    case LY_TYPE_ENUM:
+      return ValueKind::kEnumeration;
+    case LY_TYPE_INT8:
+      return ValueKind::kInt8;
+    case LY_TYPE_INT16:
+      return ValueKind::kInt16;
+    case LY_TYPE_INT32:
+      return ValueKind::kInt32;
+    case LY_TYPE_INT64:
+      return ValueKind::kInt64;
+    case LY_TYPE_UINT8:
+      return ValueKind::kUint8;
+    case LY_TYPE_UINT16:
+      return ValueKind::kUint16;
+    case LY_TYPE_UINT32:
+      return ValueKind::kUint32;
+    case LY_TYPE_UINT64:
+      return ValueKind::kUint64;
+    case LY_TYPE_UNION:
+      return ValueKind::kUnion;
+    default:
+      return ValueKind::kString;
+  }
+}
+
+ValueKind value_kind_of(const lysc_node* node) {
+  const lysc_type* type = nullptr;
+  if (node->nodetype == LYS_LEAF) {
+    type = reinterpret_cast<const lysc_node_leaf*>(node)->type;
+  } else if (node->nodetype == LYS_LEAFLIST) {
+    type = reinterpret_cast<const lysc_node_leaflist*>(node)->type;
+  } else {
+    return ValueKind::kNone;
+  }
+  const std::string_view name = type_name(node);
+  if (name == "aes-cfb-128-encrypted-string") return ValueKind::kEncrypted;
+  if (name == "ipv4-address-and-prefix-length") return ValueKind::kIpv4AndPlen;
+  if (name == "ipv4-address") return ValueKind::kIpv4;
+  return kind_of_base_type(type->basetype);
+}
+
+ValidationPoint validation_point(const lysp_ext_instance& extension) {
+  ValidationPoint point;
+  point.name = extension.argument != nullptr ? extension.argument : "";
+  for (const auto& [name, argument] : substatements(extension)) {
+    const std::string_view keyword = without_prefix(name);
+    if (keyword == "opaque") {
+      point.request = argument;
+    } else if (keyword == "call-once") {
+      point.call_once = argument == "true";
+    } else if (keyword == "priority") {
+      point.priority = std::stoi(argument);
+    } else if (keyword == "dependency" && argument != ".") {
+      throw InputError("the model uses tailf:dependency '" + argument + "': only '.' is known");
+    }
+  }
+  return point;
+}
+
+std::vector<ValidationPoint> validation_points_of(const lysc_node* node) {
+  std::vector<ValidationPoint> points;
+  const lysp_ext_instance* extensions = static_cast<const lysp_node*>(node->priv)->exts;
+  LY_ARRAY_COUNT_TYPE i = 0;
+  LY_ARRAY_FOR(extensions, i) {
+    if (without_prefix(extensions[i].name) == "validate") {
+      points.push_back(validation_point(extensions[i]));
+    }
+  }
+  return points;
+}
+
+bool counts_entries(const lysc_node* node) {
+  constexpr std::uint32_t kUnbounded = UINT32_MAX;
+  if (node->nodetype == LYS_LIST) {
+    const auto* list = reinterpret_cast<const lysc_node_list*>(node);
+    return list->uniques != nullptr || list->min != 0 || list->max < kUnbounded;
+  }
+  if (node->nodetype == LYS_LEAFLIST) {
+    const auto* list = reinterpret_cast<const lysc_node_leaflist*>(node);
+    return list->min != 0 || list->max < kUnbounded;
+  }
+  return false;
+}
+
+bool refers_elsewhere(const lysc_node* node) {
+  if (node->nodetype != LYS_LEAF) return false;
+  const LY_DATA_TYPE type = reinterpret_cast<const lysc_node_leaf*>(node)->type->basetype;
+  return type == LY_TYPE_LEAFREF || type == LY_TYPE_INST;
+}
+
+// A transaction has only what it edited validated. That is enough as long as no rule of the model
+// looks beyond a node and its direct surroundings.
+void check_rules_are_local(const lysc_node* node) {
+  if (lysc_node_musts(node) != nullptr || lysc_node_when(node) != nullptr || counts_entries(node) ||
+      refers_elsewhere(node)) {
+    throw InputError("the model has a rule at '" + std::string(node->name) +
+                     "' that reaches beyond the node: must, when, unique, min-elements, "
+                     "max-elements and leafref are not for this store");
+  }
+}
+
+}  // namespace
+
+const SchemaNode* SchemaNode::child(std::string_view child_name) const {
+  for (const SchemaNode* node : children) {
+    if (node->name == child_name) return node;
+  }
+  return nullptr;
+}
+
+std::string SchemaNode::path() const {
+  return (parent != nullptr ? parent->path() : std::string()) + "/" + name;
+}
+
+bool SchemaNode::is_key() const {
+  return lysc_is_key(lysc);
+}
+
+Schema::Schema(const std::filesystem::path& model_dir) : context_(nullptr, ly_ctx_destroy) {
+  // libyang would print what it thinks; its words belong into our own errors.
+  ly_log_options(LY_LOSTORE);
+  ly_ctx* context = nullptr;
+  const auto options = static_cast<std::uint16_t>(LY_CTX_NO_YANGLIBRARY | LY_CTX_SET_PRIV_PARSED |
+                                                  LY_CTX_DISABLE_SEARCHDIR_CWD);
+  if (ly_ctx_new(model_dir.c_str(), options, &context) != LY_SUCCESS) {
+    throw InputError("cannot read the model's folder " + model_dir.string());
+  }
+  context_.reset(context);
+  for (const char* name : {kEditModule, kModule}) {
+    module_ = ly_ctx_load_module(context, name, nullptr, nullptr);
+    if (module_ == nullptr) {
+      throw InputError("cannot load the model " + std::string(name) + ".yang from " +
+                       model_dir.string() + ": " + take_libyang_error(context));
+    }
+  }
+  add(module_->compiled->data, nullptr);
+  if (nodes_.empty()) throw InputError("the model has no top-level container");
+  root_ = &nodes_.front();
+
+  // From here on a node of the model leads to ours.
+  ly_ctx_unset_options(context, LY_CTX_SET_PRIV_PARSED);
+  for (SchemaNode& node : nodes_) const_cast<lysc_node*>(node.lysc)->priv = &node;
+}
+
+Schema::~Schema() = default;
+
+std::string_view Schema::namespace_uri() const {
+  return module_->ns;
+}
+
+std::string_view Schema::prefix() const {
+  return module_->prefix;
+}
+
+// Adds the node and its later siblings; the nodes of a choice join those around it.
+void Schema::add(const lysc_node* node, SchemaNode* parent) {
+  for (; node != nullptr; node = node->next) {
+    check_rules_are_local(node);
+    if ((node->nodetype & (LYS_CHOICE | LYS_CASE)) != 0) {
+      add(lysc_node_child(node), parent);
+      continue;
+    }
+    SchemaNode& added = nodes_.emplace_back();
+    added.name = node->name;
+    added.kind = kind_of(node);
+    added.value = value_kind_of(node);
+    added.lysc = node;
+    added.parent = parent;
+    added.position = nodes_.size() - 1;
+    added.points = validation_points_of(node);
+    if (parent != nullptr) {
+      parent->children.push_back(&added);
+      if (lysc_is_key(node)) ++parent->num_keys;
+    }
+    add(lysc_node_child(node), &added);
+  }
+}
+
+}  // namespace tarnd::store
