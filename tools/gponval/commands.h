@@ -1,0 +1,20 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace gponval {
+
+/// A subcommand: where it stands in the command line, and what it does once the line is parsed.
+/// `run` gives the exit status and throws std::exception with one line for the user.
+struct Command {
+  CLI::App* app = nullptr;
+  std::function<int()> run;
+};
+
+Command add_commit(CLI::App& gponval);
+Command add_request(CLI::App& gponval);
+Command add_points(CLI::App& gponval);
+Command add_generate(CLI::App& gponval);
+
+}  // namespace gponval

@@ -1,0 +1,98 @@
+#include <algorithm>
+#include <memory>
+
+#include "tools/gponval/commands.h"
+#include "tools/gponval/confirm.h"
+#include "tools/gponval/host.h"
+#include "tools/gponval/inputs.h"
+#include "tools/gponval/output.h"
+#include "tools/gponval/save_file.h"
+#include "tools/gponval/usage_error.h"
+
+namespace gponval {
+namespace {
+
+constexpr const char* kHelp =
+    "Commits a change and prints the verdict.\n"
+    "\n"
+    "Commits a change of the configuration the way the line card's daemon does: calls the\n"
+    "plug-in's validators for what the change touches and prints their verdict. The first\n"
+    "error ends the commit. Warnings are gathered and confirmed together at the end.\n"
+    "Nothing is written unless --save is given.\n";
+
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  gponval commit --running card.xml --change add-service-port.xml\n"
+    "  gponval commit --running card.xml --candidate new.xml --all --format json\n"
+    "  gponval commit --running card.xml --change fec.xml --confirm yes --save card.xml\n"
+    "  gponval commit --running card.xml --change - --only sp_gem_check < change.xml\n"
+    "\n";
+
+struct CommitArguments {
+  InputOptions inputs;
+  RunOptions run;
+  std::vector<std::string> only;
+  bool all = false;
+  std::optional<std::string> save;
+};
+
+void check_names(const std::vector<std::string>& only,
+                 const std::vector<tarnd::PointInModel>& points) {
+  for (const std::string& name : only) {
+    const bool known = std::any_of(points.begin(), points.end(), [&](const auto& in_model) {
+      return in_model.point->request == name;
+    });
+    if (!known) {
+      throw UsageError("--only: the model has no request '" + name + "' (see gponval points)");
+    }
+  }
+}
+
+int commit(const CommitArguments& arguments) {
+  check_standard_input(arguments.inputs, arguments.run);
+  std::optional<std::filesystem::path> target;
+  if (arguments.save.has_value()) target = save_target(*arguments.save);
+  Host host(arguments.run, arguments.inputs.card);
+  check_names(arguments.only, host.daemon().points());
+
+  load_running(host.datastore(), arguments.inputs);
+  tarnd::store::Transaction transaction(host.datastore());
+  apply_changes(transaction, arguments.inputs);
+  const tarnd::CommitReport report = host.daemon().commit(
+      transaction, {arguments.all, arguments.only, confirmation(arguments.run)});
+
+  if (target.has_value() && report.result == tarnd::CommitResult::kAccepted) {
+    save_file(*target, host.datastore().print(tarnd::store::format_of(*arguments.save)));
+  }
+  print_report(report, {"Commit", false}, arguments.run);
+  return exit_status(report.result);
+}
+
+}  // namespace
+
+Command add_commit(CLI::App& gponval) {
+  CLI::App* app = gponval.add_subcommand("commit", kHelp);
+  auto arguments = std::make_shared<CommitArguments>();
+  app->footer(kExamples + std::string(kExitStatusHelp));
+  add_input_options(*app, arguments->inputs);
+  add_plugin_option(*app, arguments->run);
+  app->add_option("--only", arguments->only,
+                  "Call the validators of these requests only, separated by commas (see\n"
+                  "gponval points)")
+      ->type_name("REQUEST")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->group("Validation and output");
+  app->add_flag("--all", arguments->all, "Go on after an error and list every error and warning")
+      ->group("Validation and output");
+  add_validation_options(*app, arguments->run);
+  add_format_option(*app, arguments->run);
+  app->add_option("--save", arguments->save,
+                  "Write the new configuration here when the commit was accepted; JSON by\n"
+                  "the ending .json, XML otherwise. May be the file that --running names")
+      ->type_name("FILE")
+      ->group("Validation and output");
+  return {app, [arguments] { return commit(*arguments); }};
+}
+
+}  // namespace gponval

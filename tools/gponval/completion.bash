@@ -1,0 +1,69 @@
+# Completes the command line of gponval in bash.
+
+_gponval_options() {
+  local inputs="--running --change --candidate --card"
+  local validation="--plugin --confirm --trace --stats --format"
+  case $1 in
+    commit) echo "$inputs $validation --only --all --save --help" ;;
+    request) echo "$inputs $validation --value --help" ;;
+    points) echo "--plugin --format --help" ;;
+    generate)
+      echo "--links --xgs-links --onus --service-ports --bandwidth-profiles --line-profiles --gems" \
+        "--service-profiles --rg-profiles --tr069-profiles --sip-profiles --media-profiles --help"
+      ;;
+    *) echo "--help" ;;
+  esac
+}
+
+_gponval_requests() {
+  "${COMP_WORDS[0]}" points 2>/dev/null | awk '!seen[$1]++ { print $1 }'
+}
+
+# Offers those of the words that begin with the text.
+_gponval_offer() {
+  mapfile -t COMPREPLY < <(compgen -W "$1" -- "$2")
+}
+
+# Offers the requests for the last of a list separated by commas.
+_gponval_offer_list() {
+  local given=""
+  [[ $1 != *,* ]] || given=${1%,*},
+  compopt -o nospace
+  mapfile -t COMPREPLY < <(compgen -P "$given" -W "$(_gponval_requests)" -- "${1##*,}")
+}
+
+_gponval_offer_files() {
+  compopt -o filenames
+  mapfile -t COMPREPLY < <(compgen -f -- "$1")
+}
+
+_gponval_offer_value() {
+  case $1 in
+    --running | --change | --candidate | --card | --plugin | --save) _gponval_offer_files "$2" ;;
+    --only) _gponval_offer_list "$2" ;;
+    --confirm) _gponval_offer "yes no ask" "$2" ;;
+    --trace) _gponval_offer "off flow entry detail" "$2" ;;
+    --format) _gponval_offer "text json" "$2" ;;
+  esac
+}
+
+_gponval() {
+  local command=${COMP_WORDS[1]} current=${COMP_WORDS[COMP_CWORD]}
+  local previous=${COMP_WORDS[COMP_CWORD - 1]}
+  # In --option=value the equals sign is a word of its own.
+  [[ $previous != = ]] || previous=${COMP_WORDS[COMP_CWORD - 2]}
+  [[ $current != = ]] || current=""
+
+  COMPREPLY=()
+  if ((COMP_CWORD == 1)); then
+    _gponval_offer "commit request points generate --help" "$current"
+  elif [[ $previous == --* && ! $previous =~ ^--(stats|all|help)$ ]]; then
+    _gponval_offer_value "$previous" "$current"
+  elif [[ $previous == request && $current != -* ]] && ((COMP_CWORD == 2)); then
+    _gponval_offer "$(_gponval_requests)" "$current"
+  else
+    _gponval_offer "$(_gponval_options "$command")" "$current"
+  fi
+}
+
+complete -F _gponval gponval

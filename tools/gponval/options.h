@@ -1,0 +1,40 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "standalone/middleware/trace.h"
+
+namespace gponval {
+
+/// The configurations that a command reads. A name is a file or "-", standard input.
+struct InputOptions {
+  std::string running;
+  std::vector<std::string> changes;
+  std::optional<std::string> candidate;
+  std::optional<std::string> card;
+};
+
+/// How the plug-in runs and what is shown of it.
+struct RunOptions {
+  std::optional<std::string> plugin;
+  std::string format = "text";
+  std::optional<std::string> confirm;
+  std::string trace = "off";
+  bool stats = false;
+};
+
+void add_input_options(CLI::App& app, InputOptions& options);
+void add_plugin_option(CLI::App& app, RunOptions& options);
+void add_format_option(CLI::App& app, RunOptions& options);
+/// --confirm, --trace and --stats.
+void add_validation_options(CLI::App& app, RunOptions& options);
+
+tarnd::TraceLevel trace_level(const RunOptions& options);
+
+/// The part of a help text that tells the exit statuses of `commit` and `request`.
+extern const char* const kExitStatusHelp;
+
+}  // namespace gponval

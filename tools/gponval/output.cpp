@@ -1,0 +1,182 @@
+#include "tools/gponval/output.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <iomanip>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "standalone/platform_calls.h"
+#include "tools/gponval/usage_error.h"
+
+namespace gponval {
+namespace {
+
+using tarnd::Answer;
+using tarnd::CommitReport;
+using tarnd::CommitResult;
+using tarnd::Verdict;
+
+constexpr std::string_view kNoText = "validation failed";
+
+constexpr std::string_view kRed = "\033[31m";
+constexpr std::string_view kYellow = "\033[33m";
+constexpr std::string_view kGreen = "\033[32m";
+constexpr std::string_view kPlain = "\033[0m";
+
+constexpr int kJsonIndent = 2;
+constexpr double kUsecsPerMsec = 1000;
+constexpr int kCallNameWidth = 58;
+
+bool standard_output_has_colours() {
+  const char* terminal = std::getenv("TERM");
+  const bool can = terminal != nullptr && std::string_view(terminal) != "dumb";
+  return can && std::getenv("NO_COLOR") == nullptr && isatty(STDOUT_FILENO) != 0;
+}
+
+void print_coloured(std::ostream& out, std::string_view text, std::string_view colour,
+                    bool colours) {
+  if (colours) out << colour;
+  out << text;
+  if (colours) out << kPlain;
+}
+
+std::string_view colour_of(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kOk:
+      return kGreen;
+    case Verdict::kError:
+      return kRed;
+    case Verdict::kWarning:
+      return kYellow;
+  }
+  return kPlain;
+}
+
+std::string_view colour_of(CommitResult result) {
+  switch (result) {
+    case CommitResult::kAccepted:
+      return kGreen;
+    case CommitResult::kRejected:
+      return kRed;
+    case CommitResult::kUnconfirmed:
+      return kYellow;
+  }
+  return kPlain;
+}
+
+std::string_view sentence_of(CommitResult result) {
+  switch (result) {
+    case CommitResult::kAccepted:
+      return " accepted.";
+    case CommitResult::kRejected:
+      return " rejected.";
+    case CommitResult::kUnconfirmed:
+      return " not confirmed.";
+  }
+  return "";
+}
+
+// A validator's text stands in lines of its own, since it may hold several and end in a line end.
+void print_lines(std::ostream& out, std::string_view text) {
+  out << text;
+  if (text.empty() || text.back() != '\n') out << '\n';
+}
+
+template <typename Take>
+void for_each_call_made(Take take) {
+  const tarnd::CallCounts& counts = tarnd::platform_call_counts();
+  for (std::size_t call = 0; call < counts.size(); ++call) {
+    if (counts[call] != 0)
+      take(tarnd::to_string(static_cast<tarnd::PlatformCall>(call)), counts[call]);
+  }
+}
+
+void print_text(const CommitReport& report, const ReportKind& kind, const RunOptions& options) {
+  const bool colours = standard_output_has_colours();
+  const std::string verdict = std::string(kind.title) + std::string(sentence_of(report.result));
+  print_coloured(std::cout, verdict, colour_of(report.result), colours);
+  std::cout << '\n';
+  for (const Answer& answer : report.answers) {
+    if (answer.result == Verdict::kOk && !kind.with_ok_answers) continue;
+    std::cout << '\n';
+    print_answer(std::cout, answer, colours);
+  }
+  for (const std::string& message : report.messages) {
+    std::cout << "\nMessage to the user\n";
+    print_lines(std::cout, message);
+  }
+  if (!options.stats) return;
+  std::cout << "\nPlatform calls\n";
+  for_each_call_made([](std::string_view name, std::uint64_t count) {
+    std::cout << std::left << std::setw(kCallNameWidth) << name << ' ' << count << '\n';
+  });
+}
+
+nlohmann::ordered_json json_of(const Answer& answer) {
+  return {{"request", answer.request},
+          {"path", answer.path},
+          {"result", tarnd::to_string(answer.result)},
+          {"text", answer.text},
+          {"msecs", std::round(answer.msecs * kUsecsPerMsec) / kUsecsPerMsec}};
+}
+
+void print_json(const CommitReport& report, const RunOptions& options) {
+  nlohmann::ordered_json object;
+  object["result"] = tarnd::to_string(report.result);
+  object["answers"] = nlohmann::ordered_json::array();
+  for (const Answer& answer : report.answers) object["answers"].push_back(json_of(answer));
+  object["messages"] = report.messages;
+  if (options.stats) {
+    object["requests"] = nlohmann::ordered_json::object();
+    for_each_call_made([&object](std::string_view name, std::uint64_t count) {
+      object["requests"][std::string(name)] = count;
+    });
+  }
+  // A text cut off within a letter, or a name from the command line, need not be proper UTF-8.
+  std::cout << object.dump(kJsonIndent, ' ', false, nlohmann::json::error_handler_t::replace)
+            << '\n';
+}
+
+}  // namespace
+
+void print_answer(std::ostream& out, const Answer& answer, bool colours) {
+  print_coloured(out, tarnd::to_string(answer.result), colour_of(answer.result), colours);
+  out << ' ' << answer.path << " (" << answer.request << ")\n";
+  if (!answer.text.empty()) {
+    print_lines(out, answer.text);
+  } else if (answer.result != Verdict::kOk) {
+    print_lines(out, kNoText);
+  }
+}
+
+void print_report(const CommitReport& report, const ReportKind& kind, const RunOptions& options) {
+  if (options.format == "json") {
+    print_json(report, options);
+  } else {
+    print_text(report, kind, options);
+  }
+  finish_output();
+}
+
+void finish_output() {
+  std::cout.flush();
+  if (!std::cout) throw UsageError("cannot write standard output");
+}
+
+int exit_status(CommitResult result) {
+  switch (result) {
+    case CommitResult::kAccepted:
+      return 0;
+    case CommitResult::kRejected:
+      return 1;
+    case CommitResult::kUnconfirmed:
+      return 3;
+  }
+  return 2;
+}
+
+}  // namespace gponval

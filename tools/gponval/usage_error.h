@@ -1,0 +1,13 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace gponval {
+
+/// What the user asked for cannot be done: wrong options, a file that cannot be read or written.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace gponval
