@@ -1,0 +1,139 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "standalone/store/transaction.h"
+#include "tests/support/model.h"
+
+namespace tarnd::store {
+namespace {
+
+using test::config;
+
+// Small configurations and edits over the same few names, so that edits meet what stands.
+class RandomEdits {
+ public:
+  explicit RandomEdits(unsigned seed) : random_(seed) {}
+
+  std::string configuration() { return content(false); }
+  std::string edit() { return content(true); }
+
+ private:
+  int below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random_); }
+  bool one_in(int n) { return below(n) == 0; }
+
+  std::string operation(bool editing) {
+    if (!editing || !one_in(3)) return "";
+    static const char* const kOperations[] = {"merge", "replace", "remove"};
+    return std::string(" nc:operation=\"") + kOperations[below(3)] + "\"";
+  }
+
+  std::string leaf(const char* name, const std::string& value, bool editing) {
+    if (one_in(2)) return "";
+    const bool goes = editing && one_in(3);
+    return "<" + std::string(name) +
+           (goes ? " nc:operation=\"remove\"/>" : ">" + value + "</" + name + ">");
+  }
+
+  std::string number() { return std::to_string(below(3)); }
+
+  std::string port(int id, bool editing) {
+    std::string text =
+        "<service-port" + operation(editing) + "><id>" + std::to_string(id) + "</id>";
+    if (one_in(2)) {
+      const std::string link = one_in(2) ? "gpon" : "xgspon";
+      text += "<" + link + operation(editing) + ">" + leaf("id", number(), editing) + "<onu>" +
+              leaf("id", number(), editing) + "</onu></" + link + ">";
+    }
+    return text + leaf("upstream-rate", number(), editing) + "</service-port>";
+  }
+
+  std::string link(int port_id, bool editing) {
+    std::string text = "<gpon" + operation(editing) +
+                       "><chassis-id>1</chassis-id><slot-id>1</slot-id><port-id>" +
+                       std::to_string(port_id) + "</port-id>" +
+                       leaf("upstream-fec", one_in(2) ? "true" : "false", editing);
+    for (int id = 1; id <= 3; ++id) {
+      if (one_in(2)) continue;
+      text += "<onu" + operation(editing) + "><id>" + std::to_string(id) + "</id>" +
+              leaf("description", number(), editing) + "<snmp" + operation(editing) + ">" +
+              leaf("real-time", "", editing) + "</snmp>";
+      if (one_in(2)) {
+        text += "<ip-host" + operation(editing) + "><address>10.0.0." + number() +
+                "/24</address><default-gateway>10.0.0.9</default-gateway></ip-host>";
+      }
+      text += "</onu>";
+    }
+    return text + "</gpon>";
+  }
+
+  std::string mapping(bool editing) {
+    std::string text = "<service-profile><name>s</name><vlan-mapping" + operation(editing) +
+                       "><name>m</name><match><outer>" + leaf("vlan-id", "10", editing) +
+                       "</outer></match><uni>";
+    for (int value = 1; value <= 3; ++value) text += leaf("ethernet", std::to_string(value), false);
+    return text + "</uni></vlan-mapping></service-profile>";
+  }
+
+  std::string content(bool editing) {
+    std::string text = "<interface" + operation(editing) + ">";
+    for (int id = 1; id <= 2; ++id) text += one_in(2) ? link(id, editing) : "";
+    text +=
+        "</interface><profile><gpon>" + (one_in(2) ? mapping(editing) : "") + "</gpon></profile>";
+    for (int id = 1; id <= 4; ++id) text += one_in(2) ? port(id, editing) : "";
+    return text;
+  }
+
+  std::mt19937 random_;
+};
+
+std::string label(const lyd_node* node) {
+  return node == nullptr ? "-"
+                         : std::string(lyd_get_value(node) != nullptr ? lyd_get_value(node) : "+");
+}
+
+void describe(const Change& change, const std::string& indent, std::string& text) {
+  text += indent + change.schema->name + " " + label(change.before) + " " + label(change.after);
+  for (const lyd_node* value : change.values_before) text += " -" + std::string(value_text(value));
+  for (const lyd_node* value : change.values_after) text += " +" + std::string(value_text(value));
+  text += "\n";
+  for (const Change& child : change.children) describe(child, indent + "  ", text);
+}
+
+std::string changes(const Transaction& transaction) {
+  std::string text;
+  if (transaction.changes() != nullptr) describe(*transaction.changes(), "", text);
+  return text;
+}
+
+// The changes gathered while the tree is edited and those that libyang's diff of the two whole
+// configurations gives are found in different ways; they must be the same.
+TEST(RandomEditsTest, GatheredChangesAreThoseOfTheWholeDifference) {
+  for (unsigned seed = 0; seed < 400; ++seed) {
+    SCOPED_TRACE(seed);
+    RandomEdits random(seed);
+    Datastore datastore(test::model());
+    datastore.load(config(random.configuration()), Format::kXml);
+    const std::string before = datastore.print(Format::kXml);
+    std::string after;
+    std::string gathered;
+    {
+      Transaction transaction(datastore);
+      transaction.edit(config(random.edit()), Format::kXml);
+      transaction.edit(config(random.edit()), Format::kXml);
+      transaction.prepare();
+      gathered = changes(transaction);
+      after = datastore.print(Format::kXml);
+    }
+    ASSERT_EQ(datastore.print(Format::kXml), before);
+    Transaction transaction(datastore);
+    transaction.replace(after, Format::kXml);
+    transaction.prepare();
+    ASSERT_EQ(changes(transaction), gathered) << before << "\n" << after;
+    transaction.commit();
+    ASSERT_EQ(datastore.print(Format::kXml), after);
+  }
+}
+
+}  // namespace
+}  // namespace tarnd::store

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "standalone/card/card_file.h"
+#include "standalone/daemon/daemon.h"
+#include "standalone/platform_calls.h"
+#include "standalone/session/validation_session.h"
+
+namespace tarnd::test {
+
+// Configuration in XML, a line an object. `content` is put inside the element as it stands.
+// `op` is an edit operation such as "delete", empty for none.
+std::string element(const std::string& name, const std::string& content,
+                    const std::string& op = "");
+std::string gpon_link(int port, const std::string& content = "", const std::string& op = "");
+std::string xgspon_link(int port, const std::string& content = "", const std::string& op = "");
+std::string onu(int id, const std::string& content = "", const std::string& op = "");
+/// The ONU's reference to a line profile.
+std::string uses_line(const std::string& line_profile);
+std::string serial_number(const std::string& text);
+std::string password(const std::string& text);
+/// Everything below `/config/profile/gpon`.
+std::string profiles(const std::string& content);
+/// `traffic` is such as "<type-1><fixed>1000</fixed></type-1>".
+std::string bandwidth_profile(const std::string& name, const std::string& traffic,
+                              const std::string& op = "");
+std::string line_profile(const std::string& name, const std::string& content,
+                         const std::string& op = "");
+std::string tcont(int id, const std::string& bandwidth_profile_name);
+std::string gem(int id, const std::string& op = "");
+std::string service_profile(const std::string& name, const std::string& content,
+                            const std::string& op = "");
+std::string rg_profile(const std::string& name, const std::string& content,
+                       const std::string& op = "");
+/// `link` is "gpon" or "xgspon", `itf` such as "1/1/3"; `vlan` 0 leaves the match VLAN out.
+std::string service_port(int id, const std::string& link, const std::string& itf, int onu_id,
+                         int gem_id, int vlan = 0);
+std::string deleted_service_port(int id);
+
+/// A card with a running configuration. Contents are what stands inside the top-level `config`.
+class CardTest : public ::testing::Test {
+ protected:
+  CardTest();
+  ~CardTest() override;
+
+  /// Puts another card in and initialises the plug-in anew.
+  void insert(const CardDescription& card);
+  /// Loads the running configuration.
+  void running(const std::string& content);
+
+  /// Commits a change; only the named requests are called, all when none is named.
+  CommitReport commit(const std::string& change, const std::vector<std::string>& only = {},
+                      bool confirm = false);
+  /// Commits a change through one request and gives its answer: the first that is not OK, else an
+  /// OK answer; fails the test when the change calls the request for no instance.
+  Answer answer_of(const std::string& request, const std::string& change);
+  /// The same without an edit: dispatches the request on a keypath after the change.
+  Answer request(const std::string& name, const std::string& keypath,
+                 const std::string& change = "",
+                 const std::optional<std::string>& value = std::nullopt);
+
+  /// Opens a transaction with the change for calls of single functions. Closes an earlier one.
+  ValidationSession& open(const std::string& change = "");
+  int sock() { return session_->maapi_socket(); }
+  confd_trans_ctx* tctx() { return session_->context(); }
+
+  /// Makes the n-th of the next calls of that kind fail (1 is the next one), until the test ends or
+  /// `let_calls_pass`.
+  static void fail_call(PlatformCall call, int nth = 1);
+  static void let_calls_pass();
+  /// How often the call was made since the test began.
+  [[nodiscard]] std::uint64_t calls(PlatformCall call) const;
+
+  /// The running configuration as XML text.
+  [[nodiscard]] std::string running_text() const;
+
+ private:
+  store::Datastore datastore_;
+  std::unique_ptr<Daemon> daemon_;
+  std::unique_ptr<store::Transaction> transaction_;
+  std::unique_ptr<ValidationSession> session_;
+  CallCounts counts_at_start_;
+};
+
+}  // namespace tarnd::test

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "standalone/store/schema.h"
+
+namespace tarnd::test {
+
+/// The shipped model. Reading it costs more than most tests, and nothing ever changes it.
+const store::Schema& model();
+
+/// A whole XML document: the top-level `config` around the content, the prefix nc declared.
+std::string config(const std::string& content);
+
+}  // namespace tarnd::test
