@@ -1,0 +1,149 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+
+#include "tests/cli/gponval_run.h"
+
+namespace gponval::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kExamples = GPONVAL_EXAMPLES;
+
+// One row of the tables in the examples' README: a change, and what it says the commit answers.
+struct Row {
+  std::string change;
+  std::string card;
+  int status = 0;
+  std::string request;  // empty where the commit is accepted
+  std::string text;
+
+  friend std::ostream& operator<<(std::ostream& out, const Row& row) {
+    return out << row.change << " on " << row.card;
+  }
+};
+
+std::vector<std::string> cells_of(const std::string& line) {
+  std::vector<std::string> cells;
+  for (std::size_t at = 1, bar = line.find('|', at); bar != std::string::npos;
+       at = bar + 1, bar = line.find('|', at)) {
+    cells.push_back(line.substr(at + 1, bar - at - 2));
+  }
+  return cells;
+}
+
+std::string without_quotes(const std::string& cell) {
+  return cell.substr(1, cell.size() - 2);
+}
+
+std::vector<Row> rows_of_readme() {
+  std::ifstream readme(kExamples / "README.md");
+  std::vector<Row> rows;
+  Row section;
+  for (std::string line; std::getline(readme, line);) {
+    std::smatch match;
+    if (line.substr(0, 2) == "##") {
+      section = Row{"", "town.card", -1, "", ""};
+      if (std::regex_search(line, match, std::regex("exit status ([0-9])"))) {
+        section.status = std::stoi(match[1]);
+      }
+      if (std::regex_search(line, match, std::regex("`([^`]*\\.card)`"))) section.card = match[1];
+    } else if (line.substr(0, 3) == "| `") {
+      const auto cells = cells_of(line);
+      Row row = section;
+      row.change = without_quotes(cells.at(0));
+      if (row.status != 0) {
+        row.request = without_quotes(cells.at(1));
+        row.text = std::regex_replace(cells.at(2), std::regex("<br>"), "\n");
+      }
+      rows.push_back(row);
+    }
+  }
+  return rows;
+}
+
+// The answer that decided: the error of a rejected commit, else the first warning.
+nlohmann::json deciding_answer(const nlohmann::json& report) {
+  const char* result = report.at("result") == "rejected" ? "ERROR" : "WARNING";
+  for (const auto& answer : report.at("answers")) {
+    if (answer.at("result") == result) return answer;
+  }
+  return nullptr;
+}
+
+std::string without_last_newline(std::string text) {
+  if (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+class Examples : public ::testing::TestWithParam<Row> {};
+
+TEST_P(Examples, AnswerAsTheirReadmeSays) {
+  const Row& row = GetParam();
+  const Outcome outcome =
+      run_gponval(kExamples, {"commit", "--running", "town.xml", "--card", row.card, "--change",
+                              "changes/" + row.change, "--confirm", "no", "--format", "json"});
+  ASSERT_EQ(outcome.status, row.status) << outcome.err << outcome.out;
+  const nlohmann::json decision = deciding_answer(outcome.json());
+  if (row.status == 0) {
+    EXPECT_TRUE(decision.is_null()) << decision;
+    return;
+  }
+  EXPECT_EQ(decision.at("request"), row.request);
+  EXPECT_EQ(without_last_newline(decision.at("text")), row.text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Readme, Examples, ::testing::ValuesIn(rows_of_readme()),
+                         [](const auto& row) {
+                           std::string name = row.param.change + "_" + row.param.card;
+                           std::replace_if(
+                               name.begin(), name.end(), [](char c) { return !std::isalnum(c); },
+                               '_');
+                           return name;
+                         });
+
+TEST(ExamplesTest, EveryChangeStandsInTheReadme) {
+  std::set<std::string> told;
+  for (const Row& row : rows_of_readme()) told.insert(row.change);
+  // Shown together with another change below the tables.
+  told.insert("onu-other-gateway-profile.xml");
+  for (const auto& entry : fs::directory_iterator(kExamples / "changes")) {
+    EXPECT_EQ(told.count(entry.path().filename()), 1U) << entry.path();
+  }
+}
+
+TEST(ExamplesTest, TheWholeTownIsAcceptedOnAnEmptyCard) {
+  const Outcome outcome = run_gponval(kExamples, {"commit", "--running", "empty.xml", "--card",
+                                                  "town.card", "--candidate", "town.xml"});
+  EXPECT_EQ(outcome.status, 0) << outcome.err << outcome.out;
+}
+
+TEST(ExamplesTest, AnExchangedGatewayProfileWarnsUnderOneShotProvisioning) {
+  const std::vector<std::string> exchange = {"commit",
+                                             "--running",
+                                             "town.xml",
+                                             "--card",
+                                             "town.card",
+                                             "--change",
+                                             "changes/onu-other-gateway-profile.xml",
+                                             "--format",
+                                             "json"};
+  EXPECT_EQ(run_gponval(kExamples, exchange).status, 0);
+  std::vector<std::string> with_one_shot = exchange;
+  with_one_shot.insert(with_one_shot.end(), {"--change", "changes/one-shot-on.xml"});
+  const Outcome outcome = run_gponval(kExamples, with_one_shot);
+  EXPECT_EQ(outcome.status, 3);
+  const auto answers = outcome.json().at("answers");
+  const auto warned = std::count_if(answers.begin(), answers.end(), [](const auto& answer) {
+    return answer.at("request") == "rg_prof_one_shot_check" && answer.at("result") == "WARNING";
+  });
+  EXPECT_EQ(warned, 1);
+}
+
+}  // namespace
+}  // namespace gponval::test

@@ -1,0 +1,207 @@
+#include <gmock/gmock.h>
+
+#include <set>
+
+#include "tests/cli/gponval_run.h"
+
+namespace gponval::test {
+namespace {
+
+using nlohmann::json;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+class GenerateTest : public CommandTest {
+ protected:
+  GenerateTest() { config("empty.xml", ""); }
+
+  // The sizes in the order of the options below, as text.
+  [[nodiscard]] Outcome generate(const std::vector<std::string>& sizes) const {
+    std::vector<std::string> line = {"generate"};
+    line.insert(line.end(), sizes.begin(), sizes.end());
+    return gponval(line);
+  }
+
+  // Commits the card onto an empty one; gives the requests that were called. Every answer must be
+  // OK: a warning is no valid card either.
+  std::set<std::string> expect_valid(const std::vector<std::string>& sizes,
+                                     const std::vector<std::string>& more = {}) {
+    const Outcome card = generate(sizes);
+    EXPECT_EQ(card.status, 0) << card.err;
+    file("generated.xml", card.out);
+    std::vector<std::string> line = {"commit",        "--running", "empty.xml", "--candidate",
+                                     "generated.xml", "--all",     "--format",  "json"};
+    line.insert(line.end(), more.begin(), more.end());
+    const Outcome run = gponval(line);
+    EXPECT_EQ(run.status, 0) << run.err;
+    std::set<std::string> requests;
+    if (run.status == 2) return requests;
+    const json report = run.json();
+    EXPECT_EQ(report.at("result"), "accepted");
+    for (const json& answer : report.at("answers")) {
+      EXPECT_EQ(answer.at("result"), "OK") << answer;
+      requests.insert(answer.at("request").get<std::string>());
+    }
+    return requests;
+  }
+
+  [[nodiscard]] std::size_t count(const std::string& element) const {
+    const std::string text = text_of("generated.xml");
+    std::size_t found = 0;
+    for (auto at = text.find(element); at != std::string::npos; at = text.find(element, at + 1)) {
+      ++found;
+    }
+    return found;
+  }
+};
+
+const std::vector<std::string> kSmall = {"--links",
+                                         "2",
+                                         "--onus",
+                                         "3",
+                                         "--service-ports",
+                                         "8",
+                                         "--line-profiles",
+                                         "4",
+                                         "--bandwidth-profiles",
+                                         "5",
+                                         "--service-profiles",
+                                         "2",
+                                         "--rg-profiles",
+                                         "2"};
+
+TEST_F(GenerateTest, ASmallCardIsValid) {
+  EXPECT_THAT(expect_valid(kSmall),
+              IsSupersetOf({"onu_bw_check", "onu_pwd_sn_unique_check", "onu_gem_check",
+                            "onu_snmp_rt_warn", "onu_gateway_ip_check", "config_modified_check",
+                            "ponlink_bw_check", "vlan_limit_check", "vlan_match_check",
+                            "itf_grp_validation", "rg_profile_ssid_unique_check", "sp_gem_check",
+                            "service_port_global_validation", "interface_gpon_validation"}));
+  EXPECT_EQ(count("<onu>\n"), 6U);
+  EXPECT_EQ(count("<service-port><id>"), 8U);
+  EXPECT_EQ(count("<line-profile>\n"), 4U);
+}
+
+TEST_F(GenerateTest, AFullCardIsTheDefaultAndValid) {
+  expect_valid({});
+  EXPECT_EQ(count("<onu>\n"), 2048U);
+  EXPECT_EQ(count("<service-port><id>"), 4096U);
+  EXPECT_EQ(count("<bandwidth-profile><name>"), 128U);
+  EXPECT_EQ(count("<line-profile>\n"), 512U);
+}
+
+TEST_F(GenerateTest, EveryRuleAcceptsTheCard) {
+  // What a new card does not call is asked for by name.
+  expect_valid(kSmall);
+  const std::string link = "/config/interface/gpon{1 1 1}";
+  const struct {
+    std::string request;
+    std::string keypath;
+  } cases[] = {
+      {"fec_confirmation_warning", link + "/downstream-fec"},
+      {"fec_confirmation_warning", link + "/upstream-fec"},
+      {"rg_prof_one_shot_check", link + "/onu{1}/rg-profile"},
+      {"rg_prof_one_shot_check", link + "/onu{1}/rg-override"},
+      {"service_port_delete_all_warning_check", "/config/service-port"},
+      {"interface_xgs_validation", "/config/interface/xgspon"},
+      {"one_shot_prov_check", "/config/gpon"},
+  };
+  for (const auto& [request, keypath] : cases) {
+    const Outcome run = gponval({"request", request, keypath, "--running", "generated.xml"});
+    EXPECT_EQ(run.status, 0) << request << run.out << run.err;
+  }
+}
+
+TEST_F(GenerateTest, EveryShapeOfACardIsValid) {
+  const std::vector<std::vector<std::string>> shapes = {
+      {"--links", "0", "--service-ports", "0"},
+      {"--links", "1", "--onus", "0", "--service-ports", "0"},
+      {"--links", "1", "--onus", "1", "--service-ports", "1", "--line-profiles", "1",
+       "--bandwidth-profiles", "1"},
+      {"--links", "0", "--xgs-links", "2", "--onus", "4", "--service-ports", "16"},
+      {"--links", "2", "--xgs-links", "2", "--onus", "4", "--service-ports", "64"},
+      // More service ports than GEM ports: they differ by their VLAN.
+      {"--links", "1", "--onus", "2", "--gems", "1", "--service-ports", "500"},
+      {"--links", "1", "--onus", "1", "--gems", "1", "--service-ports", "4094"},
+      // The most ONUs that the bandwidth of a link suffices for.
+      {"--links", "1", "--onus", "1024", "--service-ports", "8"},
+      {"--links", "2", "--onus", "128", "--bandwidth-profiles", "2000", "--line-profiles", "700",
+       "--service-ports", "4"},
+      {"--links", "1", "--onus", "2", "--service-ports", "2", "--service-profiles", "0",
+       "--rg-profiles", "0", "--tr069-profiles", "0", "--sip-profiles", "0", "--media-profiles",
+       "0"},
+  };
+  for (const auto& shape : shapes) {
+    SCOPED_TRACE(json(shape).dump());
+    expect_valid(shape);
+  }
+}
+
+TEST_F(GenerateTest, OnusFitOnlyIfTheirBandwidthDoes) {
+  // Each of a full link's ONUs takes what it may, so a little more of one profile is too much.
+  file("generated.xml", generate({"--links", "1", "--line-profiles", "1", "--bandwidth-profiles",
+                                  "5", "--service-ports", "0"})
+                            .out);
+  const std::string more =
+      "<profile><gpon><line-profile><name>line-0001</name><tcont><id>4</id>"
+      "<bandwidth-profile>bw-0002</bandwidth-profile></tcont></line-profile></gpon></profile>";
+  config("change.xml", more);
+  const Outcome run = gponval({"commit", "--running", "generated.xml", "--change", "change.xml",
+                               "--only", "ponlink_bw_check"});
+  EXPECT_EQ(run.status, 1) << run.err;
+  EXPECT_THAT(run.out, HasSubstr("Total bandwidth exceeds GPON interface 1/1/1 capacity"));
+}
+
+TEST_F(GenerateTest, MoreServicePortsThanACardHasNeedACardOfThatMany) {
+  const std::vector<std::string> sizes = {"--links",         "2",   "--onus", "64",
+                                          "--service-ports", "5000"};
+  file("card.txt", "bw-check = true\nonus-per-link = 128\nmax-service-ports = 5000\n");
+  expect_valid(sizes, {"--card", "card.txt"});
+  const Outcome run = gponval({"commit", "--running", "empty.xml", "--candidate", "generated.xml"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.out, HasSubstr("Service-port limit exceeded: Installed 5000 of 4096 allowed"));
+}
+
+TEST_F(GenerateTest, TheSameOptionsGiveTheSameBytes) {
+  const std::string first = generate(kSmall).out;
+  EXPECT_THAT(first, Not(IsEmpty()));
+  EXPECT_EQ(generate(kSmall).out, first);
+}
+
+TEST_F(GenerateTest, NoPasswordStandsInTheCard) {
+  EXPECT_THAT(generate(kSmall).out, Not(HasSubstr("<password>")));
+}
+
+TEST_F(GenerateTest, ASizeOfWhichNoValidCardCanBeMadeIsRefused) {
+  const struct {
+    std::vector<std::string> sizes;
+    const char* told;
+  } cases[] = {
+      {{"--line-profiles", "0"}, "ONUs need a line profile"},
+      {{"--bandwidth-profiles", "0"}, "line profiles need a bandwidth profile"},
+      {{"--links", "0"}, "service ports need ONUs"},
+      {{"--onus", "0"}, "service ports need ONUs"},
+      {{"--onus", "2000"}, "does not suffice for 2000 ONUs"},
+      {{"--gems", "0"}, "0 service ports only"},
+      {{"--links", "1", "--onus", "1", "--gems", "1", "--service-ports", "4095"},
+       "4094 service ports only"},
+      {{"--links", "4000000000", "--xgs-links", "4000000000"}, "that many links"},
+      {{"--links", "-1"}, "--links"},
+      {{"--links", "4294967296"}, "--links"},
+      {{"--links", "1.5"}, "--links"},
+  };
+  for (const auto& [sizes, told] : cases) {
+    const Outcome run = generate(sizes);
+    EXPECT_EQ(run.status, 2) << told;
+    EXPECT_THAT(run.out, IsEmpty()) << told;
+    EXPECT_THAT(run.err, StartsWith("gponval: ")) << told;
+    EXPECT_THAT(run.err, HasSubstr(told));
+    EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << told;
+  }
+}
+
+}  // namespace
+}  // namespace gponval::test
