@@ -1,0 +1,290 @@
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "frame_trace_capture.h"
+#include "gpon_ponlink_fec_confirm.h"
+#include "recorded_calls.h"
+#include "tests/support/card_test.h"
+
+// Last, for its macros.
+#include "keypaths.h"
+
+namespace tarnd::test {
+namespace {
+
+constexpr const char* kRequest = "fec_confirmation_warning";
+constexpr const char* kWarning =
+    "The change in FEC configuration will result in temporary data loss for all users of this PON "
+    "link.";
+constexpr const char* kUnreadable = "Failed accessing confd data.";
+
+std::string downstream(const std::string& value) {
+  return element("downstream-fec", value);
+}
+
+std::string upstream(const std::string& value) {
+  return element("upstream-fec", value);
+}
+
+confd_hkeypath_t fec_keypath(std::uint32_t leaf, std::uint32_t list, std::uint32_t slot,
+                             std::uint32_t port) {
+  return link_leaf_keypath(leaf, list, 1, slot, port);
+}
+
+class FecConfirm : public CardTest {
+ protected:
+  // The default of both leaves is true.
+  FecConfirm() {
+    running(gpon_link(3) + gpon_link(4, downstream("false") + upstream("false")) + xgspon_link(3));
+  }
+
+  void expect_accepted(const std::string& change) {
+    const Answer answer = answer_of(kRequest, change);
+    EXPECT_EQ(answer.result, Verdict::kOk) << change;
+    EXPECT_EQ(answer.text, "") << change;
+    expect_balanced_sessions();
+  }
+
+  void expect_warning(const std::string& change, const std::string& text = kWarning) {
+    const Answer answer = answer_of(kRequest, change);
+    EXPECT_EQ(answer.result, Verdict::kWarning) << change;
+    EXPECT_EQ(answer.text, text) << change;
+    expect_balanced_sessions();
+  }
+
+  void expect_rejected(const std::string& change) {
+    const Answer answer = answer_of(kRequest, change);
+    EXPECT_EQ(answer.result, Verdict::kError) << change;
+    EXPECT_EQ(answer.text, kUnreadable) << change;
+    expect_balanced_sessions();
+  }
+
+  // Every session that somebody tried to start was ended.
+  void expect_balanced_sessions() {
+    EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end),
+              calls(PlatformCall::qzconfd_config_session_start));
+  }
+
+  // The answer to a request on the keypath itself, with the new value "false".
+  std::int32_t answer_to(confd_hkeypath_t keypath) {
+    confd_value_t value;
+    CONFD_SET_BOOL(&value, 0);
+    return ponlink_fec_confirmation(sock(), tctx(), &keypath, &value);
+  }
+};
+
+TEST_F(FecConfirm, AChangeOfEitherLeafAsksTheUser) {
+  expect_warning(gpon_link(3, downstream("false")));
+  expect_warning(gpon_link(3, upstream("false")));
+  expect_warning(gpon_link(4, downstream("true")));
+  expect_warning(gpon_link(4, upstream("true")));
+  expect_warning(xgspon_link(3, downstream("false")));
+  expect_warning(xgspon_link(3, upstream("false")));
+}
+
+TEST_F(FecConfirm, BackToTheDefaultIsAChange) {
+  expect_warning(gpon_link(4, element("downstream-fec", "", "delete")));
+}
+
+TEST_F(FecConfirm, AConfirmedChangeIsAccepted) {
+  EXPECT_EQ(commit(gpon_link(3, downstream("false")), {kRequest}, false).result,
+            CommitResult::kUnconfirmed);
+  EXPECT_EQ(commit(gpon_link(3, downstream("false")), {kRequest}, true).result,
+            CommitResult::kAccepted);
+}
+
+TEST_F(FecConfirm, TheValueThatTheLeafHasAlreadyIsAccepted) {
+  const std::string path = "/config/interface/gpon{1 1 3}/downstream-fec";
+  const Answer same = request(kRequest, path, "", "true");
+  EXPECT_EQ(same.result, Verdict::kOk);
+  EXPECT_EQ(same.text, "");
+  EXPECT_EQ(request(kRequest, path, "", "false").result, Verdict::kWarning);
+  expect_balanced_sessions();
+}
+
+TEST_F(FecConfirm, ANewInterfaceHasNothingToLose) {
+  expect_accepted(gpon_link(5, downstream("false")));
+  expect_accepted(xgspon_link(4, upstream("false")));
+}
+
+TEST_F(FecConfirm, TheHostMayReplaceTheText) {
+  const char* const original = FEC_WARN_MSG;
+  FEC_WARN_MSG = "100%s sure?";
+  expect_warning(gpon_link(3, downstream("false")), "100%s sure?");
+  const std::string long_text(9000, 'x');
+  FEC_WARN_MSG = long_text.c_str();
+  expect_warning(gpon_link(3, downstream("false")), std::string(8191, 'x'));
+  FEC_WARN_MSG = original;
+}
+
+TEST_F(FecConfirm, ASessionThatDoesNotOpenRejectsAndIsEndedAllTheSame) {
+  fail_call(PlatformCall::qzconfd_config_session_start);
+  expect_rejected(gpon_link(3, downstream("false")));
+  EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end), 1U);
+}
+
+TEST_F(FecConfirm, ThePlatformIsCalledInOrder) {
+  const auto calls_with = [this](std::optional<PlatformCall> failing) {
+    running(gpon_link(3));
+    const RecordedCalls recorded(failing);
+    answer_of(kRequest, gpon_link(3, downstream("false")));
+    return recorded.names();
+  };
+  using Names = std::vector<std::string>;
+  EXPECT_EQ(calls_with(PlatformCall::qzconfd_config_session_start),
+            (Names{"qzconfd_maapi_socket_get", "qzconfd_config_session_start", "confd_trans_seterr",
+                   "qzconfd_config_session_end"}));
+  EXPECT_EQ(calls_with(PlatformCall::cdb_exists),
+            (Names{"qzconfd_maapi_socket_get", "qzconfd_config_session_start", "cdb_exists",
+                   "qzconfd_config_session_end"}));
+  const Names asked = {
+      "qzconfd_maapi_socket_get", "qzconfd_config_session_start", "cdb_exists", "cdb_get_bool",
+      "confd_trans_seterr",       "qzconfd_config_session_end"};
+  EXPECT_EQ(calls_with(PlatformCall::cdb_get_bool), asked);
+  EXPECT_EQ(calls_with(std::nullopt), asked);
+}
+
+TEST_F(FecConfirm, AnInterfaceThatCannotBeLookedUpCountsAsNew) {
+  fail_call(PlatformCall::cdb_exists);
+  expect_accepted(gpon_link(3, downstream("false")));
+  EXPECT_EQ(calls(PlatformCall::cdb_get_bool), 0U);
+}
+
+TEST_F(FecConfirm, AnOldValueThatCannotBeReadRejects) {
+  TraceCapture trace(TraceLevel::kFlow);
+  fail_call(PlatformCall::cdb_get_bool);
+  expect_rejected(gpon_link(3, downstream("false")));
+  EXPECT_TRUE(trace.has("ponlink_fec_confirmation src/validation/gpon_ponlink_fec_confirm.cpp"));
+  EXPECT_TRUE(trace.has("cdb_sock="));
+  EXPECT_TRUE(trace.has(" ret = -1"));
+  EXPECT_TRUE(trace.has("ponlink_fec_confirmation end - ERROR - elapsed time "));
+}
+
+TEST_F(FecConfirm, AnotherListRejectsWithoutASession) {
+  ValidationSession& session = open();
+  EXPECT_EQ(answer_to(fec_keypath(base_downstream_fec, base_onu, 1, 3)), CONFD_ERR);
+  EXPECT_EQ(session.error_text(), kUnreadable);
+  EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_start), 0U);
+}
+
+TEST_F(FecConfirm, TheChassisOfTheKeypathIsNotRead) {
+  open();
+  confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 1, 3);
+  CONFD_SET_NOEXISTS(&keypath.v[1][0]);
+  EXPECT_EQ(answer_to(keypath), CONFD_VALIDATION_WARN);
+}
+
+TEST_F(FecConfirm, TheTraceTellsWhatBecameOfTheLeaf) {
+  const struct {
+    std::string change;
+    std::string record;
+    std::string word;
+  } cases[] = {
+      {gpon_link(3, downstream("false")),
+       "/config/interface/gpon{1 1 3}/downstream-fec FEC did change.", "WARNING"},
+      {gpon_link(5, upstream("false")),
+       "/config/interface/gpon{1 1 5}/upstream-fec doesn't exist. FEC didn't change.", "OK"},
+  };
+  for (const auto& example : cases) {
+    TraceCapture trace(TraceLevel::kDetail);
+    answer_of(kRequest, example.change);
+    EXPECT_TRUE(trace.has("ponlink_fec_confirmation begin"));
+    EXPECT_TRUE(trace.has_record("DETAIL", example.record));
+    EXPECT_TRUE(trace.has("ponlink_fec_confirmation end - " + example.word + " - elapsed time "));
+    EXPECT_EQ(trace.records().size(), 3U);
+  }
+}
+
+TEST_F(FecConfirm, TheTraceTellsThatNothingChanged) {
+  TraceCapture trace(TraceLevel::kDetail);
+  request(kRequest, "/config/interface/xgspon{1 1 3}/upstream-fec", "", "true");
+  EXPECT_TRUE(trace.has_record("DETAIL",
+                               "/config/interface/xgspon{1 1 3}/upstream-fec FEC didn't change."));
+  EXPECT_TRUE(trace.has("ponlink_fec_confirmation end - OK - elapsed time "));
+}
+
+using FecConfirmDeathTest = FecConfirm;
+
+TEST_F(FecConfirmDeathTest, AnotherLeafEndsTheProcessWithAFault) {
+  open();
+  EXPECT_EXIT(answer_to(fec_keypath(base_operation_mode, base_xgspon, 1, 3)),
+              testing::ExitedWithCode(1),
+              "Backtrace(.|\n)*Fault 1 raised by ponlink_fec_confirmation at "
+              "src/validation/gpon_ponlink_fec_confirm.cpp:[0-9]+: XMLTAG is invalid");
+}
+
+TEST_F(FecConfirmDeathTest, AKeypathOfOtherTypesEndsTheProcess) {
+  open();
+  const struct {
+    int element;
+    int key;
+    std::string assertion;
+  } cases[] = {
+      {0, 0, "\\(&\\(keypath->v\\[0\\]\\[0\\]\\)\\)->type == C_XMLTAG"},
+      {1, 1, "\\(&keypath->v\\[1\\]\\[1\\]\\)->type == C_UINT32"},
+      {1, 2, "\\(&keypath->v\\[1\\]\\[2\\]\\)->type == C_UINT32"},
+      {2, 0, "\\(&keypath->v\\[2\\]\\[0\\]\\)->type == C_XMLTAG"},
+  };
+  for (const auto& example : cases) {
+    confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 1, 3);
+    CONFD_SET_NOEXISTS(&keypath.v[example.element][example.key]);
+    EXPECT_DEATH(answer_to(keypath), example.assertion);
+  }
+}
+
+TEST_F(FecConfirmDeathTest, ANewValueThatIsNoBooleanEndsTheProcess) {
+  open();
+  confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 1, 3);
+  confd_value_t number;
+  CONFD_SET_UINT32(&number, 1);
+  EXPECT_DEATH(ponlink_fec_confirmation(sock(), tctx(), &keypath, &number),
+               "\\(newval\\)->type == C_BOOL");
+}
+
+TEST_F(FecConfirm, TheNewValueOfAnUncommittedInterfaceIsNotRead) {
+  open();
+  confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 1, 9);
+  EXPECT_EQ(ponlink_fec_confirmation(sock(), tctx(), &keypath, nullptr), CONFD_OK);
+}
+
+TEST(FecPaths, AreMadeFromTheKeypath) {
+  const confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 3, 16);
+  std::string itf;
+  ASSERT_TRUE(get_interface_path(&keypath, itf));
+  EXPECT_EQ(itf, "/config/interface/gpon{1 3 16}");
+  std::string fec;
+  ASSERT_TRUE(get_fec_path(&keypath, itf, fec));
+  EXPECT_EQ(fec, "/config/interface/gpon{1 3 16}/downstream-fec");
+}
+
+TEST(FecPaths, KnowBothListsAndBothLeaves) {
+  confd_hkeypath_t keypath = fec_keypath(base_upstream_fec, base_xgspon, 4294967295U, 0);
+  CONFD_SET_UINT32(&keypath.v[1][0], 7);
+  std::string itf;
+  ASSERT_TRUE(get_interface_path(&keypath, itf));
+  EXPECT_EQ(itf, "/config/interface/xgspon{1 4294967295 0}");
+  std::string fec;
+  ASSERT_TRUE(get_fec_path(&keypath, "base", fec));
+  EXPECT_EQ(fec, "base/upstream-fec");
+}
+
+TEST(FecPaths, LeaveTheOutputForOtherNodes) {
+  const confd_hkeypath_t keypath = fec_keypath(base_operation_mode, base_onu, 1, 1);
+  std::string path = "as it was";
+  EXPECT_FALSE(get_interface_path(&keypath, path));
+  EXPECT_FALSE(get_fec_path(&keypath, "base", path));
+  EXPECT_EQ(path, "as it was");
+}
+
+TEST(FecPathsDeathTest, ALeafThatIsNoTagEndsTheProcess) {
+  confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 1, 1);
+  CONFD_SET_NOEXISTS(&keypath.v[0][0]);
+  std::string path;
+  EXPECT_DEATH(get_fec_path(&keypath, "base", path),
+               "\\(&keypath->v\\[0\\]\\[0\\]\\)->type == C_XMLTAG");
+}
+
+}  // namespace
+}  // namespace tarnd::test

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "standalone/middleware/trace.h"
+
+namespace tarnd::test {
+
+/// Keeps what the trace writes from now on, a record a line: level, function, source and line,
+/// text.
+class TraceCapture {
+ public:
+  explicit TraceCapture(TraceLevel level) {
+    start_trace(level);
+    testing::internal::CaptureStderr();
+  }
+  TraceCapture(const TraceCapture&) = delete;
+  TraceCapture& operator=(const TraceCapture&) = delete;
+  ~TraceCapture() {
+    records();
+    start_trace(TraceLevel::kOff);
+  }
+
+  /// Ends the capture and gives the records.
+  const std::vector<std::string>& records() {
+    if (capturing_) {
+      capturing_ = false;
+      std::istringstream lines(testing::internal::GetCapturedStderr());
+      for (std::string line; std::getline(lines, line);) {
+        records_.push_back(line);
+      }
+    }
+    return records_;
+  }
+
+  /// Ends the capture: is the text part of a record?
+  bool has(const std::string& text) { return count(text) > 0; }
+
+  /// Ends the capture: is there a record of the level, "FLOW" or "DETAIL", with just this text?
+  bool has_record(const std::string& level, const std::string& text) {
+    const std::vector<std::string>& all = records();
+    return std::any_of(all.begin(), all.end(), [&](const std::string& record) {
+      const std::size_t text_at = record.find(' ', record.find(".cpp:")) + 1;
+      return record.rfind(level + " ", 0) == 0 &&
+             record.compare(text_at, std::string::npos, text) == 0;
+    });
+  }
+
+  std::ptrdiff_t count(const std::string& text) {
+    const std::vector<std::string>& all = records();
+    return std::count_if(all.begin(), all.end(), [&text](const std::string& record) {
+      return record.find(text) != std::string::npos;
+    });
+  }
+
+ private:
+  bool capturing_ = true;
+  std::vector<std::string> records_;
+};
+
+}  // namespace tarnd::test

@@ -1,0 +1,175 @@
+#include "gpon_itf_valid.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "frame_trace_capture.h"
+#include "gpon_capabilities.h"
+#include "recorded_calls.h"
+#include "tests/support/card_test.h"
+
+namespace tarnd::test {
+namespace {
+
+constexpr const char* kGponRequest = "interface_gpon_validation";
+constexpr const char* kXgsRequest = "interface_xgs_validation";
+constexpr const char* kGponText =
+    "GPON interfaces cannot be deleted because they are physical ports.";
+constexpr const char* kXgsText =
+    "XGSPON interfaces cannot be deleted because they are physical ports.";
+
+using Link = std::string (*)(int port, const std::string& content, const std::string& op);
+
+std::string links(Link link, int first, int last, const std::string& op = "") {
+  std::string all;
+  for (int port = first; port <= last; ++port) {
+    all += link(port, "", op);
+  }
+  return all;
+}
+
+class PonInterfaces : public CardTest {
+ protected:
+  void manage(std::uint32_t link_count) {
+    CardDescription card = CardDescription::standard();
+    card.manageable_links = link_count;
+    insert(card);
+  }
+
+  void expect_accepted(const std::string& request, const std::string& change) {
+    const Answer answer = answer_of(request, change);
+    EXPECT_EQ(answer.result, Verdict::kOk);
+    EXPECT_EQ(answer.text, "");
+  }
+
+  void expect_rejected(const std::string& request, const std::string& change,
+                       const std::string& text) {
+    const Answer answer = answer_of(request, change);
+    EXPECT_EQ(answer.result, Verdict::kError);
+    EXPECT_EQ(answer.text, text);
+  }
+};
+
+TEST_F(PonInterfaces, AsManyAsTheCardManagesMustRemain) {
+  manage(16);
+  running(links(gpon_link, 1, 17) + links(xgspon_link, 1, 17));
+
+  expect_accepted(kGponRequest, gpon_link(17, "", "delete"));
+  expect_rejected(kGponRequest, gpon_link(16, "", "delete"), kGponText);
+  expect_accepted(kXgsRequest, xgspon_link(17, "", "delete"));
+  expect_rejected(kXgsRequest, xgspon_link(16, "", "delete"), kXgsText);
+}
+
+TEST_F(PonInterfaces, WhichOneIsDeletedDoesNotMatter) {
+  manage(2);
+  running(links(gpon_link, 1, 3));
+  expect_accepted(kGponRequest, gpon_link(1, "", "delete"));
+  expect_rejected(kGponRequest, gpon_link(3, "", "delete"), kGponText);
+}
+
+TEST_F(PonInterfaces, ADeletionMadeUpForIsAccepted) {
+  manage(2);
+  running(links(gpon_link, 1, 2));
+  expect_accepted(kGponRequest, gpon_link(1, "", "delete") + gpon_link(3));
+}
+
+TEST_F(PonInterfaces, MoreThanTheCardManagesMayBeAdded) {
+  manage(2);
+  running(links(gpon_link, 1, 2) + links(xgspon_link, 1, 2));
+  expect_accepted(kGponRequest, gpon_link(3));
+  expect_accepted(kXgsRequest, xgspon_link(3));
+}
+
+TEST_F(PonInterfaces, AListWithTooFewRefusesEveryEdit) {
+  manage(3);
+  running(gpon_link(1));
+  expect_rejected(kGponRequest, gpon_link(1, onu(1)), kGponText);
+  expect_rejected(kGponRequest, gpon_link(2), kGponText);
+  expect_accepted(kGponRequest, gpon_link(2) + gpon_link(3));
+}
+
+TEST_F(PonInterfaces, TheTypesAreCountedApart) {
+  manage(2);
+  running(links(gpon_link, 1, 2) + xgspon_link(1));
+  expect_accepted(kGponRequest, gpon_link(1, onu(1)));
+  expect_rejected(kXgsRequest, xgspon_link(1, onu(1)), kXgsText);
+}
+
+TEST_F(PonInterfaces, ACardWithoutManageableLinksMissesNone) {
+  manage(0);
+  running(gpon_link(1));
+  expect_accepted(kGponRequest, gpon_link(1, "", "delete"));
+}
+
+TEST_F(PonInterfaces, ACountThatCannotBeReadRejectsWithoutAText) {
+  running(gpon_link(1));
+  TraceCapture trace(TraceLevel::kFlow);
+  fail_call(PlatformCall::maapi_num_instances);
+  expect_rejected(kGponRequest, gpon_link(1, onu(1)), "");
+  EXPECT_TRUE(trace.has("validate_itf_pon src/validation/gpon_itf_valid.cpp"));
+  EXPECT_TRUE(trace.has("Failed getting gpon ports ("));
+  EXPECT_TRUE(trace.has("validate_itf_pon end - ERROR - elapsed time "));
+}
+
+TEST_F(PonInterfaces, AnXgsCountThatCannotBeReadNamesItsList) {
+  running(xgspon_link(1));
+  TraceCapture trace(TraceLevel::kFlow);
+  fail_call(PlatformCall::maapi_num_instances);
+  expect_rejected(kXgsRequest, xgspon_link(1, onu(1)), "");
+  EXPECT_TRUE(trace.has("Failed getting xgspon ports ("));
+}
+
+TEST_F(PonInterfaces, BothValidatorsTraceUnderOneName) {
+  running(gpon_link(1) + xgspon_link(1));
+  TraceCapture trace(TraceLevel::kFlow);
+  expect_accepted(kGponRequest, gpon_link(1, onu(1)));
+  expect_accepted(kXgsRequest, xgspon_link(1, onu(1)));
+  EXPECT_EQ(trace.count("validate_itf_pon begin"), 2);
+  EXPECT_EQ(trace.count("validate_itf_pon end - OK - elapsed time "), 2);
+}
+
+TEST_F(PonInterfaces, ThePlatformIsCalledInOrder) {
+  using Names = std::vector<std::string>;
+  manage(2);
+  running(gpon_link(1) + xgspon_link(1));
+  {
+    const RecordedCalls recorded;
+    answer_of(kGponRequest, gpon_link(1, onu(1)));
+    EXPECT_EQ(recorded.names(),
+              (Names{"qzconfd_maapi_socket_get", "limid_type_compare", "limid_type_compare",
+                     "maapi_num_instances", "confd_trans_seterr"}));
+  }
+  const RecordedCalls recorded;
+  answer_of(kXgsRequest, xgspon_link(1, onu(1)));
+  EXPECT_EQ(recorded.names(), (Names{"qzconfd_maapi_socket_get", "limid_type_compare",
+                                     "maapi_num_instances", "confd_trans_seterr"}));
+}
+
+TEST_F(PonInterfaces, ARefusalIsTracedAsAnError) {
+  manage(2);
+  running(gpon_link(1));
+  TraceCapture trace(TraceLevel::kFlow);
+  expect_rejected(kGponRequest, gpon_link(1, onu(1)), kGponText);
+  EXPECT_TRUE(trace.has("validate_itf_pon end - ERROR - elapsed time "));
+}
+
+TEST_F(PonInterfaces, AnotherTypeIsRejectedButTracedAsASuccess) {
+  ValidationSession& session = open();
+  TraceCapture trace(TraceLevel::kFlow);
+  EXPECT_EQ(validate_itf_pon(sock(), tctx(), nullptr), CONFD_ERR);
+  EXPECT_FALSE(session.error_text().has_value());
+  EXPECT_TRUE(trace.has("Error: Trying to execute validation for a non expected type of PON port"));
+  EXPECT_TRUE(trace.has("validate_itf_pon end - OK - elapsed time "));
+  EXPECT_EQ(calls(PlatformCall::maapi_num_instances), 0U);
+}
+
+TEST_F(PonInterfaces, AllManageableLinksAreEnough) {
+  set_num_manageable_ponlinks(16);
+  EXPECT_FALSE(num_pon_links_ok(15));
+  EXPECT_TRUE(num_pon_links_ok(16));
+  EXPECT_TRUE(num_pon_links_ok(17));
+}
+
+}  // namespace
+}  // namespace tarnd::test

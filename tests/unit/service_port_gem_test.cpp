@@ -1,0 +1,323 @@
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include "both_branches.h"
+#include "frame_trace_capture.h"
+#include "recorded_calls.h"
+#include "tests/support/card_test.h"
+#include "valid_service_port.h"
+
+// Last: it brings base.h, whose macros are plain words that other headers use.
+#include "keypath_elements.h"
+
+namespace tarnd::test {
+namespace {
+
+constexpr const char* kRequest = "sp_gem_check";
+
+/// A card with ONU 1 on both kinds of links, with GEM ports 1 and 2, and ONU 2 without a line
+/// profile.
+std::string card() {
+  return line_profile("fast", gem(1) + gem(2)) + gpon_link(1, onu(1, uses_line("fast")) + onu(2)) +
+         xgspon_link(1, onu(3, uses_line("fast")));
+}
+
+std::string onu_missing(int sp, int onu_id, const std::string& link, const std::string& itf) {
+  return "Service-port [" + std::to_string(sp) + "] ONU [" + std::to_string(onu_id) +
+         "] was not configured on interface " + link + " [" + itf + "]";
+}
+
+std::string gem_missing(int sp, int gem_id, int onu_id) {
+  return "Service-port [" + std::to_string(sp) + "] gem [" + std::to_string(gem_id) +
+         "] was not configured to onu [" + std::to_string(onu_id) + "]";
+}
+
+class ServicePortGem : public CardTest {
+ protected:
+  ServicePortGem() { running(card()); }
+
+  void expect_accepted(const std::string& change) {
+    const Answer answer = answer_of(kRequest, change);
+    EXPECT_EQ(answer.result, Verdict::kOk);
+    EXPECT_EQ(answer.text, "");
+  }
+  void expect_rejected(const std::string& change, const std::string& text) {
+    const Answer answer = answer_of(kRequest, change);
+    EXPECT_EQ(answer.result, Verdict::kError);
+    EXPECT_EQ(answer.text, text);
+  }
+};
+
+TEST_F(ServicePortGem, AGemPortOfTheOnusLineProfileIsAccepted) {
+  expect_accepted(service_port(1, "gpon", "1/1/1", 1, 2));
+  expect_accepted(service_port(2, "xgspon", "1/1/1", 3, 1));
+}
+
+TEST_F(ServicePortGem, AGemPortThatTheLineProfileLacksIsRejected) {
+  expect_rejected(service_port(9, "gpon", "1/1/1", 1, 3), gem_missing(9, 3, 1));
+  expect_rejected(service_port(9, "xgspon", "1/1/1", 3, 3), gem_missing(9, 3, 3));
+}
+
+TEST_F(ServicePortGem, AnOnuWithoutALineProfileHasNoGemPort) {
+  expect_rejected(service_port(9, "gpon", "1/1/1", 2, 1), gem_missing(9, 1, 2));
+}
+
+TEST_F(ServicePortGem, AnOnuWithADanglingLineProfileHasNoGemPort) {
+  running(card() + gpon_link(2, onu(1, uses_line("gone"))));
+  expect_rejected(service_port(9, "gpon", "1/1/2", 1, 1), gem_missing(9, 1, 1));
+}
+
+TEST_F(ServicePortGem, OfAMissingOnuTheGemPortIsTold) {
+  expect_rejected(service_port(9, "gpon", "1/1/1", 3, 1), gem_missing(9, 1, 3));
+  expect_rejected(service_port(9, "xgspon", "1/1/1", 1, 1), gem_missing(9, 1, 1));
+  expect_rejected(service_port(9, "gpon", "1/1/2", 1, 1), gem_missing(9, 1, 1));
+  // Both findings set a text, the later one stays.
+  EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 6U);
+}
+
+TEST_F(ServicePortGem, AModificationIsLookedAt) {
+  running(card() + service_port(1, "gpon", "1/1/1", 1, 1));
+  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 3), gem_missing(1, 3, 1));
+  // Any change of a port brings it before the check, one that dangled before too.
+  running(card() + service_port(1, "gpon", "1/1/1", 1, 3));
+  expect_rejected(element("service-port", element("id", "1") + element("admin-enabled", "true")),
+                  gem_missing(1, 3, 1));
+}
+
+TEST_F(ServicePortGem, APortThatDoesNotChangeIsNotLookedAt) {
+  running(card() + service_port(1, "gpon", "1/1/1", 1, 3));
+  expect_accepted(service_port(2, "gpon", "1/1/1", 1, 1));
+}
+
+TEST_F(ServicePortGem, ADeletionIsAlwaysAccepted) {
+  running(card() + service_port(1, "gpon", "1/1/1", 1, 3));
+  expect_accepted(deleted_service_port(1));
+  EXPECT_EQ(calls(PlatformCall::maapi_get_values), 0U);
+}
+
+TEST_F(ServicePortGem, ADeletionDoesNotHideWhatComesBehindIt) {
+  running(card() + service_port(1, "gpon", "1/1/1", 1, 1));
+  expect_rejected(deleted_service_port(1) + service_port(2, "gpon", "1/1/1", 1, 3),
+                  gem_missing(2, 3, 1));
+}
+
+TEST_F(ServicePortGem, WhatTheSameTransactionBringsCounts) {
+  expect_accepted(service_port(1, "gpon", "1/1/1", 4, 7) + gpon_link(1, onu(4, uses_line("new"))) +
+                  line_profile("new", gem(7)));
+}
+
+TEST_F(ServicePortGem, TheFirstFailureEndsTheCheck) {
+  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 3) + service_port(2, "gpon", "1/1/1", 1, 4),
+                  gem_missing(1, 3, 1));
+  EXPECT_EQ(calls(PlatformCall::maapi_get_values), 1U);
+  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 1) + service_port(2, "gpon", "1/1/1", 1, 4),
+                  gem_missing(2, 4, 1));
+}
+
+TEST_F(ServicePortGem, APortWithoutALinkIsPassedOver) {
+  const std::string port = element("service-port", element("id", "1"));
+  expect_accepted(port);
+  expect_rejected(port + service_port(2, "gpon", "1/1/1", 1, 3), gem_missing(2, 3, 1));
+}
+
+TEST_F(ServicePortGem, APortWithBothLinksIsPassedOver) {
+  ValidationSession& session = open(service_port(7, "gpon", "1/1/1", 1, 3));
+  add_xgspon_branch(session, "7");
+  confd_hkeypath_t path = service_port_keypath(7);
+  sp_gem_check_state state{true, sock(), tctx()};
+  EXPECT_EQ(iterate_sp_for_gem_check_validation(&path, MOP_CREATED, nullptr, nullptr, &state),
+            ITER_CONTINUE);
+  EXPECT_TRUE(state.all_good);
+  EXPECT_EQ(session.error_text(), std::nullopt);
+  EXPECT_EQ(calls(PlatformCall::confd_free_value), 2U);
+}
+
+TEST_F(ServicePortGem, AnIncompletePortIsRejectedWithoutAText) {
+  const std::string only_interface = element("gpon", element("id", "1/1/1"));
+  const std::string without_gem =
+      element("xgspon", element("id", "1/1/1") + element("onu", element("id", "3")));
+  for (const std::string& link : {only_interface, without_gem}) {
+    TraceCapture trace(TraceLevel::kDetail);
+    expect_rejected(element("service-port", element("id", "1") + link), "");
+    EXPECT_TRUE(trace.has("DETAIL iterate_sp_for_gem_check_validation "));
+    EXPECT_TRUE(trace.has("error reading sp values from confd"));
+  }
+  // The interface names were read nevertheless.
+  EXPECT_EQ(calls(PlatformCall::confd_free_value), 2U);
+  EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 0U);
+}
+
+TEST_F(ServicePortGem, AFailedIterationIsRejectedWithoutAText) {
+  fail_call(PlatformCall::maapi_keypath_diff_iterate);
+  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 1), "");
+  EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 0U);
+}
+
+TEST_F(ServicePortGem, APortThatCannotBeReadEndsTheCheckWithSuccess) {
+  TraceCapture trace(TraceLevel::kFlow);
+  fail_call(PlatformCall::maapi_get_values);
+  expect_accepted(service_port(1, "gpon", "1/1/1", 1, 3) + service_port(2, "gpon", "1/1/1", 1, 3));
+  EXPECT_EQ(calls(PlatformCall::maapi_get_values), 1U);
+  EXPECT_TRUE(
+      trace.has(std::string("Error to get SP 1 values from ConfD (err=") + confd_lasterr() + ")"));
+  EXPECT_TRUE(trace.has("validate_sp_gem_check end - OK - "));
+}
+
+TEST_F(ServicePortGem, AnExistenceTestThatFailsIsNoFinding) {
+  // The tests in order: the ONU, its line profile, the GEM port.
+  const std::string missing_onu = service_port(1, "gpon", "1/1/1", 3, 1);
+  fail_call(PlatformCall::maapi_exists, 1);
+  expect_rejected(missing_onu, gem_missing(1, 1, 3));
+  EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 1U);
+  fail_call(PlatformCall::maapi_exists, 3);
+  expect_rejected(missing_onu, onu_missing(1, 3, "gpon", "1/1/1"));
+  fail_call(PlatformCall::maapi_exists, 3);
+  expect_accepted(service_port(1, "gpon", "1/1/1", 1, 3));
+}
+
+TEST_F(ServicePortGem, ALineProfileThatCannotBeReadHasNoGemPort) {
+  fail_call(PlatformCall::maapi_get_elem);
+  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 1), gem_missing(1, 1, 1));
+}
+
+TEST_F(ServicePortGem, TheKeypathMustBeOfServicePorts) {
+  TraceCapture trace(TraceLevel::kFlow);
+  const Answer answer =
+      request(kRequest, "/config/interface/gpon", gpon_link(1, onu(1, uses_line("gone"))));
+  EXPECT_EQ(answer.result, Verdict::kError);
+  EXPECT_EQ(answer.text, "");
+  EXPECT_TRUE(trace.has("Error reading sp id from confd"));
+}
+
+TEST_F(ServicePortGem, AnInterfaceNameIsNoFormat) {
+  expect_rejected(service_port(1, "gpon", "50%d", 1, 1), gem_missing(1, 1, 1));
+}
+
+class SingleServicePort : public ServicePortGem {
+ protected:
+  std::string session_text(std::int32_t expected_result, std::uint32_t onu_id, std::uint32_t gem_id,
+                           limid_type_t type) {
+    ValidationSession& session = open();
+    EXPECT_EQ(gem_check_single_sp(sock(), tctx(), onu_id, gem_id, 9, "1 1 1", type),
+              expected_result);
+    return session.error_text().value_or("no text");
+  }
+};
+
+TEST_F(SingleServicePort, IsCheckedOnItsKindOfLink) {
+  EXPECT_EQ(session_text(CONFD_OK, 1, 1, limid_type_gpon), "no text");
+  EXPECT_EQ(session_text(CONFD_OK, 3, 2, limid_type_xgspon), "no text");
+  EXPECT_EQ(session_text(CONFD_ERR, 3, 2, limid_type_gpon), gem_missing(9, 2, 3));
+  EXPECT_EQ(session_text(CONFD_ERR, 1, 1, limid_type_xgspon), gem_missing(9, 1, 1));
+}
+
+TEST_F(SingleServicePort, OfAnUnknownKindOfLinkFails) {
+  TraceCapture trace(TraceLevel::kFlow);
+  EXPECT_EQ(session_text(CONFD_ERR, 1, 1, nullptr), gem_missing(9, 1, 1));
+  EXPECT_TRUE(trace.has("FLOW gem_check_single_sp "));
+  EXPECT_TRUE(trace.has("Invalid limid to check gem from service port"));
+  EXPECT_EQ(calls(PlatformCall::maapi_exists), 3U);
+}
+
+TEST_F(ServicePortGem, TheCheckIsTraced) {
+  running(card() + service_port(2, "gpon", "1/1/1", 1, 1));
+  TraceCapture trace(TraceLevel::kDetail);
+  expect_accepted(service_port(1, "xgspon", "1/1/1", 3, 1) + deleted_service_port(2));
+  for (const char* const record :
+       {"validate_sp_gem_check begin",
+        "validate_sp_gem_check: Validating keypath: /config/service-port",
+        "Validating keypath: /config/service-port{1}",
+        "service-port /config/service-port{1} created", "Validate SP 1 (gpon=1/1/1, onu=3, gem=1)",
+        "service-port /config/service-port{2} deleted",
+        "validate_sp_gem_check end - OK - elapsed time "}) {
+    EXPECT_TRUE(trace.has(record)) << record;
+  }
+}
+
+TEST_F(ServicePortGem, TheFlowTellsNoDetails) {
+  running(card() + service_port(2, "gpon", "1/1/1", 1, 1));
+  const auto begin = testing::HasSubstr("validate_sp_gem_check begin");
+  const auto id = testing::HasSubstr("FLOW sp_get_id ");
+  const auto values = testing::HasSubstr("FLOW sp_get_values ");
+  const auto end = testing::HasSubstr("validate_sp_gem_check end - ");
+  {
+    TraceCapture trace(TraceLevel::kFlow);
+    expect_accepted(service_port(1, "gpon", "1/1/1", 1, 1) + deleted_service_port(2));
+    EXPECT_THAT(trace.records(), testing::ElementsAre(begin, id, values, end));
+  }
+  TraceCapture trace(TraceLevel::kFlow);
+  expect_rejected(element("service-port", element("id", "3") + element("gpon", element("id", "x"))),
+                  "");
+  EXPECT_THAT(trace.records(), testing::ElementsAre(begin, id, values, values, end));
+}
+
+TEST_F(ServicePortGem, RecordsOfAChangeEndWithALineOfTheirOwn) {
+  open(service_port(7, "gpon", "1/1/1", 1, 1));
+  confd_hkeypath_t path = service_port_keypath(7);
+  TraceCapture trace(TraceLevel::kDetail);
+  sp_gem_check_state state{true, sock(), tctx()};
+  iterate_sp_for_gem_check_validation(&path, MOP_DELETED, nullptr, nullptr, &state);
+  EXPECT_THAT(trace.records(),
+              testing::ElementsAre(
+                  testing::HasSubstr(" Validating keypath: /config/service-port{7}"),
+                  testing::HasSubstr(" service-port /config/service-port{7} deleted"), ""));
+}
+
+TEST_F(SingleServicePort, ThePlatformIsAskedInThisOrder) {
+  open();
+  const RecordedCalls recorded;
+  EXPECT_EQ(gem_check_single_sp(sock(), tctx(), 1, 1, 9, "1 1 1", limid_type_gpon), CONFD_OK);
+  EXPECT_THAT(
+      recorded.names(),
+      testing::ElementsAre("limid_type_compare", "maapi_exists", "maapi_exists", "maapi_get_elem",
+                           "confd_pp_value", "confd_free_value", "maapi_exists"));
+}
+
+TEST_F(ServicePortGem, OtherOperationsArePassedOver) {
+  confd_hkeypath_t path = service_port_keypath(7);
+  for (const maapi_iter_op op : {MOP_NOOP, MOP_MOVED_AFTER, MOP_ATTR_SET}) {
+    TraceCapture trace(TraceLevel::kFlow);
+    sp_gem_check_state state;
+    EXPECT_EQ(iterate_sp_for_gem_check_validation(&path, op, nullptr, nullptr, &state),
+              ITER_CONTINUE);
+    EXPECT_TRUE(state.all_good);
+    EXPECT_TRUE(trace.has(
+        "WARNING: Reached default case (sp_gem_check service-port /config/service-port{7})"));
+  }
+}
+
+TEST_F(ServicePortGem, AValueSetInAnEntryIsLookedAt) {
+  ValidationSession& session = open(service_port(7, "gpon", "1/1/1", 1, 3));
+  confd_hkeypath_t path = service_port_keypath(7);
+  sp_gem_check_state state{true, sock(), tctx()};
+  EXPECT_EQ(iterate_sp_for_gem_check_validation(&path, MOP_VALUE_SET, nullptr, nullptr, &state),
+            ITER_STOP);
+  EXPECT_FALSE(state.all_good);
+  EXPECT_EQ(session.error_text(), gem_missing(7, 3, 1));
+}
+
+TEST_F(ServicePortGem, AGoodPortDoesNotMakeUpForABadOne) {
+  open(service_port(7, "gpon", "1/1/1", 1, 1));
+  confd_hkeypath_t path = service_port_keypath(7);
+  sp_gem_check_state state{false, sock(), tctx()};
+  EXPECT_EQ(iterate_sp_for_gem_check_validation(&path, MOP_CREATED, nullptr, nullptr, &state),
+            ITER_CONTINUE);
+  EXPECT_FALSE(state.all_good);
+}
+
+TEST_F(ServicePortGem, EveryTextIsFreedOnceOverAThousandCommits) {
+  constexpr int kRounds = 334;
+  const std::string incomplete =
+      element("service-port", element("id", "0") + element("gpon", element("id", "1/1/1")));
+  for (int i = 0; i < kRounds; ++i) {
+    expect_rejected(service_port(1, "gpon", "1/1/1", 1, 3), gem_missing(1, 3, 1));
+    expect_rejected(incomplete, "");
+    expect_accepted(service_port(1, "gpon", "1/1/1", 1, 1 + i % 2));
+  }
+  // An interface and a line profile, an interface, and again both.
+  EXPECT_EQ(calls(PlatformCall::confd_free_value), kRounds * (2U + 1U + 2U));
+}
+
+}  // namespace
+}  // namespace tarnd::test
