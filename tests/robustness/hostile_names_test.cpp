@@ -1,0 +1,484 @@
+// Names at the sizes of the buffers that take them, and names of characters that mean something in
+// a path, a format or an XPath.
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "gpon_card_valid.h"
+#include "standalone/confd/model.h"
+#include "standalone/middleware/trace.h"
+#include "tests/robustness/validations.h"
+#include "tests/support/model.h"
+
+namespace tarnd::test {
+namespace {
+
+// ---- A model that lets profiles and connections have any name
+
+std::string read_file(const std::filesystem::path& file) {
+  std::ostringstream text;
+  text << std::ifstream(file).rdbuf();
+  return text.str();
+}
+
+/// Makes the type a string without a length and a pattern.
+void loosen(std::string& model, const std::string& type) {
+  const std::string restricted = "type string {";
+  const std::size_t begin = model.find(restricted, model.find("typedef " + type + " {"));
+  std::size_t end = begin + restricted.size();
+  for (int open = 1; open > 0; ++end) {
+    if (model.at(end) == '{') ++open;
+    if (model.at(end) == '}') --open;
+  }
+  model.replace(begin, end - begin, "type string;");
+}
+
+/// A folder with the model so loosened.
+class LooseModel {
+ public:
+  LooseModel() {
+    for (const char* file : {"tailf-common.yang", "ietf-netconf.yang", "known-numbers.txt"}) {
+      std::filesystem::copy_file(shipped_ / file, folder_ / file);
+    }
+    std::string model = read_file(shipped_ / "base.yang");
+    loosen(model, "profile-name");
+    loosen(model, "connection-name");
+    std::ofstream(folder_ / "base.yang") << model;
+  }
+  LooseModel(const LooseModel&) = delete;
+  LooseModel& operator=(const LooseModel&) = delete;
+  ~LooseModel() { std::filesystem::remove_all(folder_); }
+
+  [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
+
+ private:
+  static std::filesystem::path make_folder() {
+    std::string name = (std::filesystem::temp_directory_path() / "model-XXXXXX").string();
+    return mkdtemp(name.data());
+  }
+
+  const std::filesystem::path shipped_ = TARND_MODEL_DIR;
+  std::filesystem::path folder_ = make_folder();
+};
+
+const store::Schema& loose_schema() {
+  static const LooseModel model;  // the numbers of names are read from it later
+  static const store::Schema schema(model.folder());
+  return schema;
+}
+
+/// A card under the loose model. Contents are what stands inside the top-level `config`.
+class LooseNames : public testing::Test {
+ protected:
+  LooseNames() : datastore_(loose_schema()) {
+    insert_card(CardDescription::standard());
+    confd::load_model(loose_schema());
+    lib_init();
+  }
+
+  void running(const std::string& content) {
+    datastore_.load(config(""), store::Format::kXml);
+    store::Transaction transaction(datastore_);
+    edit(transaction, content);
+    transaction.commit();
+  }
+
+  /// The answer to a request on the keypath after the change, the same with the trace on.
+  Outcome ask(const std::string& request, const std::string& keypath, const std::string& change) {
+    store::Transaction transaction(datastore_);
+    edit(transaction, change);
+    ValidationSession session(transaction);
+    const Outcome outcome = dispatch(session, request, keypath);
+    EXPECT_EQ(session.open_resources().configuration_sessions, 0);
+    EXPECT_EQ(session.open_resources().queries, 0);
+
+    start_trace(TraceLevel::kDetail);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(dispatch(session, request, keypath), outcome) << request;
+    testing::internal::GetCapturedStderr();
+    start_trace(TraceLevel::kOff);
+    return outcome;
+  }
+
+ private:
+  static void edit(store::Transaction& transaction, const std::string& content) {
+    transaction.edit(config(content), store::Format::kXml);
+    transaction.prepare();
+  }
+
+  store::Datastore datastore_;
+};
+
+// ---- All names of a card
+
+using AnswersByName = std::map<std::string, Outcome>;
+
+/// Every name filled up to this length.
+Naming of_length(std::size_t length) {
+  return [length](const std::string& plain) {
+    return plain + std::string(length - plain.size(), 'n');
+  };
+}
+
+/// Every name with these characters behind its first.
+Naming with(const std::string& characters) {
+  return [characters](const std::string& plain) {
+    return plain.substr(0, 1) + characters + plain.substr(1);
+  };
+}
+
+AnswersByName same_for_confirmations(const Outcome& outcome) {
+  AnswersByName answers;
+  for (const char* request :
+       {"line_confirmation_warning", "rg_profile_confirmation_warning",
+        "tr069_profile_confirmation_warning", "sip_agent_profile_confirmation_warning",
+        "voip_media_profile_confirmation_warning"}) {
+    answers.emplace(request, outcome);
+  }
+  return answers;
+}
+
+const Outcome kAccepted{CONFD_OK, ""};
+const Outcome kUnreadable{CONFD_ERR, "Failed accessing confd data."};
+const Outcome kNoGemOfNewPort{CONFD_ERR, "Service-port [4] gem [1] was not configured to onu [1]"};
+const Outcome kNoGemOfOldPort{CONFD_ERR, "Service-port [1] gem [1] was not configured to onu [1]"};
+
+/// The answers that differ from those for plain names.
+struct Names {
+  std::string title;
+  Naming naming;
+  AnswersByName different;
+};
+
+void PrintTo(const Names& names, std::ostream* out) {
+  *out << names.title;
+}
+
+std::vector<Names> all_names() {
+  // Cut to 8191 characters a name is another's: that profile is not committed, that line profile
+  // has no GEM port.
+  AnswersByName cut = same_for_confirmations(kAccepted);
+  cut.emplace("sp_gem_check", kNoGemOfNewPort);
+  // A blank parts two keys, and no entry has two.
+  AnswersByName parted = cut;
+  parted.emplace("onu_gem_check", kNoGemOfOldPort);
+  return {
+      {"Of48Characters", of_length(48), {}},
+      {"Of49Characters", of_length(49), {}},
+      {"Of64Characters", of_length(64), {}},
+      {"Of255Characters", of_length(255), {}},
+      {"Of256Characters", of_length(256), {}},
+      {"Of1023Characters", of_length(1023), {}},
+      {"Of1024Characters", of_length(1024), {}},
+      {"Of8191Characters", of_length(8191), {}},
+      {"Of8192Characters", of_length(8192), cut},
+      {"Of9000Characters", of_length(9000), cut},
+      {"WithPercentSigns", with("%s%n%d%x%h%*x%"), {}},
+      {"WithOtherScripts", with("\u00e9\u65e5\u672c"), {}},
+      {"WithSlashes", with("/../"), {}},
+      {"WithBackslashes", with("\\\"\\"), {}},
+      {"WithMarkup", with("&<>"), {}},
+      {"WithBlanks", with(" "), parted},
+      // Outside the quotes of the expression, or of the path's key.
+      {"WithSingleQuotes", with("'"), same_for_confirmations(kUnreadable)},
+  };
+}
+
+class NamesOfACard : public LooseNames, public testing::WithParamInterface<Names> {};
+
+TEST_P(NamesOfACard, GetTheAnswersOfPlainOnes) {
+  AnswersByName expected;
+  running(whole_card());
+  for (const Validation& one : whole_validations()) {
+    expected[one.name] = ask(one.request, one.keypath, one.change);
+  }
+  for (const auto& [name, outcome] : GetParam().different) {
+    EXPECT_NE(expected.at(name), outcome) << name;
+    expected.at(name) = outcome;
+  }
+  running(whole_card(GetParam().naming));
+  for (const Validation& one : whole_validations(GetParam().naming)) {
+    EXPECT_EQ(ask(one.request, one.keypath, one.change), expected.at(one.name)) << one.name;
+  }
+}
+
+std::string title_of(const testing::TestParamInfo<Names>& info) {
+  return info.param.title;
+}
+
+INSTANTIATE_TEST_SUITE_P(Are, NamesOfACard, testing::ValuesIn(all_names()), title_of);
+
+// ---- One name at the size of its buffer
+
+constexpr const char* kProfiles = "/config/profile/gpon/";
+
+std::string filled(std::size_t length) {
+  return std::string(length, 'n');
+}
+
+std::string keyed(const std::string& list, const std::string& name) {
+  return kProfiles + list + "{" + store::quote_key(name) + "}";
+}
+
+std::string grouping(const std::string& kind, const std::string& name, const std::string& content) {
+  return element("wan-" + kind + "-connection",
+                 element("name", name) + element("itf-grouping", content));
+}
+
+std::string port(const std::string& name) {
+  return element("ports", element("port", name));
+}
+
+const Outcome kPortUsedTwice{
+    CONFD_ERR, "Port eth1 untagged cannot be used in more than one interface grouping"};
+
+TEST_F(LooseNames, TheKeypathOfAGatewayProfileIsCutAt255Characters) {
+  // "/config/profile/gpon/rg-profile{" and "}" leave 222 for the name.
+  for (const auto& [length, outcome] :
+       {std::pair(222, kPortUsedTwice), std::pair(223, kAccepted), std::pair(9000, kAccepted)}) {
+    const std::string name = filled(static_cast<std::size_t>(length));
+    running("");
+    EXPECT_EQ(ask("itf_grp_validation", keyed("rg-profile", name),
+                  rg_profile(
+                      name, grouping("ip", "a", port("eth1")) + grouping("ip", "b", port("eth1")))),
+              outcome)
+        << length;
+  }
+}
+
+TEST_F(LooseNames, TheNameOfAConnectionIsCutAt48Characters) {
+  for (const auto& [length, outcome] :
+       {std::pair(48, kPortUsedTwice), std::pair(49, kAccepted), std::pair(9000, kAccepted)}) {
+    running("");
+    EXPECT_EQ(ask("itf_grp_validation", keyed("rg-profile", "rg"),
+                  rg_profile("rg", grouping("pppoe", filled(static_cast<std::size_t>(length)),
+                                            port("eth1")) +
+                                       grouping("ip", "b", port("eth1")))),
+              outcome)
+        << length;
+  }
+}
+
+TEST_F(LooseNames, TheListOfWlansIsCutAt8191Characters) {
+  const Outcome repeated{CONFD_ERR,
+                         "There are two or more WLANs with the same SSID. SSID must be unique "
+                         "within the RG profile."};
+  std::string wlans;
+  for (const char* id : {"1", "2"}) {
+    wlans += element("wlan", element("id", id) + element("ssid", element("custom", "Home")));
+  }
+  // "/config/profile/gpon/rg-profile{" and "}/wlan" leave 8153 for the name.
+  for (const auto& [length, outcome] : {std::pair(8153, repeated), std::pair(8154, kAccepted)}) {
+    const std::string name = filled(static_cast<std::size_t>(length));
+    running("");
+    EXPECT_EQ(ask("rg_profile_ssid_unique_check", keyed("rg-profile", name) + "/wlan",
+                  rg_profile(name, wlans)),
+              outcome)
+        << length;
+  }
+}
+
+TEST_F(LooseNames, ALineProfileIsFoundByAsMuchOfItsNameAsIsRead) {
+  // The line profile's name is shorter by one than what the ONU refers to; cut they may be the
+  // same.
+  const Outcome missing{CONFD_ERR, "Line profile " + filled(8191) + " doesn't not exist."};
+  for (const auto& [length, outcome] :
+       {std::pair(8190, missing), std::pair(8191, kAccepted), std::pair(9000, kAccepted)}) {
+    const std::string name = filled(static_cast<std::size_t>(length));
+    running(line_profile(name, "") + gpon_link(1, onu(1, uses_line(name + "n"))));
+    EXPECT_EQ(ask("onu_bw_check", "/config/interface/gpon{1 1 1}/onu", ""), outcome) << length;
+  }
+}
+
+TEST_F(LooseNames, TheTextsHoldNamesAsTheyAre) {
+  const std::string name = "50%s%n{/'\"\u00e9";
+  const std::string address = element("ipv4-address", "10.0.0.1/24");
+  running("");
+  EXPECT_EQ(ask("itf_grp_validation", keyed("rg-profile", "rg"),
+                rg_profile("rg", grouping("ip", "50%s%n'\u00e9", address) +
+                                     grouping("bridge", "%d", address))),
+            (Outcome{CONFD_ERR,
+                     "Network 10.0.0.1/24 from WAN %d conflicts with network 10.0.0.1/24 from WAN "
+                     "50%s%n'\u00e9"}));
+  running(gpon_link(1, onu(1, uses_line(name))));
+  EXPECT_EQ(ask("onu_bw_check", "/config/interface/gpon{1 1 1}/onu", ""),
+            (Outcome{CONFD_ERR, "Line profile " + name + " doesn't not exist."}));
+}
+
+using LooseNamesDeathTest = LooseNames;
+
+TEST_F(LooseNamesDeathTest, ABraceInALineProfilesNameMakesAPathThatTheModelDoesNotHave) {
+  running(line_profile("a}b", ""));
+  EXPECT_EXIT(ask("ponlink_bw_check", "/config/profile/gpon/line-profile", ""),
+              testing::ExitedWithCode(1),
+              "Fault 1 raised by ConfdGetObjsItf at src/validation/confd_get_objects_itf\\.cpp:.*"
+              "\\[/config/profile/gpon/line-profile\\{a\\}b\\}/tcont\\] object size \\(0\\) "
+              "differs from expected \\(2\\)\\.");
+}
+
+TEST_F(LooseNamesDeathTest, TheFaultsTextIsCutAt349Characters) {
+  const std::string name = "}" + filled(9000);
+  running(line_profile(name, ""));
+  EXPECT_EXIT(ask("ponlink_bw_check", "/config/profile/gpon/line-profile", ""),
+              testing::ExitedWithCode(1), "\\[/config/profile/gpon/line-profile\\{\\}n{313}\n$");
+}
+
+// ---- Texts that the model lets be anything
+
+class HostileTexts : public CardTest {
+ protected:
+  Outcome ask(const std::string& request, const std::string& keypath,
+              const std::string& change = "") {
+    return dispatch(open(change), request, keypath);
+  }
+};
+
+constexpr const char* kOnus = "/config/interface/gpon{1 1 1}/onu";
+
+std::string repeated_serials(const std::string& serial) {
+  return "ONU serial number must be unique and as shown on the product label.\n"
+         " Repeated serial numbers:\n"
+         "interface gpon 1 onu 1 serial-number: [" +
+         serial + "]\ninterface gpon 1 onu 2 serial-number: [" + serial + "]\n";
+}
+
+TEST_F(HostileTexts, CredentialsAreComparedUpTo8191Characters) {
+  struct Row {
+    std::string serial;
+    Outcome outcome;
+  };
+  const std::string longest = "ZQRT" + std::string(8187, 'A');
+  const std::vector<Row> rows{
+      {"",
+       {CONFD_ERR,
+        "ONU serial number must be unique and as shown on the product label.\n"
+        " Repeated serial numbers:\n"
+        " serial-number: []\n"
+        "interface gpon 1 onu 1 serial-number: []\n"
+        "interface gpon 1 onu 2 serial-number: []\n"}},
+      {"abc", {CONFD_ERR, repeated_serials("abc")}},
+      {"abcde", {CONFD_ERR, repeated_serials("abcdE")}},
+      {"%s%n%d {}'/", {CONFD_ERR, repeated_serials("%s%n%D {}'/")}},
+      {"ZQRT\u00e9\u65e5", {CONFD_ERR, repeated_serials("ZQRT\u00e9\u65e5")}},
+      {longest, {CONFD_ERR, repeated_serials(longest)}},
+      {longest + "A", kAccepted},
+  };
+  for (const Row& row : rows) {
+    running(gpon_link(1, onu(1, serial_number(row.serial)) + onu(2, serial_number(row.serial))));
+    EXPECT_EQ(ask("onu_pwd_sn_unique_check", kOnus), row.outcome) << row.serial;
+  }
+}
+
+TEST_F(HostileTexts, LineProfilesOfAnOnuAreComparedUpTo48Characters) {
+  struct Row {
+    std::string before;
+    std::string after;
+    bool changed;
+  };
+  const std::vector<Row> rows{
+      {filled(47) + "a", filled(47) + "b", true},
+      {filled(48) + "a", filled(48) + "b", false},
+      {filled(48), filled(49), true},
+      {filled(8191), filled(9000), false},
+      {"a", "a b", true},
+      {"%s", "%d", true},
+  };
+  const Outcome no_gem{CONFD_ERR, "Service-port [1] gem [7] was not configured to onu [1]"};
+  for (const Row& row : rows) {
+    running(gpon_link(1, onu(1, uses_line(row.before))) + service_port(1, "gpon", "1/1/1", 1, 7));
+    EXPECT_EQ(ask("onu_gem_check", kOnus, gpon_link(1, onu(1, uses_line(row.after)))),
+              row.changed ? no_gem : kAccepted)
+        << row.before.substr(0, 60) << " " << row.after.substr(0, 60);
+  }
+}
+
+TEST_F(HostileTexts, InterfaceNamesOfServicePorts) {
+  // A name whose braces do not fit makes paths that cannot be looked up: nothing is held against
+  // the ONU, and without its line profile there is no GEM port.
+  const Outcome no_gem{CONFD_ERR, "Service-port [1] gem [7] was not configured to onu [2]"};
+  const Outcome conflict{CONFD_ERR, "Service-port 1 and 2 have conflicting matches."};
+  for (const std::string& name :
+       {std::string(), std::string("1"), std::string("1/1/1/1"), std::string("}"), std::string("{"),
+        std::string("1 1 1}/onu{2}/snmp"), std::string("\""), std::string("%s%n%d%x"),
+        std::string("\u65e5\u672c"), filled(48), filled(49), filled(255), filled(8191),
+        filled(9000)}) {
+    running("");
+    EXPECT_EQ(ask("sp_gem_check", "/config/service-port", service_port(1, "gpon", name, 2, 7)),
+              no_gem)
+        << name.substr(0, 60);
+    EXPECT_EQ(ask("service_port_global_validation", "/config/service-port",
+                  service_port(1, "xgspon", name, 2, 7) + service_port(2, "xgspon", name, 2, 7)),
+              conflict)
+        << name.substr(0, 60);
+    running(gpon_link(1, onu(1)) + service_port(1, "gpon", name, 1, 7));
+    EXPECT_EQ(ask("onu_gem_check", kOnus, gpon_link(1, onu(1, "", "delete"))), kAccepted)
+        << name.substr(0, 60);
+  }
+}
+
+TEST_F(HostileTexts, AnInterfaceNameIsToldWithSlashesForBlanks) {
+  running("");
+  // The GEM port's message would take the place of the ONU's.
+  constexpr int kLookForGem = 3;
+  for (const std::string& name : {std::string("1 1/%s"), std::string("1/1 %s")}) {
+    fail_call(PlatformCall::maapi_exists, kLookForGem);
+    EXPECT_EQ(ask("sp_gem_check", "/config/service-port", service_port(1, "gpon", name, 2, 7)),
+              (Outcome{CONFD_ERR,
+                       "Service-port [1] ONU [2] was not configured on interface gpon [1/1/%s]"}));
+  }
+}
+
+TEST_F(HostileTexts, AQuotedNameCountsTheUsersOfAnExpression) {
+  // The name stands in the expression as it is, and these quotes make a condition of it that holds
+  // for every ONU.
+  const std::string name = "x'or''='";
+  running(line_profile(name, "") + gpon_link(1, onu(1, uses_line("other"))));
+  EXPECT_EQ(
+      ask("line_confirmation_warning", keyed("line-profile", name), line_profile(name, gem(1)))
+          .result,
+      CONFD_VALIDATION_WARN);
+}
+
+TEST_F(HostileTexts, PasswordsOfProfiles) {
+  const Outcome invalid{CONFD_ERR, "Invalid password length/size"};
+  struct Row {
+    std::string clear;
+    Outcome outcome;
+  };
+  const std::vector<Row> rows{
+      {"", kAccepted},
+      {"%s%n%d%x%h {}'/", kAccepted},
+      // Length in bytes: eight characters of three each.
+      {"\u65e5\u65e5\u65e5\u65e5\u65e5\u65e5\u65e5\u65e5", kAccepted},
+      {"\u65e5\u65e5\u65e5\u65e5\u65e5\u65e5\u65e5\u65e5\u00e9", invalid},
+      {filled(25), kAccepted},
+      {filled(26), invalid},
+      {filled(255), invalid},
+      {filled(8191), invalid},
+      {filled(100000), invalid},
+  };
+  for (const Row& row : rows) {
+    running(profiles(element("tr069-acs-profile", element("name", "acs"))));
+    EXPECT_EQ(
+        ask("tr069_profile_password_length_check", keyed("tr069-acs-profile", "acs") + "/password",
+            profiles(element("tr069-acs-profile",
+                             element("name", "acs") + element("password", "$0$" + row.clear)))),
+        row.outcome)
+        << row.clear.size();
+  }
+}
+
+TEST_F(HostileTexts, RequestNames) {
+  running("");
+  confd_hkeypath_t path{};
+  for (const std::string& name : {std::string("%s%n"), std::string("{}"), filled(48), filled(8192),
+                                  std::string("\u65e5\u672c"), std::string(" onu_bw_check")}) {
+    EXPECT_EQ(dispatch(open(), name, &path, nullptr), kAccepted) << name.substr(0, 60);
+  }
+}
+
+}  // namespace
+}  // namespace tarnd::test

@@ -1,0 +1,238 @@
+// A daemon runs for months: thousands of commits in one process leave nothing behind.
+
+#include <malloc.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include "standalone/session/session_state.h"
+#include "tests/robustness/validations.h"
+
+namespace tarnd::test {
+namespace {
+
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+
+// Under the sanitizers a commit takes many times as long.
+constexpr std::size_t kCommits = kSanitized ? 2000 : 10000;
+// As many again until every cache is full and memory has its shape.
+constexpr std::size_t kWarmUp = kCommits / 5;
+
+// How far the memory in use may be apart at two moments at which the same is configured.
+constexpr std::size_t kHeapSlack = std::size_t{64} * 1024;
+constexpr std::size_t kResidentSlack = std::size_t{2} * 1024 * 1024;
+
+std::size_t resident() {
+  std::size_t pages = 0;
+  std::size_t resident_pages = 0;
+  std::ifstream("/proc/self/statm") >> pages >> resident_pages;
+  return resident_pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+std::ptrdiff_t open_files() {
+  const std::filesystem::directory_iterator files("/proc/self/fd");
+  return std::distance(begin(files), end(files));
+}
+
+struct Memory {
+  std::size_t heap;
+  std::size_t resident_set;
+};
+
+Memory memory() {
+  malloc_trim(0);
+  return {mallinfo2().uordblks, resident()};
+}
+
+/// A change, whether the user confirms its warnings, and what becomes of it.
+struct Commit {
+  std::string change;
+  bool confirm;
+  CommitResult result;
+};
+
+std::string leaf(const std::string& name, const std::string& text) {
+  return element(name, text);
+}
+
+/// A round of commits that ends where it began: what is accepted is taken back later in the round.
+std::vector<Commit> round_of_commits() {
+  constexpr auto kAccepted = CommitResult::kAccepted;
+  constexpr auto kRejected = CommitResult::kRejected;
+  constexpr auto kUnconfirmed = CommitResult::kUnconfirmed;
+  const auto profile = [](const std::string& kind, const std::string& name,
+                          const std::string& content) {
+    return profiles(element(kind, leaf("name", name) + content));
+  };
+  const auto gateway = [](const std::string& content) { return rg_profile("rg", content); };
+  const auto wlan = [](const std::string& ssid) {
+    return element("wlan", leaf("id", "1") + element("ssid", leaf("custom", ssid)));
+  };
+  const auto mapping = [](const std::string& name, const std::string& vlan) {
+    return element("vlan-mapping", leaf("name", name) +
+                                       element("match", element("outer", leaf("vlan-id", vlan))) +
+                                       element("uni", leaf("ethernet", "1")));
+  };
+  const auto slot = [](const std::string& content) {
+    return element("gpon", leaf("slot", "1/1") + content);
+  };
+  const auto type_1 = [](const std::string& fixed) {
+    return element("type-1", leaf("fixed", fixed));
+  };
+  const std::string new_port = service_port(4, "gpon", "1/1/1", 1, 1, 40);
+  const std::string all_ports =
+      deleted_service_port(1) + deleted_service_port(2) + deleted_service_port(3);
+  const std::string ports_again = service_port(1, "gpon", "1/1/1", 1, 1, 10) +
+                                  service_port(2, "gpon", "1/1/1", 1, 2, 20) +
+                                  service_port(3, "xgspon", "1/1/1", 1, 1, 10);
+  return {
+      // Service ports
+      {new_port, false, kAccepted},
+      {service_port(5, "gpon", "1/1/1", 1, 1, 40), false, kRejected},
+      {service_port(5, "gpon", "1/1/1", 1, 9), false, kRejected},
+      {service_port(4, "gpon", "1/1/1", 1, 1, 41), false, kRejected},
+      {deleted_service_port(4), false, kAccepted},
+      {all_ports, false, kUnconfirmed},
+      {all_ports, true, kAccepted},
+      {ports_again, false, kAccepted},
+      // ONUs
+      {gpon_link(1, onu(3, serial_number("ZQRT00000009") + uses_line("slow"))), false, kAccepted},
+      {gpon_link(1, onu(3, serial_number("ZQRT00000001"))), false, kRejected},
+      {gpon_link(1, onu(3, uses_line("gone"))), false, kRejected},
+      {gpon_link(1, onu(3, "", "delete")), false, kAccepted},
+      {gpon_link(1, onu(1, "", "delete")), false, kRejected},
+      {gpon_link(1, onu(1, uses_line("slow"))), false, kRejected},
+      {gpon_link(1, onu(1, element("ip-host", leaf("default-gateway", "10.0.0.5")))), false,
+       kRejected},
+      {gpon_link(1, onu(2, leaf("rg-profile", "other"))), false, kUnconfirmed},
+      {gpon_link(1, onu(2, leaf("rg-profile", "other"))), true, kAccepted},
+      {gpon_link(1, onu(2, leaf("rg-profile", "rg"))), true, kAccepted},
+      // Links
+      {gpon_link(1, leaf("downstream-fec", "false")), true, kAccepted},
+      {gpon_link(1, leaf("downstream-fec", "true")), false, kUnconfirmed},
+      {gpon_link(1, leaf("downstream-fec", "true")), true, kAccepted},
+      {xgspon_link(2, leaf("operation-mode", "combo")), false, kAccepted},
+      {xgspon_link(2, leaf("operation-mode", "xgspon")), false, kAccepted},
+      {xgspon_link(1, leaf("operation-mode", "combo")), false, kRejected},
+      {gpon_link(2, "", "delete"), false, kRejected},
+      {slot(element("rg-one-shot-prov", "", "delete")), true, kAccepted},
+      {slot(leaf("rg-one-shot-prov", "")), true, kAccepted},
+      // Profiles
+      {bandwidth_profile("t6", type_1("7")), false, kAccepted},
+      {bandwidth_profile("t6", type_1("8")), false, kRejected},
+      {profiles(element("bandwidth-profile", leaf("name", "t6"), "delete")), false, kAccepted},
+      {line_profile("fast", tcont(9, "t1")), true, kAccepted},
+      {line_profile("fast", element("tcont", leaf("id", "9"), "delete")), false, kUnconfirmed},
+      {line_profile("fast", element("tcont", leaf("id", "9"), "delete")), true, kAccepted},
+      {service_profile("more", mapping("m1", "1")), false, kAccepted},
+      {service_profile("more", mapping("m2", "2")), false, kRejected},
+      {service_profile("some", mapping("m1", "1") + mapping("m2", "1")), false, kRejected},
+      {profiles(element("service-profile", leaf("name", "more"), "delete")), false, kAccepted},
+      {gateway(wlan("AZQRT12345678B")), true, kRejected},
+      {gateway(wlan("Away")), true, kAccepted},
+      {gateway(wlan("Home")), true, kAccepted},
+      {gateway(element("wan-ip-connection",
+                       leaf("name", "spare") +
+                           element("itf-grouping", leaf("ipv4-address", "192.168.1.9/24")))),
+       true, kRejected},
+      {gateway(element(
+           "wan-ip-connection",
+           leaf("name", "spare") + element("itf-grouping", element("ports", leaf("port", "wl0"))))),
+       true, kRejected},
+      {profile("tr069-acs-profile", "acs", leaf("password", "$0$" + std::string(26, 'x'))), true,
+       kRejected},
+      {profile("tr069-acs-profile", "acs", leaf("password", "$0$second")), true, kAccepted},
+      {profile("sip-agent-profile", "sip", leaf("proxy-server", "proxy")), true, kAccepted},
+      {profile("sip-agent-profile", "sip", element("proxy-server", "", "delete")), true, kAccepted},
+      {profile("media-profile", "voice", leaf("codec", "pcma")), false, kUnconfirmed},
+  };
+}
+
+class LongLife : public CardTest {
+ protected:
+  LongLife() {
+    CardDescription card = CardDescription::standard();
+    card.onus_per_link = 2;
+    card.pon_links = 2;
+    card.max_service_ports = 8;
+    insert(card);
+    running(whole_card());
+  }
+
+  void make_round() {
+    for (const Commit& one : round_) {
+      const CommitReport report = commit(one.change, {}, one.confirm);
+      ASSERT_EQ(report.result, one.result) << one.change;
+      for (const Answer& answer : report.answers) requests_.insert(answer.request);
+    }
+    ++rounds_;
+    // The keys of encrypted leaves belong to a session, and none is left.
+    ASSERT_EQ(find_session_with_crypto_keys(), nullptr);
+  }
+
+  void make_commits(std::size_t count) {
+    for (std::size_t made = 0; made < count && !HasFatalFailure(); made += round_.size()) {
+      make_round();
+    }
+  }
+
+  /// The calls that open something less those that close it again.
+  [[nodiscard]] std::int64_t unbalanced(PlatformCall opens, PlatformCall closes) const {
+    return static_cast<std::int64_t>(calls(opens)) - static_cast<std::int64_t>(calls(closes));
+  }
+
+  /// The running configuration without the encrypted leaf, which is another after each encryption.
+  [[nodiscard]] std::string configured() const {
+    const std::string text = running_text();
+    const std::size_t encrypted = text.find("$8$");
+    return text.substr(0, encrypted) + text.substr(text.find('<', encrypted));
+  }
+
+  const std::vector<Commit> round_ = round_of_commits();
+  std::int64_t rounds_ = 0;
+  std::set<std::string> requests_;
+};
+
+TEST_F(LongLife, LeavesNothingBehind) {
+  make_commits(kWarmUp);
+  const std::string configuration = configured();
+  const Memory before = memory();
+  const std::ptrdiff_t files = open_files();
+
+  make_commits(kCommits);
+  const Memory after = memory();
+  EXPECT_EQ(open_files(), files);
+  EXPECT_EQ(configured(), configuration);
+  // The address sanitizer has an allocator of its own, and LeakSanitizer looks at what is left.
+  if (!kSanitized) {
+    EXPECT_LT(after.heap, before.heap + kHeapSlack);
+    EXPECT_LT(after.resident_set, before.resident_set + kResidentSlack);
+  }
+  RecordProperty("heap_before", std::to_string(before.heap));
+  RecordProperty("heap_after", std::to_string(after.heap));
+  RecordProperty("resident_before", std::to_string(before.resident_set));
+  RecordProperty("resident_after", std::to_string(after.resident_set));
+}
+
+TEST_F(LongLife, ClosesWhatItOpens) {
+  make_commits(kWarmUp);
+  EXPECT_EQ(requests_.size(), 26U) << testing::PrintToString(requests_);
+  using Call = PlatformCall;
+  EXPECT_EQ(unbalanced(Call::qzconfd_config_session_start, Call::qzconfd_config_session_end), 0);
+  EXPECT_EQ(unbalanced(Call::maapi_query_start, Call::maapi_query_stop), 0);
+  EXPECT_EQ(unbalanced(Call::maapi_query_result, Call::maapi_query_free_result), 0);
+  // Repeated SSIDs leave the cursor of the WLANs to the transaction, overlapping networks that of
+  // the connections, a port used twice those of the connections and of the ports.
+  constexpr std::int64_t kLeftInARound = 4;
+  EXPECT_EQ(unbalanced(Call::maapi_init_cursor, Call::maapi_destroy_cursor),
+            kLeftInARound * rounds_);
+}
+
+}  // namespace
+}  // namespace tarnd::test
