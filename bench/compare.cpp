@@ -1,0 +1,305 @@
+// The plug-in beside the same rules in YANG, on the same cards, in one run; and the bars that the
+// project sets itself.
+//
+//   compare [--slow] [--no-instructions] [--csv FILE]
+//   compare --agree     holds every YANG form against the plug-in on small cards, and says nothing
+//                       unless one that is called exact is not, or one that is not, is
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "bench/agreement.h"
+#include "bench/figures.h"
+#include "bench/full_card.h"
+
+extern char** environ;
+
+namespace {
+
+using bench::Figures;
+using bench::Form;
+
+struct Options {
+  bool slow = false;
+  bool instructions = true;
+  bool agree = false;
+  std::string csv;
+};
+
+// Memory
+
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string name = std::filesystem::temp_directory_path() / "compare-XXXXXX";
+    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
+    path_ = name;
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+
+  [[nodiscard]] std::string write(const std::string& name, const std::string& text) const {
+    const std::string file = path_ / name;
+    std::ofstream(file) << text;
+    return file;
+  }
+
+ private:
+  std::filesystem::path path_;
+};
+
+// Runs a command without its output and gives the most memory that it had, in MB.
+double peak_of(std::vector<std::string> command) {
+  std::vector<char*> arguments;
+  for (std::string& argument : command) arguments.push_back(argument.data());
+  arguments.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  pid_t child = 0;
+  const int spawned =
+      posix_spawn(&child, arguments.front(), &actions, nullptr, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  int status = 0;
+  rusage usage{};
+  if (spawned != 0 || wait4(child, &status, 0, &usage) != child || status != 0) {
+    throw std::runtime_error(command.front() + " has failed");
+  }
+  return static_cast<double>(usage.ru_maxrss) / 1024;
+}
+
+struct Memory {
+  double libyang = 0;
+  double commit = 0;
+};
+
+Memory measure_memory(const std::string& self, int cards) {
+  const TemporaryFolder folder;
+  const std::string text = bench::card_text(bench::full_cards(static_cast<std::uint32_t>(cards)));
+  const std::string running = folder.write("running.xml", text);
+  const std::string change = folder.write("change.xml", bench::added_ports(1));
+  const std::string card =
+      folder.write("card", "max-service-ports = " + std::to_string(bench::kMostServicePorts) +
+                               "\nbw-check = true\nonus-per-link = 128\n");
+  return {peak_of({self, "--hold", running}),
+          peak_of({GPONVAL_COMMAND, "commit", "--running", running, "--change", change, "--card",
+                   card})};
+}
+
+// Parses and validates a file with libyang and does nothing else.
+int hold(const std::string& file) {
+  ly_ctx* context = nullptr;
+  if (ly_ctx_new(TARND_MODEL_DIR, LY_CTX_NO_YANGLIBRARY, &context) != LY_SUCCESS) return 1;
+  ly_ctx_load_module(context, "base", nullptr, nullptr);
+  lyd_node* tree = nullptr;
+  const LY_ERR result = lyd_parse_data_path(context, file.c_str(), LYD_XML, LYD_PARSE_STRICT,
+                                            LYD_VALIDATE_PRESENT, &tree);
+  lyd_free_all(tree);
+  ly_ctx_destroy(context);
+  return result == LY_SUCCESS ? 0 : 1;
+}
+
+// Tables
+
+void print_row(const std::string& name, double one, double four, const char* unit = "ms") {
+  std::printf("  %-58s %10.3f %10.3f %s\n", name.c_str(), one, four, unit);
+}
+
+std::string kind(const Form& form) {
+  return form.exact ? "exact" : "nearly";
+}
+
+void print_forms(const Figures& one, const Figures& four) {
+  std::printf("Rules in YANG, ms above a validation without them %20s %10s\n", "one card",
+              "four cards");
+  for (std::size_t i = 0; i < bench::yang_forms().size(); ++i) {
+    const Form& form = bench::yang_forms().at(i);
+    if (!one.forms.at(i).has_value()) continue;
+    print_row(std::string(form.rule) + ", " + kind(form), *one.forms.at(i), *four.forms.at(i));
+    std::printf("    %s%s%s\n", form.how, *form.note != '\0' ? "; " : "", form.note);
+  }
+  print_row("the rules of the service-port list together", one.list_forms, four.list_forms);
+  print_row("all rules together", one.all_forms, four.all_forms);
+}
+
+void print_commits(const Figures& one, const Figures& four) {
+  std::puts("\nThe same through the plug-in: a whole commit, edit to committed");
+  for (const bench::Rule& rule : bench::rules()) {
+    print_row(rule.name, one.rules.at(rule.name), four.rules.at(rule.name));
+  }
+  print_row("one service port, every request answered", one.port_commit, four.port_commit);
+  print_row("every rule at once, every request answered", one.all_rules_commit,
+            four.all_rules_commit);
+  print_row("one leaf, every request answered", one.leaf_commit, four.leaf_commit);
+
+  std::puts("\nWithout any rule");
+  print_row("libyang: copy of the tree", one.copy, four.copy);
+  print_row("libyang: validation of the tree", one.validate, four.validate);
+  print_row("libyang: difference of two trees", one.diff, four.diff);
+  print_row("a commit's own steps, one leaf", one.leaf_steps, four.leaf_steps);
+  print_row("a commit's own steps, one service port", one.port_steps, four.port_steps);
+  print_row("libyang: reading and validating the text", one.parse_and_validate,
+            four.parse_and_validate);
+  print_row("loading the text", one.load, four.load);
+
+  std::puts("\nAnswers, one changed entry");
+  for (const auto& [name, time] : one.requests) print_row(name, time, four.requests.at(name));
+}
+
+void write_csv(const std::string& file, const Figures& one, const Figures& four) {
+  std::ofstream out(file);
+  out << "rule,plug-in one card,YANG one card,plug-in four cards,YANG four cards\n";
+  const auto row = [&](const std::string& name, double own1, double yang1, double own4,
+                       double yang4) {
+    out << name << ',' << own1 << ',' << yang1 << ',' << own4 << ',' << yang4 << '\n';
+  };
+  for (const bench::Rule& rule : bench::rules()) {
+    const auto form =
+        static_cast<std::size_t>(&bench::best_form(rule.name) - bench::yang_forms().data());
+    row(rule.name, one.rules.at(rule.name), one.forms.at(form).value_or(0),
+        four.rules.at(rule.name), four.forms.at(form).value_or(0));
+  }
+  row("one service port with all its checks", one.port_commit, one.list_forms, four.port_commit,
+      four.list_forms);
+  row("all rules at once", one.all_rules_commit, one.all_forms, four.all_rules_commit,
+      four.all_forms);
+}
+
+// Bars
+
+class Bars {
+ public:
+  void at_most(const std::string& what, double figure, double limit) {
+    print(what, figure, "at most", limit, figure <= limit);
+  }
+  void at_least(const std::string& what, double figure, double limit) {
+    print(what, figure, "at least", limit, figure >= limit);
+  }
+  void note(bool holds, const std::string& text) {
+    std::printf("  %-14s %s\n", holds ? "holds" : "does not hold", text.c_str());
+  }
+
+ private:
+  static void print(const std::string& what, double figure, const char* bound, double limit,
+                    bool holds) {
+    std::printf("  %-14s %-66s %9.2f  %s %g\n", holds ? "holds" : "does not hold", what.c_str(),
+                figure, bound, limit);
+  }
+};
+
+double best_figure(const Figures& figures, const std::string& rule) {
+  const auto form = static_cast<std::size_t>(&bench::best_form(rule) - bench::yang_forms().data());
+  return figures.forms.at(form).value_or(0);
+}
+
+void rule_bars(Bars& bars, const Figures& one, const Figures& four) {
+  const auto rule = [&](const std::string& name, double limit, double limit_four) {
+    bars.at_least(name + ": YANG / commit", best_figure(one, name) / one.rules.at(name), limit);
+    bars.at_least(name + ", four cards", best_figure(four, name) / four.rules.at(name), limit_four);
+  };
+  bars.at_least("one service port, all its requests: YANG / commit",
+                one.list_forms / one.port_commit, 20);
+  bars.at_least("one service port, four cards", four.list_forms / four.port_commit, 30);
+  rule("serial numbers unique on the card", 40, 200);
+  rule("bandwidth of all links", 20, 20);
+  rule("VLAN mappings per port", 1, 1);
+  bars.at_least("all rules at once: YANG / commit", one.all_forms / one.all_rules_commit, 50);
+  bars.at_least("all rules at once, four cards", four.all_forms / four.all_rules_commit, 150);
+}
+
+void growth_bars(Bars& bars, const Figures& one, const Figures& four) {
+  for (const auto& [name, time] : one.requests) {
+    bars.at_most("growth of " + name, four.requests.at(name) / time, 4.5);
+  }
+}
+
+void print_bars(const Figures& one, const Figures& four, const Memory& memory) {
+  Bars bars;
+  std::puts("\nBars");
+  bars.at_most("one leaf: commit on four cards / on one", four.leaf_commit / one.leaf_commit, 1.2);
+  rule_bars(bars, one, four);
+  bars.at_most("whole commit of one service port, ms", one.port_commit, 10);
+  std::printf("  %-14s libyang's copy, validation and difference: %.1f (%.1f) ms\n", "",
+              one.copy + one.validate + one.diff, four.copy + four.validate + four.diff);
+  bars.at_most("check of all service ports / bare loop", one.whole_list_check / one.bare_loop, 12);
+  bars.at_most("own steps of a one-leaf commit, ms", one.leaf_steps, 1);
+  bars.at_most("own steps of a one-leaf commit, four cards, ms", four.leaf_steps, 1);
+  bars.at_most("peak memory of gponval commit / libyang's of the same data",
+               memory.commit / memory.libyang, 2.5);
+  bars.at_most("loading / libyang's reading and validating", one.load / one.parse_and_validate,
+               1.3);
+  growth_bars(bars, one, four);
+}
+
+// Options
+
+Options read_options(int argc, char** argv) {
+  Options options;
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument == "--slow") {
+      options.slow = true;
+    } else if (argument == "--agree") {
+      options.agree = true;
+    } else if (argument == "--no-instructions") {
+      options.instructions = false;
+    } else if (argument == "--csv" && i + 1 < argc) {
+      options.csv = argv[++i];
+    } else {
+      throw std::invalid_argument(
+          "usage: compare [--slow] [--no-instructions] [--csv FILE] | "
+          "--agree");
+    }
+  }
+  return options;
+}
+
+void compare(const Options& options, const std::string& self) {
+  const Memory memory = measure_memory(self, 1);
+  const Figures one = bench::measure(1, options.slow);
+  const Figures four = bench::measure(4, options.slow);
+  print_forms(one, four);
+  print_commits(one, four);
+  std::printf("\nPeak memory on one card: libyang %.1f MB, gponval commit %.1f MB\n",
+              memory.libyang, memory.commit);
+  print_bars(one, four, memory);
+  if (!options.csv.empty()) write_csv(options.csv, one, four);
+  if (!options.instructions) return;
+  std::puts("\nInstructions of the check of all service ports");
+  std::fflush(stdout);
+  const std::string command =
+      std::string("'") + SERVICE_PORT_INSTRUCTIONS + "' '" + SERVICE_PORT_BENCH + "'";
+  const bool holds = std::system(command.c_str()) == 0;
+  Bars().note(holds, "the plug-in's own code within 3 times the bare loop");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    if (argc == 3 && std::strcmp(argv[1], "--hold") == 0) return hold(argv[2]);
+    const Options options = read_options(argc, argv);
+    if (options.agree) return bench::check_agreement() == 0 ? 0 : 1;
+    compare(options, std::filesystem::canonical("/proc/self/exe"));
+  } catch (const std::invalid_argument& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 2;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
+    return 1;
+  }
+  return 0;
+}
