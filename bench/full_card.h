@@ -41,8 +41,8 @@ Edit joined(const std::vector<Edit>& edits);
 /// count.
 double milliseconds(const std::function<void()>& work);
 
-/// The middle one of the figures.
-double median(int runs, const std::function<double()>& once);
+/// The smallest of the figures: what it takes undisturbed.
+double fastest(int runs, const std::function<double()>& once);
 
 /// The most memory that the process ever had, in MB.
 double peak_megabytes();
