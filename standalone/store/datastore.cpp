@@ -236,8 +236,16 @@ lyd_node* Datastore::child(const lyd_node* parent, const SchemaNode& node) const
     while (key != nullptr && key->schema != node.lysc) key = key->next;
     return key;
   }
+  // The others follow in the order of the model, most of them before the entries of any list. What
+  // does not stand among the first is found by its hash.
+  constexpr int kSiblingsToTry = 16;
+  lyd_node* sibling = lyd_child(parent);
+  for (int i = 0; i < kSiblingsToTry; ++i, sibling = sibling->next) {
+    if (sibling == nullptr) return nullptr;
+    if (sibling->schema == node.lysc) return sibling;
+  }
   lyd_node* found = nullptr;
-  lyd_find_sibling_val(lyd_child(parent), node.lysc, nullptr, 0, &found);
+  lyd_find_sibling_val(sibling, node.lysc, nullptr, 0, &found);
   return found;
 }
 

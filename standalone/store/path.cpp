@@ -8,6 +8,7 @@ namespace tarnd::store {
 namespace {
 
 constexpr std::string_view kEnumOpen = "enum<";
+constexpr std::size_t kUsualDepth = 8;
 
 bool is_number(std::string_view text) {
   return !text.empty() &&
@@ -15,38 +16,37 @@ bool is_number(std::string_view text) {
 }
 
 // "007" and "7" are the same key; what is no number stays as it is and finds nothing.
-std::string canonical_number(std::string_view text) {
-  if (!is_number(text)) return std::string(text);
-  const auto digit = text.find_first_not_of('0');
-  return std::string(digit == std::string_view::npos ? "0" : text.substr(digit));
+void drop_leading_zeros(std::string& text) {
+  if (text.size() < 2 || text.front() != '0' || !is_number(text)) return;
+  text.erase(0, std::min(text.find_first_not_of('0'), text.size() - 1));
 }
 
 // "enum<4>" is how an enumeration prints where its type is not known.
-std::string enumeration_name(const SchemaNode& key, std::string_view text) {
-  if (text.substr(0, kEnumOpen.size()) != kEnumOpen || text.back() != '>') {
-    return std::string(text);
-  }
-  const std::string_view number = text.substr(kEnumOpen.size(), text.size() - kEnumOpen.size() - 1);
+void name_enumeration(const SchemaNode& key, std::string& text) {
+  if (!text.starts_with(kEnumOpen) || text.back() != '>') return;
+  const std::string number = text.substr(kEnumOpen.size(), text.size() - kEnumOpen.size() - 1);
   const auto* type = reinterpret_cast<const lysc_type_enum*>(
       reinterpret_cast<const lysc_node_leaf*>(key.lysc)->type);
   LY_ARRAY_COUNT_TYPE i = 0;
   LY_ARRAY_FOR(type->enums, i) {
-    if (std::to_string(type->enums[i].value) == number) return type->enums[i].name;
+    if (std::to_string(type->enums[i].value) == number) {
+      text = type->enums[i].name;
+      return;
+    }
   }
-  return std::string(text);
 }
 
-std::string canonical_key(const SchemaNode& key, std::string_view text) {
+void canonicalize(const SchemaNode& key, std::string& text) {
   switch (key.value) {
     case ValueKind::kUint8:
     case ValueKind::kUint16:
     case ValueKind::kUint32:
     case ValueKind::kUint64:
-      return canonical_number(text);
+      return drop_leading_zeros(text);
     case ValueKind::kEnumeration:
-      return enumeration_name(key, text);
+      return name_enumeration(key, text);
     default:
-      return std::string(text);
+      return;
   }
 }
 
@@ -65,10 +65,7 @@ class Reader {
   }
 
   std::string_view name() {
-    const auto end = std::min(text_.find_first_of("/{", pos_), text_.size());
-    const std::string_view result = text_.substr(pos_, end - pos_);
-    pos_ = end;
-    return result;
+    return take_until([](char c) { return c == '/' || c == '{'; });
   }
 
   // The key values behind an opening brace; false when the closing one is missing.
@@ -84,12 +81,17 @@ class Reader {
   }
 
  private:
+  // Names and keys are short: a look at each character costs less than a search.
+  template <typename Ends>
+  std::string_view take_until(Ends ends) {
+    const std::size_t begin = pos_;
+    while (!at_end() && !ends(text_[pos_])) ++pos_;
+    return text_.substr(begin, pos_ - begin);
+  }
+
   bool plain(std::string& key) {
-    const auto end = text_.find_first_of(" }", pos_);
-    if (end == std::string_view::npos) return false;
-    key = text_.substr(pos_, end - pos_);
-    pos_ = end;
-    return true;
+    key = take_until([](char c) { return c == ' ' || c == '}'; });
+    return !at_end();
   }
 
   bool quoted(std::string& key) {
@@ -120,11 +122,11 @@ const SchemaNode* first_node(const Schema& schema, std::string_view name) {
 
 void canonicalize(PathStep& step) {
   if (step.node->kind == NodeKind::kLeafList) {
-    for (std::string& key : step.keys) key = canonical_key(*step.node, key);
+    for (std::string& key : step.keys) canonicalize(*step.node, key);
     return;
   }
   for (std::size_t i = 0; i < step.keys.size() && i < step.node->num_keys; ++i) {
-    step.keys[i] = canonical_key(*step.node->children[i], step.keys[i]);
+    canonicalize(*step.node->children[i], step.keys[i]);
   }
 }
 
@@ -137,6 +139,7 @@ std::optional<Path> Path::parse(const Schema& schema, std::string_view text, std
   };
   Reader reader(text);
   Path path;
+  path.steps_.reserve(kUsualDepth);
   while (reader.take('/')) {
     if (reader.at_end()) break;
     if (reader.peek() != '{') {
@@ -154,6 +157,7 @@ std::optional<Path> Path::parse(const Schema& schema, std::string_view text, std
       return fail("keys behind '" + step.node->name + "', which is no list,");
     }
     step.keyed = true;
+    step.keys.reserve(step.node->num_keys);
     if (!reader.keys(step.keys)) return fail("a brace is not closed");
     canonicalize(step);
   }

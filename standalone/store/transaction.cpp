@@ -71,6 +71,17 @@ class EditedSlice {
   const Datastore& datastore_;
 };
 
+// What was edited into a whole new configuration is not known: then all of it is looked at.
+void validate_edits(const Datastore& datastore, const EditRecord& root) {
+  TreeOwner slice = root.tracked()
+                        ? EditedSlice(datastore).of(root)
+                        : TreeOwner(copy(root.after, nullptr, LYD_DUP_RECURSIVE), lyd_free_all);
+  lyd_node* tree = slice.release();
+  const LY_ERR valid = lyd_validate_all(&tree, nullptr, LYD_VALIDATE_PRESENT, nullptr);
+  slice.reset(tree);
+  if (valid != LY_SUCCESS) throw InputError(take_libyang_error(datastore.schema().context()));
+}
+
 }  // namespace
 
 class Transaction::Impl {
@@ -80,6 +91,8 @@ class Transaction::Impl {
   TreeKeeper& keeper;
   EditLog log;
   std::optional<Change> changes;
+  /// A whole new configuration stands here as it was read, and reading it validated it.
+  bool valid_as_read = false;
 };
 
 Transaction::Transaction(Datastore& datastore)
@@ -91,6 +104,7 @@ Transaction::~Transaction() {
 }
 
 void Transaction::edit(const std::string& text, Format format) {
+  impl_->valid_as_read = false;
   apply_edit(datastore_, impl_->keeper, impl_->log, text, format);
 }
 
@@ -99,19 +113,13 @@ void Transaction::replace(const std::string& text, Format format) {
   lyd_node* root = parse_configuration(datastore_.schema(), text, format, unordered);
   impl_->log.swap_root(root);
   impl_->keeper.unordered_lists.merge(unordered);
+  impl_->valid_as_read = true;
 }
 
 void Transaction::prepare() {
   const EditRecord* root = impl_->log.root_record();
   if (root == nullptr) return;
-  // A whole new configuration was validated when it was read, but not what was edited into it.
-  TreeOwner slice = root->tracked()
-                        ? EditedSlice(datastore_).of(*root)
-                        : TreeOwner(copy(root->after, nullptr, LYD_DUP_RECURSIVE), lyd_free_all);
-  lyd_node* tree = slice.release();
-  const LY_ERR valid = lyd_validate_all(&tree, nullptr, LYD_VALIDATE_PRESENT, nullptr);
-  slice.reset(tree);
-  if (valid != LY_SUCCESS) throw InputError(take_libyang_error(datastore_.schema().context()));
+  if (!impl_->valid_as_read) validate_edits(datastore_, *root);
   impl_->changes = change_tree(*root);
 }
 
