@@ -1,5 +1,6 @@
 #include "standalone/confd/xpath_text.h"
 
+#include <algorithm>
 #include <cctype>
 #include <utility>
 #include <vector>
@@ -27,6 +28,12 @@ std::string combined(const std::vector<std::string>& operands, char arithmetic) 
   return text + ">0)";
 }
 
+// A condition that is true or false of a node wherever it stands.
+bool is_comparison(std::string_view operand) {
+  return operand.find_first_of("=<>") != std::string_view::npos &&
+         operand.find_first_of("([") == std::string_view::npos;
+}
+
 // An expression as it is read: alternatives of operands that hold together.
 class Expression {
  public:
@@ -39,6 +46,22 @@ class Expression {
   std::string take() {
     next_alternative();
     return combined(std::exchange(alternatives_, {}), '+');
+  }
+  // The same between square brackets. Conditions that hold together become predicates one behind
+  // the other: libyang then looks an entry up whose keys they name.
+  std::string take_predicate() {
+    if (!alternatives_.empty()) return take();
+    next_operand();
+    if (!std::all_of(operands_.begin(), operands_.end(), is_comparison)) {
+      operand_ = std::move(operands_.back());
+      operands_.pop_back();
+      return take();
+    }
+    std::string text;
+    for (const std::string& operand : std::exchange(operands_, {})) {
+      text += (text.empty() ? "" : "][") + operand;
+    }
+    return text;
   }
 
  private:
@@ -75,7 +98,7 @@ class Rewriter {
     }
     matched_ = matched_ && (closing == '\0') == (pos_ == text_.size());
     ++pos_;
-    return result + expression.take();
+    return result + (closing == ']' ? expression.take_predicate() : expression.take());
   }
 
   void read_token(Expression& expression, bool& after_operand) {
