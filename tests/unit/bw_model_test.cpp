@@ -2,8 +2,8 @@
 
 #include <array>
 #include <cstring>
-#include <regex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame_trace_capture.h"
@@ -68,9 +68,14 @@ std::string without_type(const std::string& name) {
 
 /// Level and text of a record; running times become "N".
 std::string level_and_text(const std::string& record) {
-  static const std::regex kPlace(" \\S+ src/validation/gpon_bw_limit\\.cpp:[0-9]+");
-  static const std::regex kTime("Took [0-9]+ msecs");
-  return std::regex_replace(std::regex_replace(record, kPlace, ""), kTime, "Took N msecs");
+  const std::size_t place = record.find(" src/validation/gpon_bw_limit.cpp:");
+  if (place == std::string::npos) return record;
+  std::string text = record.substr(record.find(' ', place + 1));
+  constexpr std::string_view kTook = " Took ";
+  if (text.rfind(kTook, 0) == 0) {
+    text.replace(kTook.size(), text.find(' ', kTook.size()) - kTook.size(), "N");
+  }
+  return record.substr(0, record.find(' ')) + text;
 }
 
 class BwModel : public CardTest {
