@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <utility>
 
 #include "gpon_vald_trace_itf.h"
 #include "validation_guards.h"
@@ -147,13 +148,11 @@ void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* cred
                          path.c_str()) != CONFD_OK) {
     return;
   }
-  std::stringstream label;
-  label << interfaceLabel << " " << interfaceKey << " onu " << onuId;
   std::string value = text.data();
   if (leafName == kSerialNumber) {
     upper_case_after_vendor(value);
   }
-  credentials->emplace(value, label.str());
+  credentials->emplace(std::move(value), interfaceLabel + " " + interfaceKey + " onu " + onuId);
 }
 
 void evaluateOnuSerialPassword(std::stringstream& report, Credentials& credentials,
