@@ -47,6 +47,24 @@ Model::Model(const store::Schema& schema) : schema_(schema), numbers_(read_numbe
       link = &cs.next;
     }
   }
+  // From the last to the first: a node's children stand behind it.
+  std::for_each(nodes_.rbegin(), nodes_.rend(), [&](ModelNode& node) { make_blank(node); });
+}
+
+void Model::make_blank(ModelNode& node) {
+  for (const store::SchemaNode* schema : node.schema->children) {
+    ModelNode& child = nodes_[schema->position];
+    child.offset = static_cast<int>(node.blank.size());
+    confd_value_t& value = node.blank.emplace_back();
+    if (schema->kind == store::NodeKind::kLeafList) {
+      CONFD_SET_LIST(&value, nullptr, 0);
+    } else if (schema->kind == store::NodeKind::kContainer) {
+      CONFD_SET_XMLTAG(&value, child.number, namespace_number());
+      node.blank.insert(node.blank.end(), child.blank.begin(), child.blank.end());
+    } else {
+      CONFD_SET_NOEXISTS(&value);
+    }
+  }
 }
 
 bool Model::describes(const store::Schema& schema) const {

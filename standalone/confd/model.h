@@ -23,6 +23,10 @@ struct ModelNode {
   std::uint32_t number = 0;
   confd_type type;
   confd_cs_node cs = {};
+  /// The value array of an entry or container in which nothing is set, and where in that of its
+  /// parent the node's own values begin.
+  std::vector<confd_value_t> blank;
+  int offset = 0;
 };
 
 /// The model with the numbers of its names.
@@ -49,6 +53,8 @@ class Model {
   [[nodiscard]] bool describes(const store::Schema& schema) const;
 
  private:
+  void make_blank(ModelNode& node);
+
   const store::Schema& schema_;
   NameNumbers numbers_;
   std::vector<ModelNode> nodes_;

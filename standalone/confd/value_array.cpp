@@ -12,6 +12,7 @@ namespace {
 using store::NodeKind;
 using store::SchemaNode;
 
+// Begins with the array in which nothing is set and puts in what is set, from front to back.
 class Writer {
  public:
   Writer(const Model& model, confd_value_t* values, int room)
@@ -19,44 +20,63 @@ class Writer {
 
   [[nodiscard]] int size() const { return size_; }
 
-  // libyang keeps siblings in the order of the model, so both orders are walked side by side. A
-  // null instance is a container that its choice left out.
-  void add_children(const SchemaNode& schema, const lyd_node* instance) {
-    const lyd_node* child = lyd_child(instance);
-    for (const SchemaNode* node : schema.children) {
-      const lyd_node* found = child != nullptr && child->schema == node->lysc ? child : nullptr;
-      add(*node, found);
-      while (child != nullptr && child->schema == node->lysc) child = child->next;
-    }
+  void write(const lyd_node* instance) {
+    insert_blank(store::schema_of(instance), 0);
+    fill(instance, 0);
   }
 
  private:
-  void add(const SchemaNode& node, const lyd_node* instance) {
-    switch (node.kind) {
-      case NodeKind::kLeaf:
-        if (instance != nullptr) return push([&] { return own_leaf_value(model_, instance); });
-        return push(no_value);
-      case NodeKind::kLeafList:
-        return push([&] { return leaf_list(node, instance); });
-      case NodeKind::kList:
-        return push(no_value);
-      case NodeKind::kPresence:
-        if (instance == nullptr) return push(no_value);
-        break;
-      case NodeKind::kContainer:
-        break;
+  // Puts in what stands in the instance, whose own values begin at `base` before any was moved.
+  void fill(const lyd_node* instance, int base) {
+    const lyd_node* child = lyd_child(instance);
+    while (child != nullptr) {
+      const ModelNode& node = model_.node(store::schema_of(child));
+      put(node, child, base + node.offset);
+      do {
+        child = child->next;
+      } while (child != nullptr && child->schema == node.lysc);
     }
-    push([&] { return tag_value(model_, node); });
-    add_children(node, instance);
   }
 
-  static confd_value_t no_value() {
-    confd_value_t value;
-    CONFD_SET_NOEXISTS(&value);
-    return value;
+  void put(const ModelNode& node, const lyd_node* instance, int at) {
+    switch (node.schema->kind) {
+      case NodeKind::kLeaf:
+        if (at + moved_ < room_) values_[at + moved_] = own_leaf_value(model_, instance);
+        return;
+      case NodeKind::kLeafList:
+        if (at + moved_ < room_) values_[at + moved_] = leaf_list(node, instance);
+        return;
+      case NodeKind::kList:
+        return;
+      case NodeKind::kContainer:
+        return fill(instance, at + 1);
+      case NodeKind::kPresence:
+        return put_presence(node, instance, at);
+    }
   }
 
-  confd_value_t leaf_list(const SchemaNode& node, const lyd_node* first) {
+  // A container with presence has one value while it is away; what follows it moves back.
+  void put_presence(const ModelNode& node, const lyd_node* instance, int at) {
+    if (at + moved_ < room_) values_[at + moved_] = tag_value(model_, *node.schema);
+    insert_blank(*node.schema, at + moved_ + 1);
+    fill(instance, at + 1);
+    moved_ += static_cast<int>(node.blank.size());
+  }
+
+  void insert_blank(const SchemaNode& node, int at) {
+    const std::vector<confd_value_t>& blank = model_.node(node).blank;
+    const auto count = static_cast<int>(blank.size());
+    if (at < room_) {
+      confd_value_t* const begin = values_ + at;
+      const int inserted = std::min(count, room_ - at);
+      const int kept = std::min(size_, room_ - count) - at;
+      if (kept > 0) std::copy_backward(begin, begin + kept, begin + count + kept);
+      std::copy_n(blank.data(), inserted, begin);
+    }
+    size_ += count;
+  }
+
+  confd_value_t leaf_list(const ModelNode& node, const lyd_node* first) {
     std::vector<const lyd_node*> values;
     for (; first != nullptr && first->schema == node.lysc; first = first->next) {
       values.push_back(first);
@@ -65,17 +85,11 @@ class Writer {
     return own_list_value(model_, values);
   }
 
-  // Makes the value only where there is room for it.
-  template <typename Make>
-  void push(Make make) {
-    if (size_ < room_) values_[size_] = make();
-    ++size_;
-  }
-
   const Model& model_;
   confd_value_t* values_;
   int room_;
   int size_ = 0;
+  int moved_ = 0;
 };
 
 }  // namespace
@@ -83,7 +97,7 @@ class Writer {
 int write_value_array(const Model& model, const lyd_node* instance, confd_value_t* values,
                       int room) {
   Writer writer(model, values, room);
-  writer.add_children(store::schema_of(instance), instance);
+  writer.write(instance);
   return writer.size();
 }
 
