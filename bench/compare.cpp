@@ -182,8 +182,10 @@ void write_csv(const std::string& file, const Figures& one, const Figures& four)
 
 class Bars {
  public:
-  void at_most(const std::string& what, double figure, double limit) {
+  // Says whether the bar holds.
+  bool at_most(const std::string& what, double figure, double limit) {
     print(what, figure, "at most", limit, figure <= limit);
+    return figure <= limit;
   }
   void at_least(const std::string& what, double figure, double limit) {
     print(what, figure, "at least", limit, figure >= limit);
@@ -220,14 +222,19 @@ void rule_bars(Bars& bars, const Figures& one, const Figures& four) {
   bars.at_least("all rules at once, four cards", four.all_forms / four.all_rules_commit, 150);
 }
 
-void growth_bars(Bars& bars, const Figures& one, const Figures& four) {
+// Gives the requests that grow by more.
+std::vector<std::string> growth_bars(Bars& bars, const Figures& one, const Figures& four) {
+  std::vector<std::string> above;
   for (const auto& [name, time] : one.requests) {
-    bars.at_most("growth of " + name, four.requests.at(name) / time, 4.5);
+    if (!bars.at_most("growth of " + name, four.requests.at(name) / time, 4.5)) {
+      above.push_back(name);
+    }
   }
+  return above;
 }
 
-void print_bars(const Figures& one, const Figures& four, const Memory& memory) {
-  Bars bars;
+void print_bars(Bars& bars, const Figures& one, const Figures& four, const Memory& memory,
+                const Memory& memory_four) {
   std::puts("\nBars");
   bars.at_most("one leaf: commit on four cards / on one", four.leaf_commit / one.leaf_commit, 1.2);
   rule_bars(bars, one, four);
@@ -239,9 +246,31 @@ void print_bars(const Figures& one, const Figures& four, const Memory& memory) {
   bars.at_most("own steps of a one-leaf commit, four cards, ms", four.leaf_steps, 1);
   bars.at_most("peak memory of gponval commit / libyang's of the same data",
                memory.commit / memory.libyang, 2.5);
+  bars.at_most("peak memory, four cards", memory_four.commit / memory_four.libyang, 2.5);
   bars.at_most("loading / libyang's reading and validating", one.load / one.parse_and_validate,
                1.3);
-  growth_bars(bars, one, four);
+  bars.at_most("loading, four cards", four.load / four.parse_and_validate, 1.3);
+}
+
+// Profiles
+
+// Runs a script of this folder with programs and names as its arguments; true where it succeeds.
+bool run_script(const std::string& script, const std::vector<std::string>& arguments) {
+  std::string command = "'" + std::string(SCRIPTS_DIR) + "/" + script + "'";
+  for (const std::string& argument : arguments) command += " '" + argument + "'";
+  std::fflush(stdout);
+  return std::system(command.c_str()) == 0;
+}
+
+void print_profiles(Bars& bars, const std::vector<std::string>& growing) {
+  std::puts("\nInstructions of the check of all service ports");
+  const bool holds = run_script("service_port_instructions", {SERVICE_PORT_BENCH});
+  bars.note(holds, "the plug-in's own code within 3 times the bare loop");
+  if (growing.empty()) return;
+  std::puts("\nWhat grows by more than the bar: instructions, and misses of a 32 MB cache");
+  std::vector<std::string> arguments{ONE_REQUEST};
+  arguments.insert(arguments.end(), growing.begin(), growing.end());
+  if (!run_script("growth_profile", arguments)) throw std::runtime_error("a profile has failed");
 }
 
 // Options
@@ -269,21 +298,19 @@ Options read_options(int argc, char** argv) {
 
 void compare(const Options& options, const std::string& self) {
   const Memory memory = measure_memory(self, 1);
+  const Memory memory_four = measure_memory(self, 4);
   const Figures one = bench::measure(1, options.slow);
   const Figures four = bench::measure(4, options.slow);
   print_forms(one, four);
   print_commits(one, four);
-  std::printf("\nPeak memory on one card: libyang %.1f MB, gponval commit %.1f MB\n",
-              memory.libyang, memory.commit);
-  print_bars(one, four, memory);
+  std::puts("\nPeak memory");
+  print_row("libyang holding the data", memory.libyang, memory_four.libyang, "MB");
+  print_row("gponval commit", memory.commit, memory_four.commit, "MB");
+  Bars bars;
+  print_bars(bars, one, four, memory, memory_four);
+  const std::vector<std::string> growing = growth_bars(bars, one, four);
   if (!options.csv.empty()) write_csv(options.csv, one, four);
-  if (!options.instructions) return;
-  std::puts("\nInstructions of the check of all service ports");
-  std::fflush(stdout);
-  const std::string command =
-      std::string("'") + SERVICE_PORT_INSTRUCTIONS + "' '" + SERVICE_PORT_BENCH + "'";
-  const bool holds = std::system(command.c_str()) == 0;
-  Bars().note(holds, "the plug-in's own code within 3 times the bare loop");
+  if (options.instructions) print_profiles(bars, growing);
 }
 
 }  // namespace
