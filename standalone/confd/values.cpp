@@ -193,6 +193,9 @@ confd_value_t OwnedValue::take() {
 std::optional<OwnedValue> parse_value(const Model& model, const SchemaNode& leaf,
                                       std::string_view text) {
   if (leaf.value == ValueKind::kNone) return std::nullopt;
+  // libyang counts the uses of a text by what stands in front of a NUL: giving this one back would
+  // free another's.
+  if (text.find('\0') != std::string_view::npos) return std::nullopt;
   std::string encrypted;
   if (leaf.value == ValueKind::kEncrypted && text.starts_with(kClearText)) {
     encrypted = encrypt_string(text.substr(kClearText.size()));

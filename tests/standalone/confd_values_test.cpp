@@ -294,6 +294,16 @@ TEST_F(ConfdValues, TextsBecomeValuesOfTheirLeafsTypes) {
   EXPECT_EQ(parsed(password, "$0$secret"), parsed(password, "$0$secret"));
 }
 
+TEST_F(ConfdValues, NoValueHoldsANulByte) {
+  const confd::Model& known = confd::load_model(model());
+  const auto* type = confd_cs_node_cd(nullptr, "/config/interface/gpon/onu/rg-profile")->info.type;
+  const std::string configured = "the one use of this text";
+  store::Datastore datastore(model());
+  datastore.load(config("<gpon><slot>" + configured + "</slot></gpon>"), store::Format::kXml);
+  EXPECT_FALSE(confd::parse_value(known, *type->leaf, configured + '\0' + "more").has_value());
+  EXPECT_NE(datastore.print(store::Format::kXml).find(configured), std::string::npos);
+}
+
 // ---- What the daemon makes for the plug-in
 
 class ConfdKeypaths : public ConfdValues {
