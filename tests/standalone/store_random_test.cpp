@@ -3,11 +3,13 @@
 #include <random>
 
 #include "standalone/store/transaction.h"
+#include "tests/support/change_text.h"
 #include "tests/support/model.h"
 
 namespace tarnd::store {
 namespace {
 
+using test::change_text;
 using test::config;
 
 // Small configurations and edits over the same few names, so that edits meet what stands.
@@ -87,25 +89,6 @@ class RandomEdits {
   std::mt19937 random_;
 };
 
-std::string label(const lyd_node* node) {
-  return node == nullptr ? "-"
-                         : std::string(lyd_get_value(node) != nullptr ? lyd_get_value(node) : "+");
-}
-
-void describe(const Change& change, const std::string& indent, std::string& text) {
-  text += indent + change.schema->name + " " + label(change.before) + " " + label(change.after);
-  for (const lyd_node* value : change.values_before) text += " -" + std::string(value_text(value));
-  for (const lyd_node* value : change.values_after) text += " +" + std::string(value_text(value));
-  text += "\n";
-  for (const Change& child : change.children) describe(child, indent + "  ", text);
-}
-
-std::string changes(const Transaction& transaction) {
-  std::string text;
-  if (transaction.changes() != nullptr) describe(*transaction.changes(), "", text);
-  return text;
-}
-
 // The changes gathered while the tree is edited and those that libyang's diff of the two whole
 // configurations gives are found in different ways; they must be the same.
 TEST(RandomEditsTest, GatheredChangesAreThoseOfTheWholeDifference) {
@@ -122,14 +105,14 @@ TEST(RandomEditsTest, GatheredChangesAreThoseOfTheWholeDifference) {
       transaction.edit(config(random.edit()), Format::kXml);
       transaction.edit(config(random.edit()), Format::kXml);
       transaction.prepare();
-      gathered = changes(transaction);
+      gathered = change_text(transaction);
       after = datastore.print(Format::kXml);
     }
     ASSERT_EQ(datastore.print(Format::kXml), before);
     Transaction transaction(datastore);
     transaction.replace(after, Format::kXml);
     transaction.prepare();
-    ASSERT_EQ(changes(transaction), gathered) << before << "\n" << after;
+    ASSERT_EQ(change_text(transaction), gathered) << before << "\n" << after;
     transaction.commit();
     ASSERT_EQ(datastore.print(Format::kXml), after);
   }

@@ -1,0 +1,69 @@
+// Any text as a card file. It is read or refused, and what was read can be written and read again.
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "fuzz/property.h"
+#include "fuzz/target.h"
+#include "standalone/card/card_file.h"
+#include "standalone/store/schema.h"
+
+namespace tarnd::fuzz {
+namespace {
+
+/// A file that stands in memory only.
+class MemoryFile {
+ public:
+  MemoryFile(const void* data, std::size_t size) : descriptor_(memfd_create("card", MFD_CLOEXEC)) {
+    require(write(descriptor_, data, size) == static_cast<ssize_t>(size), "memory takes the file");
+  }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+  ~MemoryFile() { close(descriptor_); }
+
+  [[nodiscard]] std::string name() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+
+ private:
+  int descriptor_;
+};
+
+void write_line(std::string& text, const std::string& key, const std::optional<bool>& value) {
+  if (value.has_value()) text += key + " = " + (*value ? "true" : "false") + "\n";
+}
+
+void write_line(std::string& text, const std::string& key,
+                const std::optional<std::uint32_t>& value) {
+  if (value.has_value()) text += key + " = " + std::to_string(*value) + "\n";
+}
+
+std::string written(const CardDescription& card) {
+  std::string text;
+  write_line(text, "bw-check", card.bw_check);
+  write_line(text, "onus-per-link", card.onus_per_link);
+  write_line(text, "pon-links", card.pon_links);
+  write_line(text, "manageable-links", card.manageable_links);
+  write_line(text, "max-service-ports", card.max_service_ports);
+  write_line(text, "xgspon", card.xgspon);
+  return text;
+}
+
+void try_card_file(const void* data, std::size_t size) {
+  std::string text;
+  try {
+    text = written(read_card_file(MemoryFile(data, size).name()));
+  } catch (const store::InputError& error) {
+    const std::string what = error.what();
+    require(what.starts_with("card file '"), "a refusal names the file: " + what);
+    return;
+  }
+  const MemoryFile again(text.data(), text.size());
+  require(written(read_card_file(again.name())) == text, "a card is read back as it was:\n" + text);
+}
+
+}  // namespace
+}  // namespace tarnd::fuzz
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  tarnd::fuzz::try_card_file(data, size);
+  return 0;
+}

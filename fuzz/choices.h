@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace tarnd::fuzz {
+
+/// The bytes of an input as a row of choices. Behind its end each choice is the first there is.
+class Choices {
+ public:
+  Choices(const std::uint8_t* data, std::size_t size) : bytes_(data, size) {}
+
+  [[nodiscard]] bool at_end() const { return bytes_.empty(); }
+
+  /// A number below the limit, which is 256 at most.
+  std::size_t below(std::size_t limit) {
+    if (at_end()) return 0;
+    const std::uint8_t byte = bytes_.front();
+    bytes_ = bytes_.subspan(1);
+    return byte % limit;
+  }
+
+  bool one_in(std::size_t n) { return below(n) == n - 1; }
+
+  template <typename Row>
+  const auto& of(const Row& row) {
+    return row[below(std::size(row))];
+  }
+
+ private:
+  std::span<const std::uint8_t> bytes_;
+};
+
+}  // namespace tarnd::fuzz

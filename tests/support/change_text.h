@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "standalone/store/transaction.h"
+
+namespace tarnd::test {
+
+/// What the prepared transaction changes, a line each node; empty when nothing differs.
+std::string change_text(const store::Transaction& transaction);
+
+}  // namespace tarnd::test
