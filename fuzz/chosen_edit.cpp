@@ -1,6 +1,7 @@
 #include "fuzz/chosen_edit.h"
 
 #include <array>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -177,15 +178,25 @@ std::string keys_of(Choices& choices, const SchemaNode& list) {
 
 std::string chosen_node(Choices& choices, const SchemaNode& node, std::string_view operation);
 
+bool may_stand_twice(const SchemaNode& node) {
+  return node.kind == NodeKind::kList || node.kind == NodeKind::kLeafList;
+}
+
 // Without its mandatory leaves a new node says nothing.
 std::string content_of(Choices& choices, const SchemaNode& node) {
   std::string content;
+  std::set<const SchemaNode*> given;
   for (const SchemaNode* child : node.children) {
-    if (is_mandatory(*child)) content += element(*child, value(choices, *child));
+    if (child->is_key()) given.insert(child);
+    if (!is_mandatory(*child)) continue;
+    given.insert(child);
+    content += element(*child, value(choices, *child));
   }
   for (std::size_t more = choices.below(kMostChildren + 1); more > 0; --more) {
     const SchemaNode* child = choices.of(node.children);
-    if (!child->is_key() && !is_mandatory(*child)) content += chosen_node(choices, *child, "");
+    if (may_stand_twice(*child) || given.insert(child).second) {
+      content += chosen_node(choices, *child, "");
+    }
   }
   return content;
 }
@@ -211,8 +222,9 @@ std::string rows_of_mappings(Choices& choices) {
   const std::size_t first = choices.below(256);
   for (std::size_t i = 0; i < kMostMappings; ++i) {
     const std::string vlan = std::to_string(first + i + 1);
-    mappings += "<vlan-mapping><name>m" + vlan + "</name><match><outer><vlan-id>" + vlan +
-                "</vlan-id></outer></match><uni><ethernet>1</ethernet></uni></vlan-mapping>";
+    mappings.append("<vlan-mapping><name>m").append(vlan);
+    mappings.append("</name><match><outer><vlan-id>").append(vlan);
+    mappings.append("</vlan-id></outer></match><uni><ethernet>1</ethernet></uni></vlan-mapping>");
   }
   return "<profile><gpon><service-profile><name>new</name>" + mappings +
          "</service-profile></gpon></profile>";

@@ -22,6 +22,7 @@
 #include "standalone/confd/keypath.h"
 #include "standalone/confd/values.h"
 #include "standalone/daemon/daemon.h"
+#include "standalone/middleware/trace.h"
 #include "standalone/session/validation_session.h"
 #include "tests/support/model.h"
 
@@ -33,7 +34,7 @@ using store::Transaction;
 
 constexpr std::size_t kMostCommits = 4;
 
-// With this variable set, what the bytes stand for is shown.
+// With this variable set, what the bytes stand for is shown, with the trace of the validators.
 constexpr const char* kShow = "FUZZ_SHOW";
 
 constexpr std::array kFlags = {std::optional<bool>(true), std::optional<bool>(false),
@@ -41,8 +42,15 @@ constexpr std::array kFlags = {std::optional<bool>(true), std::optional<bool>(fa
 constexpr std::array<std::optional<std::uint32_t>, 8> kFigures = {std::nullopt, 0, 1, 2, 3, 16, 128,
                                                                   4294967295U};
 
+bool start_showing() {
+  if (std::getenv(kShow) == nullptr) return false;
+  start_trace(TraceLevel::kDetail);
+  return true;
+}
+
 bool showing() {
-  return std::getenv(kShow) != nullptr;
+  static const bool shown = start_showing();
+  return shown;
 }
 
 CardDescription chosen_card(Choices& choices) {
@@ -199,7 +207,7 @@ class Card {
     for (const Answer& answer : report.answers) ask_alone(*transaction, answer);
   }
 
-  void ask_alone(Transaction& transaction, const Answer& answer) {
+  static void ask_alone(Transaction& transaction, const Answer& answer) {
     const confd::Model& model = confd::load_model(test::model());
     std::string why;
     const auto path = store::Path::parse(test::model(), answer.path, &why);
