@@ -1,17 +1,20 @@
 // How many platform calls each request makes, as a function of what the card has many of. The
 // function is found by changing one number at a time, and held against a card that differs in all.
 //
-//   calls           prints a table in Markdown
-//   calls --check   prints nothing but what is wrong: a card for which the function does not hold,
-//                   and calls that grow with something the rule has not to look at
+//   calls                prints a table in Markdown
+//   calls --check FILE   prints nothing but what is wrong: a card for which the function does not
+//                        hold, calls that grow with something the rule has not to look at, and a
+//                        FILE that does not hold the table
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "bench/requests.h"
@@ -213,15 +216,14 @@ std::string function_text(const Function& function, double Calls::*kind) {
   return text.empty() ? "0" : text;
 }
 
-void print(const std::map<std::string, Function>& functions) {
-  std::puts("| request | calls | values freed |");
-  std::puts("|---|---|---|");
+std::string table(const std::map<std::string, Function>& functions) {
+  std::string text = "| request | calls | values freed |\n|---|---|---|\n";
   for (const Request& request : bench::requests()) {
     const Function& function = functions.at(request.name);
-    std::printf("| %s | %s | %s |\n", request.name.c_str(),
-                function_text(function, &Calls::reads).c_str(),
-                function_text(function, &Calls::frees).c_str());
+    text += "| `" + request.name + "` | " + function_text(function, &Calls::reads) + " | " +
+            function_text(function, &Calls::frees) + " |\n";
   }
+  return text;
 }
 
 bool looks_at(const Request& request, Dimension dimension) {
@@ -253,15 +255,27 @@ int check(const std::map<std::string, Function>& functions) {
   return wrong;
 }
 
+bool stands_in(const std::string& text, const char* file) {
+  std::ostringstream content;
+  content << std::ifstream(file).rdbuf();
+  return content.str().find(text) != std::string::npos;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bool only_check = argc == 2 && std::strcmp(argv[1], "--check") == 0;
-  if (argc > 1 && !only_check) {
-    std::fprintf(stderr, "usage: %s [--check]\n", argv[0]);
+  const bool check_only = argc == 3 && std::strcmp(argv[1], "--check") == 0;
+  if (argc > 1 && !check_only) {
+    std::fprintf(stderr, "usage: %s [--check FILE]\n", argv[0]);
     return 2;
   }
   const auto functions = Measured().functions();
-  if (!only_check) print(functions);
-  return check(functions) == 0 ? 0 : 1;
+  const std::string text = table(functions);
+  if (!check_only) std::fputs(text.c_str(), stdout);
+  int wrong = check(functions);
+  if (check_only && !stands_in(text, argv[2])) {
+    std::printf("%s does not hold the table that %s prints\n", argv[2], argv[0]);
+    ++wrong;
+  }
+  return wrong == 0 ? 0 : 1;
 }
