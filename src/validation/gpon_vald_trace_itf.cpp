@@ -47,6 +47,10 @@ void trace_validation_end(const char* name, int result, unsigned int msecs) {
 }
 
 bool valid::trace_enabled(int level) {
+  return enabled_trace_cat(level) != nullptr;
+}
+
+zlog_category_t* valid::enabled_trace_cat(int level) {
   zlog_category_t* const category = get_trace_cat();
-  return category != nullptr && zlog_level_enabled(category, level) != 0;
+  return category != nullptr && zlog_level_enabled(category, level) != 0 ? category : nullptr;
 }

@@ -32,27 +32,30 @@ void trace_validation_end(const char* name, int result, unsigned int msecs);
 
 /// The same in the name of the function whose work it is, for a piece of it that has a function of
 /// its own: whoever reads the trace knows the validators, not their pieces.
-#define VALID_TRACE_AS(function, level, ...)                                 \
-  do {                                                                       \
-    if (zlog_category_t* const valid_trace_category = get_trace_cat()) {     \
-      zlog(valid_trace_category, __FILE__, sizeof(__FILE__) - 1, (function), \
-           std::strlen(function), __LINE__, (level), __VA_ARGS__);           \
-    }                                                                        \
-  } while (false)
+#define VALID_TRACE_AS(function, level, ...) \
+  VALID_TRACE_TO(get_trace_cat(), function, level, __VA_ARGS__)
 
 /// Both for records whose arguments cost work: they are evaluated only while the level is enabled.
 #define VALID_TRACE_IF(level, ...) \
   VALID_TRACE_AS_IF(static_cast<const char*>(__func__), level, __VA_ARGS__)
-#define VALID_TRACE_AS_IF(function, level, ...)     \
-  do {                                              \
-    if (valid::trace_enabled(level)) {              \
-      VALID_TRACE_AS(function, level, __VA_ARGS__); \
-    }                                               \
+#define VALID_TRACE_AS_IF(function, level, ...) \
+  VALID_TRACE_TO(valid::enabled_trace_cat(level), function, level, __VA_ARGS__)
+
+/// What the others are made of. Nothing is evaluated or written where the category is null.
+#define VALID_TRACE_TO(category, function, level, ...)                       \
+  do {                                                                       \
+    if (zlog_category_t* const valid_trace_category = (category)) {          \
+      zlog(valid_trace_category, __FILE__, sizeof(__FILE__) - 1, (function), \
+           std::strlen(function), __LINE__, (level), __VA_ARGS__);           \
+    }                                                                        \
   } while (false)
 
 namespace valid {
 
 /// Would a record of this level be written now?
 bool trace_enabled(int level);
+
+/// The category for a record of this level; null where it would not be written now.
+zlog_category_t* enabled_trace_cat(int level);
 
 }  // namespace valid

@@ -169,7 +169,6 @@ std::map<std::string, Expectation> link_expectations() {
 
 std::map<std::string, Expectation> profile_expectations() {
   const Answers silent{kRejectedSilently};
-  const Answers unreadable{rejected(kConfdUnreadable)};
   const Answers transaction_unreadable{rejected(kTransactionUnreadable)};
   const Answers invalid_password{rejected("Invalid password length/size")};
   return {
@@ -330,6 +329,23 @@ class FailureInjection : public CardTest, public testing::WithParamInterface<Val
     return seen;
   }
 
+  /// The same while the middleware has no category for the trace.
+  AnswersOfCalls fail_each_untraced() {
+    AnswersOfCalls seen;
+    std::vector<PlatformCall> made = made_calls();
+    std::erase(made, PlatformCall::qzmw_trace_register_category);
+    for (std::size_t nth = 1; nth <= made.size(); ++nth) {
+      if (ends_the_process(GetParam(), made[nth - 1])) continue;
+      ValidationSession& session = open_validation();
+      set_call_hook([nth, others = std::size_t{0}](PlatformCall call) mutable {
+        return call != PlatformCall::qzmw_trace_register_category && ++others != nth;
+      });
+      seen[made[nth - 1]].insert(ask(session));
+      set_call_hook({});
+    }
+    return seen;
+  }
+
   static Answers possible_answers() {
     const Expectation& expectation = expectation_of(GetParam());
     Answers all{expectation.undisturbed};
@@ -362,6 +378,10 @@ TEST_P(FailureInjection, GivesTheAnswerOfTheFailingCallAndNoMore) {
 TEST_P(FailureInjection, GivesTheSameAnswersUnderFullTrace) {
   TraceCapture trace(TraceLevel::kDetail);
   expect_answers(fail_each());
+}
+
+TEST_P(FailureInjection, GivesTheSameAnswersWithoutACategoryForTheTrace) {
+  expect_answers(fail_each_untraced());
 }
 
 // The platform goes away in the middle: the validator ends with one of its answers, whichever.
