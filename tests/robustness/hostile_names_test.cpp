@@ -43,10 +43,10 @@ class LooseModel {
     for (const char* file : {"tailf-common.yang", "ietf-netconf.yang", "known-numbers.txt"}) {
       std::filesystem::copy_file(shipped_ / file, folder_ / file);
     }
-    std::string model = read_file(shipped_ / "base.yang");
-    loosen(model, "profile-name");
-    loosen(model, "connection-name");
-    std::ofstream(folder_ / "base.yang") << model;
+    std::string text = read_file(shipped_ / "base.yang");
+    loosen(text, "profile-name");
+    loosen(text, "connection-name");
+    std::ofstream(folder_ / "base.yang") << text;
   }
   LooseModel(const LooseModel&) = delete;
   LooseModel& operator=(const LooseModel&) = delete;
@@ -65,8 +65,8 @@ class LooseModel {
 };
 
 const store::Schema& loose_schema() {
-  static const LooseModel model;  // the numbers of names are read from it later
-  static const store::Schema schema(model.folder());
+  static const LooseModel loose;  // the numbers of names are read from it later
+  static const store::Schema schema(loose.folder());
   return schema;
 }
 
@@ -91,7 +91,7 @@ class LooseNames : public testing::Test {
     store::Transaction transaction(datastore_);
     edit(transaction, change);
     ValidationSession session(transaction);
-    const Outcome outcome = dispatch(session, request, keypath);
+    Outcome outcome = dispatch(session, request, keypath);
     EXPECT_EQ(session.open_resources().configuration_sessions, 0);
     EXPECT_EQ(session.open_resources().queries, 0);
 
@@ -179,7 +179,7 @@ std::vector<Names> all_names() {
       {"WithPercentSigns", with("%s%n%d%x%h%*x%"), {}},
       {"WithOtherScripts", with("\u00e9\u65e5\u672c"), {}},
       {"WithSlashes", with("/../"), {}},
-      {"WithBackslashes", with("\\\"\\"), {}},
+      {"WithBackslashes", with(R"(\"\)"), {}},
       {"WithMarkup", with("&<>"), {}},
       {"WithBlanks", with(" "), parted},
       // Outside the quotes of the expression, or of the path's key.
@@ -216,7 +216,8 @@ INSTANTIATE_TEST_SUITE_P(Are, NamesOfACard, testing::ValuesIn(all_names()), titl
 constexpr const char* kProfiles = "/config/profile/gpon/";
 
 std::string filled(std::size_t length) {
-  return std::string(length, 'n');
+  std::string name(length, 'n');
+  return name;
 }
 
 std::string keyed(const std::string& list, const std::string& name) {
@@ -234,18 +235,31 @@ std::string port(const std::string& name) {
 
 const Outcome kPortUsedTwice{
     CONFD_ERR, "Port eth1 untagged cannot be used in more than one interface grouping"};
+const Outcome kSameNetwork{
+    CONFD_ERR, "Network 10.0.0.1/24 from WAN b conflicts with network 10.0.0.1/24 from WAN a"};
 
 TEST_F(LooseNames, TheKeypathOfAGatewayProfileIsCutAt255Characters) {
-  // "/config/profile/gpon/rg-profile{" and "}" leave 222 for the name.
-  for (const auto& [length, outcome] :
-       {std::pair(222, kPortUsedTwice), std::pair(223, kAccepted), std::pair(9000, kAccepted)}) {
-    const std::string name = filled(static_cast<std::size_t>(length));
+  const std::string network = element("ipv4-address", "10.0.0.1/24");
+  struct Row {
+    int length;
+    std::string grouped;
+    Outcome outcome;
+  };
+  // "/config/profile/gpon/rg-profile{" and "}" leave 222 for the name. The path is printed twice,
+  // for the ports and for the networks.
+  const std::vector<Row> rows{
+      {222, port("eth1"), kPortUsedTwice}, {222, network, kSameNetwork},
+      {223, port("eth1"), kAccepted},      {223, network, kAccepted},
+      {9000, port("eth1"), kAccepted},     {9000, network, kAccepted},
+  };
+  for (const Row& row : rows) {
+    const std::string name = filled(static_cast<std::size_t>(row.length));
+    const std::string groupings =
+        grouping("ip", "a", row.grouped) + grouping("ip", "b", row.grouped);
     running("");
-    EXPECT_EQ(ask("itf_grp_validation", keyed("rg-profile", name),
-                  rg_profile(
-                      name, grouping("ip", "a", port("eth1")) + grouping("ip", "b", port("eth1")))),
-              outcome)
-        << length;
+    EXPECT_EQ(ask("itf_grp_validation", keyed("rg-profile", name), rg_profile(name, groupings)),
+              row.outcome)
+        << row.length << row.grouped;
   }
 }
 
