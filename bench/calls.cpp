@@ -125,62 +125,57 @@ Calls& slope(Function& function, Dimension dimension) {
   return function.per.at(static_cast<std::size_t>(dimension));
 }
 
-class Measured {
- public:
-  std::map<std::string, Function> functions() {
-    const CallsOfRequests base = measure(kBase);
-    std::map<std::string, Function> result;
-    find_links_and_onus(base, result);
-    find(base, result, Dimension::kServicePorts, &Size::service_ports);
-    find(base, result, Dimension::kBandwidthProfiles, &Size::bandwidth_profiles);
-    find(base, result, Dimension::kLineProfiles, &Size::line_profiles);
-    find(base, result, Dimension::kServiceProfiles, &Size::service_profiles);
-    find(base, result, Dimension::kRgProfiles, &Size::rg_profiles);
-    find(base, result, Dimension::kOtherProfiles, &Size::other_profiles);
-    find(base, result, Dimension::kChangedEntries, &Size::changed_entries);
-    for (auto& [name, function] : result) {
-      function.constant = base.at(name) - function.at(kBase);
-    }
-    return result;
+template <typename Number>
+void find(const CallsOfRequests& base, std::map<std::string, Function>& functions,
+          Dimension dimension, Number Size::*number) {
+  Size size = kBase;
+  size.*number *= 2;
+  const auto step = static_cast<double>(size.*number - kBase.*number);
+  for (const auto& [name, calls] : measure(size)) {
+    slope(functions[name], dimension) = (calls - base.at(name)) / step;
   }
+}
 
- private:
-  template <typename Number>
-  static void find(const CallsOfRequests& base, std::map<std::string, Function>& functions,
-                   Dimension dimension, Number Size::*number) {
-    Size size = kBase;
-    size.*number *= 2;
-    const double step = static_cast<double>(size.*number - kBase.*number);
-    for (const auto& [name, calls] : measure(size)) {
-      slope(functions[name], dimension) = (calls - base.at(name)) / step;
-    }
+// All ONUs are their product, so both are doubled each by itself and both at once.
+void find_links_and_onus(const CallsOfRequests& base, std::map<std::string, Function>& functions) {
+  const double links = kBase.links;
+  const double onus = kBase.onus_of_link;
+  Size more_links = kBase;
+  more_links.links *= 2;
+  Size more_onus = kBase;
+  more_onus.onus_of_link *= 2;
+  Size more_of_both = more_links;
+  more_of_both.onus_of_link *= 2;
+  const CallsOfRequests with_links = measure(more_links);
+  const CallsOfRequests with_onus = measure(more_onus);
+  for (const auto& [name, calls] : measure(more_of_both)) {
+    const Calls by_links = with_links.at(name) - base.at(name);
+    const Calls by_onus = with_onus.at(name) - base.at(name);
+    const Calls product = (calls - base.at(name) - by_links - by_onus) / (links * onus);
+    slope(functions[name], Dimension::kOnus) = product;
+    slope(functions[name], Dimension::kLinks) =
+        by_links / links - Calls{product.reads * onus, product.frees * onus};
+    slope(functions[name], Dimension::kOnusOfLink) =
+        by_onus / onus - Calls{product.reads * links, product.frees * links};
   }
+}
 
-  // All ONUs are their product, so both are doubled each by itself and both at once.
-  static void find_links_and_onus(const CallsOfRequests& base,
-                                  std::map<std::string, Function>& functions) {
-    const double links = kBase.links;
-    const double onus = kBase.onus_of_link;
-    Size more_links = kBase;
-    more_links.links *= 2;
-    Size more_onus = kBase;
-    more_onus.onus_of_link *= 2;
-    Size more_of_both = more_links;
-    more_of_both.onus_of_link *= 2;
-    const CallsOfRequests with_links = measure(more_links);
-    const CallsOfRequests with_onus = measure(more_onus);
-    for (const auto& [name, calls] : measure(more_of_both)) {
-      const Calls by_links = with_links.at(name) - base.at(name);
-      const Calls by_onus = with_onus.at(name) - base.at(name);
-      const Calls product = (calls - base.at(name) - by_links - by_onus) / (links * onus);
-      slope(functions[name], Dimension::kOnus) = product;
-      slope(functions[name], Dimension::kLinks) =
-          by_links / links - Calls{product.reads * onus, product.frees * onus};
-      slope(functions[name], Dimension::kOnusOfLink) =
-          by_onus / onus - Calls{product.reads * links, product.frees * links};
-    }
+std::map<std::string, Function> measured_functions() {
+  const CallsOfRequests base = measure(kBase);
+  std::map<std::string, Function> result;
+  find_links_and_onus(base, result);
+  find(base, result, Dimension::kServicePorts, &Size::service_ports);
+  find(base, result, Dimension::kBandwidthProfiles, &Size::bandwidth_profiles);
+  find(base, result, Dimension::kLineProfiles, &Size::line_profiles);
+  find(base, result, Dimension::kServiceProfiles, &Size::service_profiles);
+  find(base, result, Dimension::kRgProfiles, &Size::rg_profiles);
+  find(base, result, Dimension::kOtherProfiles, &Size::other_profiles);
+  find(base, result, Dimension::kChangedEntries, &Size::changed_entries);
+  for (auto& [name, function] : result) {
+    function.constant = base.at(name) - function.at(kBase);
   }
-};
+  return result;
+}
 
 bool is_zero(double number) {
   constexpr double kTolerance = 1e-9;
@@ -195,7 +190,7 @@ bool is_zero(const Calls& calls) {
 std::string number_text(double number) {
   double whole = 0;
   const double part = std::modf(number + 1e-9, &whole);
-  const std::string text = std::to_string(static_cast<long>(whole));
+  std::string text = std::to_string(static_cast<long>(whole));
   if (is_zero(part - 1e-9)) return text;
   const std::string fraction = "1/" + std::to_string(std::lround(1 / part));
   return whole == 0 ? fraction : "(" + text + " + " + fraction + ")";
@@ -269,7 +264,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s [--check FILE]\n", argv[0]);
     return 2;
   }
-  const auto functions = Measured().functions();
+  const auto functions = measured_functions();
   const std::string text = table(functions);
   if (!check_only) std::fputs(text.c_str(), stdout);
   int wrong = check(functions);

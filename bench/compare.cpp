@@ -24,8 +24,6 @@
 #include "bench/figures.h"
 #include "bench/full_card.h"
 
-extern char** environ;
-
 namespace {
 
 using bench::Figures;
@@ -52,7 +50,7 @@ class TemporaryFolder {
   ~TemporaryFolder() { std::filesystem::remove_all(path_); }
 
   [[nodiscard]] std::string write(const std::string& name, const std::string& text) const {
-    const std::string file = path_ / name;
+    std::string file = path_ / name;
     std::ofstream(file) << text;
     return file;
   }
@@ -64,6 +62,7 @@ class TemporaryFolder {
 // Runs a command without its output and gives the most memory that it had, in MB.
 double peak_of(std::vector<std::string> command) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (std::string& argument : command) arguments.push_back(argument.data());
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;
@@ -180,76 +179,71 @@ void write_csv(const std::string& file, const Figures& one, const Figures& four)
 
 // Bars
 
-class Bars {
- public:
-  // Says whether the bar holds.
-  bool at_most(const std::string& what, double figure, double limit) {
-    print(what, figure, "at most", limit, figure <= limit);
-    return figure <= limit;
-  }
-  void at_least(const std::string& what, double figure, double limit) {
-    print(what, figure, "at least", limit, figure >= limit);
-  }
-  void note(bool holds, const std::string& text) {
-    std::printf("  %-14s %s\n", holds ? "holds" : "does not hold", text.c_str());
-  }
+const char* verdict(bool holds) {
+  return holds ? "holds" : "does not hold";
+}
 
- private:
-  static void print(const std::string& what, double figure, const char* bound, double limit,
-                    bool holds) {
-    std::printf("  %-14s %-66s %9.2f  %s %g\n", holds ? "holds" : "does not hold", what.c_str(),
-                figure, bound, limit);
-  }
-};
+void print_bar(const std::string& what, double figure, const char* bound, double limit,
+               bool holds) {
+  std::printf("  %-14s %-66s %9.2f  %s %g\n", verdict(holds), what.c_str(), figure, bound, limit);
+}
+
+// Says whether the bar holds.
+bool at_most(const std::string& what, double figure, double limit) {
+  const bool holds = figure <= limit;
+  print_bar(what, figure, "at most", limit, holds);
+  return holds;
+}
+
+void at_least(const std::string& what, double figure, double limit) {
+  print_bar(what, figure, "at least", limit, figure >= limit);
+}
 
 double best_figure(const Figures& figures, const std::string& rule) {
   const auto form = static_cast<std::size_t>(&bench::best_form(rule) - bench::yang_forms().data());
   return figures.forms.at(form).value_or(0);
 }
 
-void rule_bars(Bars& bars, const Figures& one, const Figures& four) {
+void rule_bars(const Figures& one, const Figures& four) {
   const auto rule = [&](const std::string& name, double limit, double limit_four) {
-    bars.at_least(name + ": YANG / commit", best_figure(one, name) / one.rules.at(name), limit);
-    bars.at_least(name + ", four cards", best_figure(four, name) / four.rules.at(name), limit_four);
+    at_least(name + ": YANG / commit", best_figure(one, name) / one.rules.at(name), limit);
+    at_least(name + ", four cards", best_figure(four, name) / four.rules.at(name), limit_four);
   };
-  bars.at_least("one service port, all its requests: YANG / commit",
-                one.list_forms / one.port_commit, 20);
-  bars.at_least("one service port, four cards", four.list_forms / four.port_commit, 30);
+  at_least("one service port, all its requests: YANG / commit", one.list_forms / one.port_commit,
+           20);
+  at_least("one service port, four cards", four.list_forms / four.port_commit, 30);
   rule("serial numbers unique on the card", 40, 200);
   rule("bandwidth of all links", 20, 20);
   rule("VLAN mappings per port", 1, 1);
-  bars.at_least("all rules at once: YANG / commit", one.all_forms / one.all_rules_commit, 50);
-  bars.at_least("all rules at once, four cards", four.all_forms / four.all_rules_commit, 150);
+  at_least("all rules at once: YANG / commit", one.all_forms / one.all_rules_commit, 50);
+  at_least("all rules at once, four cards", four.all_forms / four.all_rules_commit, 150);
 }
 
 // Gives the requests that grow by more.
-std::vector<std::string> growth_bars(Bars& bars, const Figures& one, const Figures& four) {
+std::vector<std::string> growth_bars(const Figures& one, const Figures& four) {
   std::vector<std::string> above;
   for (const auto& [name, time] : one.requests) {
-    if (!bars.at_most("growth of " + name, four.requests.at(name) / time, 4.5)) {
-      above.push_back(name);
-    }
+    if (!at_most("growth of " + name, four.requests.at(name) / time, 4.5)) above.push_back(name);
   }
   return above;
 }
 
-void print_bars(Bars& bars, const Figures& one, const Figures& four, const Memory& memory,
+void print_bars(const Figures& one, const Figures& four, const Memory& memory,
                 const Memory& memory_four) {
   std::puts("\nBars");
-  bars.at_most("one leaf: commit on four cards / on one", four.leaf_commit / one.leaf_commit, 1.2);
-  rule_bars(bars, one, four);
-  bars.at_most("whole commit of one service port, ms", one.port_commit, 10);
+  at_most("one leaf: commit on four cards / on one", four.leaf_commit / one.leaf_commit, 1.2);
+  rule_bars(one, four);
+  at_most("whole commit of one service port, ms", one.port_commit, 10);
   std::printf("  %-14s libyang's copy, validation and difference: %.1f (%.1f) ms\n", "",
               one.copy + one.validate + one.diff, four.copy + four.validate + four.diff);
-  bars.at_most("check of all service ports / bare loop", one.whole_list_check / one.bare_loop, 12);
-  bars.at_most("own steps of a one-leaf commit, ms", one.leaf_steps, 1);
-  bars.at_most("own steps of a one-leaf commit, four cards, ms", four.leaf_steps, 1);
-  bars.at_most("peak memory of gponval commit / libyang's of the same data",
-               memory.commit / memory.libyang, 2.5);
-  bars.at_most("peak memory, four cards", memory_four.commit / memory_four.libyang, 2.5);
-  bars.at_most("loading / libyang's reading and validating", one.load / one.parse_and_validate,
-               1.3);
-  bars.at_most("loading, four cards", four.load / four.parse_and_validate, 1.3);
+  at_most("check of all service ports / bare loop", one.whole_list_check / one.bare_loop, 12);
+  at_most("own steps of a one-leaf commit, ms", one.leaf_steps, 1);
+  at_most("own steps of a one-leaf commit, four cards, ms", four.leaf_steps, 1);
+  at_most("peak memory of gponval commit / libyang's of the same data",
+          memory.commit / memory.libyang, 2.5);
+  at_most("peak memory, four cards", memory_four.commit / memory_four.libyang, 2.5);
+  at_most("loading / libyang's reading and validating", one.load / one.parse_and_validate, 1.3);
+  at_most("loading, four cards", four.load / four.parse_and_validate, 1.3);
 }
 
 // Profiles
@@ -262,10 +256,10 @@ bool run_script(const std::string& script, const std::vector<std::string>& argum
   return std::system(command.c_str()) == 0;
 }
 
-void print_profiles(Bars& bars, const std::vector<std::string>& growing) {
+void print_profiles(const std::vector<std::string>& growing) {
   std::puts("\nInstructions of the check of all service ports");
   const bool holds = run_script("service_port_instructions", {SERVICE_PORT_BENCH});
-  bars.note(holds, "the plug-in's own code within 3 times the bare loop");
+  std::printf("  %-14s the plug-in's own code within 3 times the bare loop\n", verdict(holds));
   if (growing.empty()) return;
   std::puts("\nWhat grows by more than the bar: instructions, and misses of a 32 MB cache");
   std::vector<std::string> arguments{ONE_REQUEST};
@@ -306,11 +300,10 @@ void compare(const Options& options, const std::string& self) {
   std::puts("\nPeak memory");
   print_row("libyang holding the data", memory.libyang, memory_four.libyang, "MB");
   print_row("gponval commit", memory.commit, memory_four.commit, "MB");
-  Bars bars;
-  print_bars(bars, one, four, memory, memory_four);
-  const std::vector<std::string> growing = growth_bars(bars, one, four);
+  print_bars(one, four, memory, memory_four);
+  const std::vector<std::string> growing = growth_bars(one, four);
   if (!options.csv.empty()) write_csv(options.csv, one, four);
-  if (options.instructions) print_profiles(bars, growing);
+  if (options.instructions) print_profiles(growing);
 }
 
 }  // namespace

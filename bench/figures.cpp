@@ -21,14 +21,15 @@ const Request& request_named(const std::string& name) {
                        [&](const Request& request) { return request.name == name; });
 }
 
+std::string mapping_of(const std::string& port) {
+  return "<vlan-mapping><name>eth" + port + "</name><uni><ethernet>" + port +
+         "</ethernet></uni></vlan-mapping>";
+}
+
 // A new service profile with a mapping for each of four ports.
 Edit service_profile() {
   std::string mappings;
-  for (int port = 1; port <= 4; ++port) {
-    const std::string number = std::to_string(port);
-    mappings += "<vlan-mapping><name>eth" + number + "</name><uni><ethernet>" + number +
-                "</ethernet></uni></vlan-mapping>";
-  }
+  for (int port = 1; port <= 4; ++port) mappings += mapping_of(std::to_string(port));
   const auto profile = [](const std::string& attribute, const std::string& content) {
     return change("<profile><gpon><service-profile" + attribute + "><name>added</name>" + content +
                   "</service-profile></gpon></profile>");

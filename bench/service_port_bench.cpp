@@ -107,6 +107,7 @@ void global_validation(benchmark::State& state) {
 
 void bare_loop_over_array(benchmark::State& state) {
   std::vector<Port> ports;
+  ports.reserve(static_cast<std::size_t>(state.range(0)));
   for (int id = 0; id < state.range(0); ++id) ports.push_back(port_of(id));
   for ([[maybe_unused]] auto _ : state) {
     if (bare_loop(ports) != ports.size()) state.SkipWithError("a claim was taken twice");

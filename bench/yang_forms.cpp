@@ -173,23 +173,23 @@ const Form& best_form(const std::string& rule) {
 
 YangCard::YangCard(const std::vector<const char*>& modules, const std::string& text)
     : context_(nullptr, ly_ctx_destroy) {
-  ly_ctx* context = nullptr;
-  if (ly_ctx_new(TARND_MODEL_DIR, LY_CTX_NO_YANGLIBRARY, &context) != LY_SUCCESS) {
+  ly_ctx* new_context = nullptr;
+  if (ly_ctx_new(TARND_MODEL_DIR, LY_CTX_NO_YANGLIBRARY, &new_context) != LY_SUCCESS) {
     throw std::runtime_error("cannot read the model's folder");
   }
-  context_.reset(context);
-  ly_ctx_set_searchdir(context, YANG_RULES_DIR);
-  ly_ctx_set_searchdir(context, WRITTEN_RULES_DIR);
+  context_.reset(new_context);
+  ly_ctx_set_searchdir(new_context, YANG_RULES_DIR);
+  ly_ctx_set_searchdir(new_context, WRITTEN_RULES_DIR);
   std::vector<const char*> names{"base"};
   names.insert(names.end(), modules.begin(), modules.end());
   for (const char* name : names) {
-    if (ly_ctx_load_module(context, name, nullptr, nullptr) == nullptr) {
-      throw std::runtime_error("cannot load " + std::string(name) + ": " + last_error(context));
+    if (ly_ctx_load_module(new_context, name, nullptr, nullptr) == nullptr) {
+      throw std::runtime_error("cannot load " + std::string(name) + ": " + last_error(new_context));
     }
   }
-  if (lyd_parse_data_mem(context, text.c_str(), LYD_XML, LYD_PARSE_ONLY | LYD_PARSE_STRICT, 0,
+  if (lyd_parse_data_mem(new_context, text.c_str(), LYD_XML, LYD_PARSE_ONLY | LYD_PARSE_STRICT, 0,
                          &tree_) != LY_SUCCESS) {
-    throw std::runtime_error("cannot read the card: " + last_error(context));
+    throw std::runtime_error("cannot read the card: " + last_error(new_context));
   }
 }
 

@@ -16,6 +16,12 @@ std::string symbol_of(std::string_view prefix, std::string_view name) {
   return symbol;
 }
 
+[[noreturn]] void fail_on_same_symbol(const std::string& earlier, const std::string& name,
+                                      const std::string& symbol) {
+  throw std::runtime_error("the names " + earlier + " and " + name + " have the same symbol " +
+                           symbol);
+}
+
 void check_known_names(const NameNumbers& numbers, const std::set<std::string>& names) {
   for (const auto& [name, number] : numbers.known()) {
     if (!names.contains(name)) {
@@ -45,10 +51,7 @@ std::string base_header(NameNumbers numbers, std::string_view prefix,
     numbers.add(name);
     const std::string symbol = symbol_of(prefix, name);
     const auto [entry, inserted] = symbols.emplace(symbol, name);
-    if (!inserted) {
-      throw std::runtime_error("the names " + entry->second + " and " + name +
-                               " have the same symbol " + symbol);
-    }
+    if (!inserted) fail_on_same_symbol(entry->second, name, symbol);
     text << "#define " << symbol << " " << numbers.number(name) << "\n";
   }
   return text.str();

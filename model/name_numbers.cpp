@@ -77,21 +77,21 @@ void NameNumbers::read(std::istream& lines, std::string_view source) {
     if (words.empty()) continue;
     if (words.size() != 3) fail_at(source, line_number, "kind, name and number are expected");
 
-    const std::optional<std::uint32_t> number = parse_number(words[2]);
-    if (!number) fail_at(source, line_number, "\"" + words[2] + "\" is not a number of 31 bits");
-    if (const std::string* other = name_of(*number)) {
+    const std::optional<std::uint32_t> parsed = parse_number(words[2]);
+    if (!parsed) fail_at(source, line_number, "\"" + words[2] + "\" is not a number of 31 bits");
+    if (const std::string* other = name_of(*parsed)) {
       fail_at(source, line_number, words[1] + " and " + *other + " have the same number");
     }
-    names_.emplace(*number, words[1]);
+    names_.emplace(*parsed, words[1]);
 
     if (words[0] == "name") {
-      if (!known_.emplace(words[1], *number).second) {
+      if (!known_.emplace(words[1], *parsed).second) {
         fail_at(source, line_number, words[1] + " stands here twice");
       }
     } else if (words[0] == "namespace") {
       if (!namespace_uri_.empty()) fail_at(source, line_number, "a second namespace");
       namespace_uri_ = words[1];
-      namespace_number_ = *number;
+      namespace_number_ = *parsed;
     } else {
       fail_at(source, line_number, "\"" + words[0] + "\" is neither namespace nor name");
     }
@@ -102,8 +102,8 @@ void NameNumbers::read(std::istream& lines, std::string_view source) {
 }
 
 std::uint32_t NameNumbers::number(std::string_view name) const {
-  const auto known = known_.find(name);
-  return known == known_.end() ? hash_of(name) : known->second;
+  const auto found = known_.find(name);
+  return found == known_.end() ? hash_of(name) : found->second;
 }
 
 void NameNumbers::add(const std::string& name) {

@@ -31,9 +31,9 @@ const unsigned char* bytes_of(std::string_view text) {
 
 // The first half is the cipher's key, the second one the key of the IVs.
 std::array<unsigned char, SHA256_DIGEST_LENGTH> make_keys() {
-  std::array<unsigned char, SHA256_DIGEST_LENGTH> keys = {};
-  SHA256(bytes_of(kKeyLabel), kKeyLabel.size(), keys.data());
-  return keys;
+  std::array<unsigned char, SHA256_DIGEST_LENGTH> digest = {};
+  SHA256(bytes_of(kKeyLabel), kKeyLabel.size(), digest.data());
+  return digest;
 }
 
 const std::array<unsigned char, SHA256_DIGEST_LENGTH>& keys() {

@@ -48,6 +48,15 @@ std::string report_line(const std::string& label, const std::string& leaf_name,
   return label + " " + leaf_name + ": [" + value + "]\n";
 }
 
+std::string credentials_prefix(const std::string& onus_path, const std::string& onu) {
+  return onus_path + "{" + onu + "}/auth-method/";
+}
+
+std::string onus_path_of(const std::string& list_path, const std::string& slot,
+                         const std::string& port) {
+  return list_path + "{1 " + slot + " " + port + "}/onu";
+}
+
 /// The credentials of all ONUs of one interface.
 void collect_onus(int sock, confd_trans_ctx* tctx, const std::string& onus_path,
                   const std::string& interface_key, int auth_method, Credentials& passwords,
@@ -55,7 +64,7 @@ void collect_onus(int sock, confd_trans_ctx* tctx, const std::string& onus_path,
   valid::Cursor onus(sock, tctx, "%s", onus_path.c_str());
   while (onus.next()) {
     const std::string onu = valid::value_text(&onus.entry().keys[0]);
-    const std::string prefix = onus_path + "{" + onu + "}/auth-method/";
+    const std::string prefix = credentials_prefix(onus_path, onu);
     ProfileOnuSerialPassword(sock, tctx, &passwords, interface_key, onu, prefix, kPassword,
                              auth_method, kInterfaceLabel);
     ProfileOnuSerialPassword(sock, tctx, &serials, interface_key, onu, prefix, kSerialNumber,
@@ -127,7 +136,7 @@ void CheckOnuPwdAndSn(int sock, confd_trans_ctx* tctx, const std::string& listPa
     const int slot_key = std::max(entry.n - 2, 0);
     firstKeyText = valid::value_text(&entry.keys[slot_key]);
     const std::string port = valid::value_text(&entry.keys[slot_key + 1]);
-    const std::string onus_path = interfacePath + "{1 " + firstKeyText + " " + port + "}/onu";
+    const std::string onus_path = onus_path_of(interfacePath, firstKeyText, port);
 
     Credentials passwords;
     collect_onus(sock, tctx, onus_path, port, authMethod, passwords, *serials);
@@ -135,9 +144,12 @@ void CheckOnuPwdAndSn(int sock, confd_trans_ctx* tctx, const std::string& listPa
   }
 }
 
+// The plug-in exports these two functions with a label by value and with credentials that could be
+// changed.
 void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* credentials,
                               const std::string& interfaceKey, const std::string& onuId,
                               const std::string& leafPrefix, const std::string& leafName,
+                              // cppcheck-suppress passedByValue ; NOLINTNEXTLINE(performance-*)
                               const int& authMethod, std::string interfaceLabel) {
   if (!counts(leafName, authMethod)) {
     return;
@@ -155,6 +167,7 @@ void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* cred
   credentials->emplace(std::move(value), interfaceLabel + " " + interfaceKey + " onu " + onuId);
 }
 
+// cppcheck-suppress constParameter
 void evaluateOnuSerialPassword(std::stringstream& report, Credentials& credentials,
                                const std::string& leafName, std::int32_t* result) {
   std::string previous_value;

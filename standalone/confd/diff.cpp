@@ -88,7 +88,7 @@ class DiffWalk {
   Iterator iterator_;
   void* state_;
   std::vector<const lyd_node*> trail_;  ///< from the root to the parent of the visited node
-  confd_hkeypath_t keypath_;
+  confd_hkeypath_t keypath_{};
   bool failed_ = false;
 };
 

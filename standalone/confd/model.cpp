@@ -25,24 +25,24 @@ NameNumbers read_numbers(const store::Schema& schema) {
 
 Model::Model(const store::Schema& schema) : schema_(schema), numbers_(read_numbers(schema)) {
   nodes_.reserve(schema.nodes().size());
-  for (const store::SchemaNode& node : schema.nodes()) {
-    numbers_.add(node.name);
+  for (const store::SchemaNode& schema_node : schema.nodes()) {
+    numbers_.add(schema_node.name);
     ModelNode& added = nodes_.emplace_back();
-    added.schema = &node;
-    added.lysc = node.lysc;
-    added.name = node.name;
-    added.number = numbers_.number(node.name);
-    added.type.leaf = &node;
+    added.schema = &schema_node;
+    added.lysc = schema_node.lysc;
+    added.name = schema_node.name;
+    added.number = numbers_.number(schema_node.name);
+    added.type.leaf = &schema_node;
     added.cs.tag = added.number;
     added.cs.ns = numbers_.namespace_number();
-    added.cs.info.type = node.value != store::ValueKind::kNone ? &added.type : nullptr;
+    added.cs.info.type = schema_node.value != store::ValueKind::kNone ? &added.type : nullptr;
     added.cs.opaque = &added;
   }
-  for (ModelNode& node : nodes_) {
-    confd_cs_node** link = &node.cs.children;
-    for (const store::SchemaNode* child : node.schema->children) {
+  for (ModelNode& parent : nodes_) {
+    confd_cs_node** link = &parent.cs.children;
+    for (const store::SchemaNode* child : parent.schema->children) {
       confd_cs_node& cs = nodes_[child->position].cs;
-      cs.parent = &node.cs;
+      cs.parent = &parent.cs;
       *link = &cs;
       link = &cs.next;
     }

@@ -25,6 +25,7 @@ using KeypathAndValue = std::remove_pointer_t<decltype(Row::kv)>;
 
 // A chunk with the memory of everything in it.
 struct Chunk : confd_query_result {
+  // cppcheck-suppress uninitDerivedMemberVar ; the parentheses make all of it zero
   Chunk() : confd_query_result() {}
   Chunk(const Chunk&) = delete;
   Chunk& operator=(const Chunk&) = delete;

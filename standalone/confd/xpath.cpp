@@ -171,10 +171,10 @@ std::optional<std::string> XPath::count(const std::string& path, std::size_t fou
 // libyang tells the value of a condition only. A truth value is what is equal to one both as a
 // text and as a number.
 std::optional<std::string> XPath::truth_value(const std::string& expression) {
-  const std::string text = "string(" + expression + ")=";
-  const std::string number = " and number(" + expression + ")=";
-  if (holds(text + "'true'" + number + "1") == true) return "true";
-  if (holds(text + "'false'" + number + "0") == true) return "false";
+  const std::string as_text = "string(" + expression + ")=";
+  const std::string as_number = " and number(" + expression + ")=";
+  if (holds(as_text + "'true'" + as_number + "1") == true) return "true";
+  if (holds(as_text + "'false'" + as_number + "0") == true) return "false";
   error_ = "neither a node set, nor its count, nor a truth value";
   return std::nullopt;
 }

@@ -229,6 +229,8 @@ void Datastore::load(const std::string& text, Format format) {
   keeper_->unordered_lists.merge(unordered);
 }
 
+// Asked of the store as its entries are: callers need not know which reads do without the indexes.
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static)
 lyd_node* Datastore::child(const lyd_node* parent, const SchemaNode& node) const {
   if (node.is_key()) {
     // Keys come first in an entry and are few.
@@ -260,6 +262,7 @@ std::span<lyd_node* const> Datastore::entries(const lyd_node* parent,
   return keeper_->indexes.of(parent, list).ordered();
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): as child()
 std::vector<lyd_node*> Datastore::leaf_list(const lyd_node* parent, const SchemaNode& node) const {
   std::vector<lyd_node*> values;
   for (lyd_node* value = lyd_child(parent); value != nullptr; value = value->next) {

@@ -8,6 +8,7 @@ bool same_instance(const lyd_node* left, const lyd_node* right) {
   if (left->schema != right->schema) return false;
   if ((left->schema->nodetype & (LYS_LIST | LYS_LEAFLIST)) == 0) return true;
   if (left->schema->nodetype == LYS_LEAFLIST) return value_text(left) == value_text(right);
+  // NOLINTNEXTLINE(readability-suspicious-call-argument): both ways round
   return !key_less(left, right) && !key_less(right, left);
 }
 
@@ -33,13 +34,13 @@ EditRecord* EditLog::track(lyd_node* node) {
     return root_record_.get();
   }
   EditRecord* parent = track(&node->parent->node);
-  return parent != nullptr ? add(*parent, node, node) : nullptr;
+  return parent != nullptr ? add(*parent, schema_of(node), node, node) : nullptr;
 }
 
-EditRecord* EditLog::add(EditRecord& parent, lyd_node* before, lyd_node* after) {
-  const lyd_node* node = after != nullptr ? after : before;
+EditRecord* EditLog::add(EditRecord& parent, const SchemaNode& schema, lyd_node* before,
+                         lyd_node* after) {
   parent.children.push_back(
-      std::make_unique<EditRecord>(EditRecord{&schema_of(node), &parent, before, after, {}}));
+      std::make_unique<EditRecord>(EditRecord{&schema, &parent, before, after, {}}));
   EditRecord* record = parent.children.back().get();
   if (after != nullptr) by_node_[after] = record;
   return record;
@@ -58,7 +59,7 @@ void EditLog::insert(lyd_node* parent, lyd_node* node) {
     gone_.erase(at);
     return;
   }
-  add(*parent_record, nullptr, node);
+  add(*parent_record, schema_of(node), nullptr, node);
 }
 
 void EditLog::remove(lyd_node* node) {
@@ -66,6 +67,7 @@ void EditLog::remove(lyd_node* node) {
   EditRecord* record = record_of(node);
   if (record != nullptr && record->tracked()) {
     // What is kept aside is the node as it was before all edits.
+    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 does not compile libstdc++'s reversed views
     for (auto child = record->children.rbegin(); child != record->children.rend(); ++child) {
       undo(**child, node);
     }
@@ -77,7 +79,7 @@ void EditLog::remove(lyd_node* node) {
     keeper_.free(node);
     return;
   }
-  if (record == nullptr) record = add(*parent_record, node, nullptr);
+  if (record == nullptr) record = add(*parent_record, schema_of(node), node, nullptr);
   if (record->before != node) keeper_.free(node);
   record->after = nullptr;
   if (record->before != nullptr) gone_.emplace(record->before->hash, record);
@@ -132,7 +134,7 @@ void EditLog::undo() {
 }
 
 void EditLog::keep(EditRecord& record) {
-  for (auto& child : record.children) keep(*child);
+  for (const auto& child : record.children) keep(*child);
   if (record.before != nullptr && !record.tracked()) keeper_.free(record.before);
 }
 

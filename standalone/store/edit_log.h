@@ -50,7 +50,7 @@ class EditLog {
 
  private:
   EditRecord* track(lyd_node* node);
-  EditRecord* add(EditRecord& parent, lyd_node* before, lyd_node* after);
+  EditRecord* add(EditRecord& parent, const SchemaNode& schema, lyd_node* before, lyd_node* after);
   void undo(EditRecord& record, lyd_node* parent);
   void forget_gone(const EditRecord& record);
   void keep(EditRecord& record);

@@ -75,14 +75,15 @@ void ListIndex::erase(lyd_node* entry) {
 ListIndex* IndexSet::made(const lyd_node* parent, const SchemaNode& list) {
   const auto lists = by_parent_.find(parent);
   if (lists == by_parent_.end()) return nullptr;
-  for (auto& [schema, index] : lists->second) {
-    if (schema == &list) return &index;
+  for (auto& entry : lists->second) {
+    if (entry.first == &list) return &entry.second;
   }
   return nullptr;
 }
 
 ListIndex& IndexSet::of(const lyd_node* parent, const SchemaNode& list) {
-  if (ListIndex* index = made(parent, list); index != nullptr) return *index;
+  ListIndex* const index = made(parent, list);
+  if (index != nullptr) return *index;
   return by_parent_[parent].emplace_back(&list, ListIndex(parent, list)).second;
 }
 

@@ -170,18 +170,18 @@ bool SchemaNode::is_key() const {
 Schema::Schema(const std::filesystem::path& model_dir) : context_(nullptr, ly_ctx_destroy) {
   // libyang would print what it thinks; its words belong into our own errors.
   ly_log_options(LY_LOSTORE);
-  ly_ctx* context = nullptr;
+  ly_ctx* new_context = nullptr;
   const auto options = static_cast<std::uint16_t>(LY_CTX_NO_YANGLIBRARY | LY_CTX_SET_PRIV_PARSED |
                                                   LY_CTX_DISABLE_SEARCHDIR_CWD);
-  if (ly_ctx_new(model_dir.c_str(), options, &context) != LY_SUCCESS) {
+  if (ly_ctx_new(model_dir.c_str(), options, &new_context) != LY_SUCCESS) {
     throw InputError("cannot read the model's folder " + model_dir.string());
   }
-  context_.reset(context);
+  context_.reset(new_context);
   for (const char* name : {kEditModule, kModule}) {
-    module_ = ly_ctx_load_module(context, name, nullptr, nullptr);
+    module_ = ly_ctx_load_module(new_context, name, nullptr, nullptr);
     if (module_ == nullptr) {
       throw InputError("cannot load the model " + std::string(name) + ".yang from " +
-                       model_dir.string() + ": " + take_libyang_error(context));
+                       model_dir.string() + ": " + take_libyang_error(new_context));
     }
   }
   add(module_->compiled->data, nullptr);
@@ -189,7 +189,7 @@ Schema::Schema(const std::filesystem::path& model_dir) : context_(nullptr, ly_ct
   root_ = &nodes_.front();
 
   // From here on a node of the model leads to ours.
-  ly_ctx_unset_options(context, LY_CTX_SET_PRIV_PARSED);
+  ly_ctx_unset_options(new_context, LY_CTX_SET_PRIV_PARSED);
   for (SchemaNode& node : nodes_) const_cast<lysc_node*>(node.lysc)->priv = &node;
 }
 

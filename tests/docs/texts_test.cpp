@@ -71,9 +71,9 @@ std::vector<Source> sources() {
 CodeTexts texts_of(const std::vector<Source>& all) {
   CodeTexts texts;
   for (const Source& source : all) {
-    const auto& [sentences, words] = source.texts;
-    texts.sentences.insert(texts.sentences.end(), sentences.begin(), sentences.end());
-    texts.words.insert(words.begin(), words.end());
+    const CodeTexts& more = source.texts;
+    texts.sentences.insert(texts.sentences.end(), more.sentences.begin(), more.sentences.end());
+    texts.words.insert(more.words.begin(), more.words.end());
   }
   return texts;
 }

@@ -302,7 +302,7 @@ class FailureInjection : public CardTest, public testing::WithParamInterface<Val
   Outcome fail_once(std::size_t nth, PlatformCall failing) {
     ValidationSession& session = open_validation();
     fail_nth(nth);
-    const Outcome outcome = ask(session);
+    Outcome outcome = ask(session);
     set_call_hook({});
     const ValidationSession::OpenResources left = session.open_resources();
     EXPECT_EQ(left.configuration_sessions, 0);

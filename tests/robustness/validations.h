@@ -40,6 +40,7 @@ struct Outcome {
   int result = 0;
   std::string text;  ///< empty where none was set
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the zero is the compiler's
   friend auto operator<=>(const Outcome&, const Outcome&) = default;
   friend std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
     return out << outcome.result << " \"" << outcome.text << '"';

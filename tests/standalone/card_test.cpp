@@ -22,8 +22,7 @@ class CardFileTest : public ::testing::Test {
   void SetUp() override {
     std::string name = ::testing::TempDir() + "card-XXXXXX";
     const int descriptor = mkstemp(name.data());
-    ASSERT_GE(descriptor, 0);
-    close(descriptor);
+    ASSERT_EQ(close(descriptor), 0);
     file_ = name;
   }
   void TearDown() override { std::filesystem::remove(file_); }

@@ -159,20 +159,21 @@ TEST_F(ConfdCursor, BatchesFollowEachOtherUntilTheListEnds) {
             CONFD_OK);
   int count = 64;
   const int size = 20;
-  EXPECT_GT(maapi_get_objects(&cursor, room_for(64 * size), size, &count), 0);
+  const std::size_t room = 1280;  // for 64
+  EXPECT_GT(maapi_get_objects(&cursor, room_for(room), size, &count), 0);
   EXPECT_EQ(count, 64);
   EXPECT_EQ(cursor.n, 1);
   EXPECT_EQ(printed(cursor.keys[0]), "64");
-  EXPECT_EQ(printed(values_[63 * size]), "64");
+  EXPECT_EQ(printed(values_[room - size]), "64");
 
-  EXPECT_GT(maapi_get_objects(&cursor, room_for(64 * size), size, &count), 0);
+  EXPECT_GT(maapi_get_objects(&cursor, room_for(room), size, &count), 0);
   EXPECT_EQ(count, 1);
   EXPECT_EQ(cursor.n, 0);
   EXPECT_EQ(printed(values_[0]), "65");
   EXPECT_EQ(printed(values_[size]), "99");
 
   count = 64;
-  EXPECT_EQ(maapi_get_objects(&cursor, room_for(64 * size), size, &count), 0);
+  EXPECT_EQ(maapi_get_objects(&cursor, room_for(room), size, &count), 0);
   EXPECT_EQ(count, 0);
   EXPECT_EQ(cursor.n, 0);
   maapi_destroy_cursor(&cursor);
@@ -197,7 +198,7 @@ TEST_F(ConfdCursor, ObjectsGoOnWhereTheStepsStopped) {
   ASSERT_EQ(maapi_init_cursor(sock(), th(), &cursor, "/config/service-port"), CONFD_OK);
   EXPECT_EQ(maapi_get_next(&cursor), CONFD_OK);
   int count = 5;
-  EXPECT_EQ(maapi_get_objects(&cursor, room_for(5 * 26), 26, &count), 26);
+  EXPECT_EQ(maapi_get_objects(&cursor, room_for(130), 26, &count), 26);
   EXPECT_EQ(count, 1);
   EXPECT_EQ(printed(values_[0]), "100");
   maapi_destroy_cursor(&cursor);

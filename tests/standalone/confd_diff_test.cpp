@@ -22,14 +22,15 @@ std::string_view name_of(maapi_iter_op op) {
   return kNames[op];
 }
 
+// cppcheck-suppress constParameter ; the iteration's type of function
 maapi_iter_ret note(confd_hkeypath_t* keypath, maapi_iter_op op, confd_value_t* oldv,
                     confd_value_t* newv, void* state) {
   auto& report = *static_cast<Report*>(state);
   char path[256];
-  char value[64];
   confd_pp_kpath(path, sizeof path, keypath);
   std::string line = std::string(name_of(op)) + " " + path;
   if (newv != nullptr) {
+    char value[64];
     confd_pp_value(value, sizeof value, newv);
     line += std::string(" = ") + value;
   }

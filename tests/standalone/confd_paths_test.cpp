@@ -14,7 +14,7 @@ class ConfdPaths : public ConfdTest {
     CONFD_SET_UINT32(&link_[2], 3);
   }
 
-  confd_value_t text_value(const char* text) {
+  static confd_value_t text_value(const char* text) {
     confd_value_t value;
     CONFD_SET_BUF(&value, reinterpret_cast<unsigned char*>(const_cast<char*>(text)),
                   static_cast<unsigned int>(std::strlen(text)));
@@ -40,7 +40,7 @@ class ConfdPaths : public ConfdTest {
     return path;
   }
 
-  confd_value_t link_[3];
+  confd_value_t link_[3]{};
 };
 
 TEST_F(ConfdPaths, NumbersAndTextsAsInPrintf) {

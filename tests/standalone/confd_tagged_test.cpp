@@ -148,7 +148,7 @@ TEST_F(ConfdTagged, StructureMustBeClosedByWhatBegan) {
   expect_error(CONFD_ERR_BADPATH);
   values_.clear();
   leaf("upstream-rate");
-  CONFD_SET_UINT32(CONFD_GET_TAG_VALUE(&values_[0]), 1);
+  CONFD_SET_UINT32(CONFD_GET_TAG_VALUE(values_.data()), 1);
   EXPECT_EQ(read("/config/service-port{7}"), CONFD_ERR);
   expect_error(CONFD_ERR_BADTYPE);
 }

@@ -240,10 +240,10 @@ TEST_F(ConfdValues, SchemaNodesAreFoundByPathsWithAndWithoutKeys) {
   EXPECT_STREQ(confd_hash2str(port->children->tag), "id");
   EXPECT_STREQ(confd_hash2str(port->children->next->tag), "xgspon");
 
-  confd_cs_node* gem = confd_cs_node_cd(port, "gpon/onu/gem/gem-id");
-  ASSERT_NE(gem, nullptr);
-  EXPECT_EQ(gem->tag, 730022296U);
-  EXPECT_NE(gem->info.type, nullptr);
+  confd_cs_node* gem_id = confd_cs_node_cd(port, "gpon/onu/gem/gem-id");
+  ASSERT_NE(gem_id, nullptr);
+  EXPECT_EQ(gem_id->tag, 730022296U);
+  EXPECT_NE(gem_id->info.type, nullptr);
 
   EXPECT_EQ(confd_cs_node_cd(nullptr, "/config/nothing"), nullptr);
   EXPECT_EQ(confd_cs_node_cd(port, "nothing"), nullptr);
@@ -289,9 +289,9 @@ TEST_F(ConfdValues, TextsBecomeValuesOfTheirLeafsTypes) {
   EXPECT_EQ(parsed("/config/interface/gpon/onu/ip-host/address", "10.0.0.1/8"), "48 10.0.0.1/8");
   EXPECT_EQ(parsed("/config/interface/gpon/onu/ip-host/address", "10.0.0.1"), "nothing");
   EXPECT_EQ(parsed("/config/gpon/rg-one-shot-prov", ""), "2 rg-one-shot-prov");
-  const char* password = "/config/profile/gpon/tr069-acs-profile/password";
-  EXPECT_THAT(parsed(password, "$0$secret"), testing::StartsWith("5 $8$"));
-  EXPECT_EQ(parsed(password, "$0$secret"), parsed(password, "$0$secret"));
+  const char* leaf = "/config/profile/gpon/tr069-acs-profile/password";
+  EXPECT_THAT(parsed(leaf, "$0$secret"), testing::StartsWith("5 $8$"));
+  EXPECT_EQ(parsed(leaf, "$0$secret"), parsed(leaf, "$0$secret"));
 }
 
 TEST_F(ConfdValues, NoValueHoldsANulByte) {

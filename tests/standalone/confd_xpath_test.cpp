@@ -20,7 +20,7 @@ class ConfdXPath : public ConfdTest {
       EXPECT_EQ(result, nullptr);
       return "error";
     }
-    const std::string text = result;
+    std::string text = result;
     std::free(result);
     return text;
   }

@@ -174,7 +174,7 @@ TEST(NameNumbersTest, BadKnownNumbersAreRefusedWithTheirLine) {
 }
 
 TEST(NameNumbersTest, UnreadableFileIsAnError) {
-  EXPECT_THAT(error_of([] { NameNumbers("no-such-folder/known-numbers.txt"); }),
+  EXPECT_THAT(error_of([] { const NameNumbers unread("no-such-folder/known-numbers.txt"); }),
               AllOf(HasSubstr("no-such-folder/known-numbers.txt"), HasSubstr("cannot be read")));
 }
 

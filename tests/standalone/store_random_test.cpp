@@ -43,9 +43,9 @@ class RandomEdits {
     std::string text =
         "<service-port" + operation(editing) + "><id>" + std::to_string(id) + "</id>";
     if (one_in(2)) {
-      const std::string link = one_in(2) ? "gpon" : "xgspon";
-      text += "<" + link + operation(editing) + ">" + leaf("id", number(), editing) + "<onu>" +
-              leaf("id", number(), editing) + "</onu></" + link + ">";
+      const std::string branch = one_in(2) ? "gpon" : "xgspon";
+      text += "<" + branch + operation(editing) + ">" + leaf("id", number(), editing) + "<onu>" +
+              leaf("id", number(), editing) + "</onu></" + branch + ">";
     }
     return text + leaf("upstream-rate", number(), editing) + "</service-port>";
   }

@@ -10,7 +10,7 @@
 namespace tarnd::test {
 
 /// Puts the other branch into a port's entry, past the model's choice.
-inline void add_xgspon_branch(ValidationSession& session, const char* id) {
+inline void add_xgspon_branch(const ValidationSession& session, const char* id) {
   lyd_node* entry = nullptr;
   LYD_TREE_DFS_BEGIN(session.transaction().datastore().root(), entry) {
     if (std::strcmp(entry->schema->name, "service-port") == 0 &&

@@ -266,7 +266,7 @@ class ProfileValues {
     for (confd_value_t& value : values_) {
       CONFD_SET_XMLTAG(&value, 1, 1);
     }
-    CONFD_SET_BUF(&values_[0], reinterpret_cast<unsigned char*>(strdup("bw")), 2);
+    CONFD_SET_BUF(values_.data(), reinterpret_cast<unsigned char*>(strdup("bw")), 2);
     for (const int position : {3, 5, 7, 8, 10, 12, 13, 14}) {
       CONFD_SET_UINT32(&values_.at(static_cast<std::size_t>(position)),
                        static_cast<std::uint32_t>(position * 100));
@@ -275,7 +275,7 @@ class ProfileValues {
   ProfileValues(const ProfileValues&) = delete;
   ProfileValues& operator=(const ProfileValues&) = delete;
   ~ProfileValues() {
-    if (!released_) confd_free_value(&values_[0]);
+    if (!released_) confd_free_value(values_.data());
   }
 
   ProfileValues& without(const std::vector<std::size_t>& positions) {
@@ -353,15 +353,15 @@ TEST_F(BwModelDeathTest, AValueOfAnotherTypeIsImpossible) {
   };
   const std::vector<std::size_t> up_to_4{3, 5, 7, 8, 10};
   const std::vector<Row> rows{
-      {{}, 0, "\\(&values\\[BW_CONFD_VAL_OFFSET_NAME\\]\\)->type == C_BUF"},
-      {{}, 3, "\\(&values\\[BW_CONFD_VAL_OFFSET_FX_T1\\]\\)->type == C_UINT32"},
-      {{3}, 5, "\\(&values\\[BW_CONFD_VAL_OFFSET_AS_T2\\]\\)->type == C_UINT32"},
-      {{3, 5}, 7, "\\(&values\\[BW_CONFD_VAL_OFFSET_AS_T3\\]\\)->type == C_UINT32"},
-      {{3, 5}, 8, "\\(&values\\[BW_CONFD_VAL_OFFSET_MX_T3\\]\\)->type == C_UINT32"},
-      {{3, 5, 7}, 10, "\\(&values\\[BW_CONFD_VAL_OFFSET_MX_T4\\]\\)->type == C_UINT32"},
-      {up_to_4, 12, "\\(&values\\[BW_CONFD_VAL_OFFSET_FX_T5\\]\\)->type == C_UINT32"},
-      {up_to_4, 13, "\\(&values\\[BW_CONFD_VAL_OFFSET_AS_T5\\]\\)->type == C_UINT32"},
-      {up_to_4, 14, "\\(&values\\[BW_CONFD_VAL_OFFSET_MX_T5\\]\\)->type == C_UINT32"},
+      {{}, 0, R"(\(&values\[BW_CONFD_VAL_OFFSET_NAME\]\)->type == C_BUF)"},
+      {{}, 3, R"(\(&values\[BW_CONFD_VAL_OFFSET_FX_T1\]\)->type == C_UINT32)"},
+      {{3}, 5, R"(\(&values\[BW_CONFD_VAL_OFFSET_AS_T2\]\)->type == C_UINT32)"},
+      {{3, 5}, 7, R"(\(&values\[BW_CONFD_VAL_OFFSET_AS_T3\]\)->type == C_UINT32)"},
+      {{3, 5}, 8, R"(\(&values\[BW_CONFD_VAL_OFFSET_MX_T3\]\)->type == C_UINT32)"},
+      {{3, 5, 7}, 10, R"(\(&values\[BW_CONFD_VAL_OFFSET_MX_T4\]\)->type == C_UINT32)"},
+      {up_to_4, 12, R"(\(&values\[BW_CONFD_VAL_OFFSET_FX_T5\]\)->type == C_UINT32)"},
+      {up_to_4, 13, R"(\(&values\[BW_CONFD_VAL_OFFSET_AS_T5\]\)->type == C_UINT32)"},
+      {up_to_4, 14, R"(\(&values\[BW_CONFD_VAL_OFFSET_MX_T5\]\)->type == C_UINT32)"},
   };
   for (const Row& row : rows) {
     EXPECT_DEATH(ProfileValues().without(row.absent).spoil(row.spoiled).load(), row.assertion);

@@ -222,10 +222,10 @@ TEST_F(FecConfirmDeathTest, AKeypathOfOtherTypesEndsTheProcess) {
     int key;
     std::string assertion;
   } cases[] = {
-      {0, 0, "\\(&\\(keypath->v\\[0\\]\\[0\\]\\)\\)->type == C_XMLTAG"},
-      {1, 1, "\\(&keypath->v\\[1\\]\\[1\\]\\)->type == C_UINT32"},
-      {1, 2, "\\(&keypath->v\\[1\\]\\[2\\]\\)->type == C_UINT32"},
-      {2, 0, "\\(&keypath->v\\[2\\]\\[0\\]\\)->type == C_XMLTAG"},
+      {0, 0, R"(\(&\(keypath->v\[0\]\[0\]\)\)->type == C_XMLTAG)"},
+      {1, 1, R"(\(&keypath->v\[1\]\[1\]\)->type == C_UINT32)"},
+      {1, 2, R"(\(&keypath->v\[1\]\[2\]\)->type == C_UINT32)"},
+      {2, 0, R"(\(&keypath->v\[2\]\[0\]\)->type == C_XMLTAG)"},
   };
   for (const auto& example : cases) {
     confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 1, 3);

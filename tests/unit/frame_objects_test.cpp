@@ -30,7 +30,7 @@ std::string bandwidth_profiles(int count) {
 class Objects : public CardTest {
  protected:
   /// The sizes of the batches, up to and with the one that is 0 or -1.
-  std::vector<int> batches(ConfdGetObjsItf& reader) {
+  static std::vector<int> batches(ConfdGetObjsItf& reader) {
     std::vector<int> sizes;
     do {
       sizes.push_back(reader.getObjects());

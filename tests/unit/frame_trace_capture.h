@@ -46,8 +46,7 @@ class TraceCapture {
     const std::vector<std::string>& all = records();
     return std::any_of(all.begin(), all.end(), [&](const std::string& record) {
       const std::size_t text_at = record.find(' ', record.find(".cpp:")) + 1;
-      return record.rfind(level + " ", 0) == 0 &&
-             record.compare(text_at, std::string::npos, text) == 0;
+      return record.rfind(level + " ", 0) == 0 && record.substr(text_at) == text;
     });
   }
 

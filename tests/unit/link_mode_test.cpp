@@ -188,9 +188,9 @@ TEST_F(LinkModeDeathTest, KeysThatAreNoNumbersEndTheProcess) {
   open();
   confd_value_t gpon = mode_value(0);
   const std::array<std::string, 3> assertions{
-      "\\(&keypath->v\\[1\\]\\[0\\]\\)->type == C_UINT32",
-      "\\(&keypath->v\\[1\\]\\[1\\]\\)->type == C_UINT32",
-      "\\(&keypath->v\\[1\\]\\[2\\]\\)->type == C_UINT32",
+      R"(\(&keypath->v\[1\]\[0\]\)->type == C_UINT32)",
+      R"(\(&keypath->v\[1\]\[1\]\)->type == C_UINT32)",
+      R"(\(&keypath->v\[1\]\[2\]\)->type == C_UINT32)",
   };
   for (std::size_t key = 0; key < assertions.size(); ++key) {
     confd_hkeypath_t keypath = mode_keypath(1, 1, 3);

@@ -18,7 +18,6 @@ namespace {
 
 constexpr const char* kSwitchRequest = "one_shot_prov_check";
 constexpr const char* kRgRequest = "rg_prof_one_shot_check";
-constexpr const char* kCards = "/config/gpon";
 constexpr const char* kReference = "/config/interface/gpon{1 1 3}/onu{5}/rg-profile";
 constexpr const char* kOverride = "/config/interface/gpon{1 1 3}/onu{5}/rg-override";
 

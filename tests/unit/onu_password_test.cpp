@@ -218,10 +218,10 @@ TEST(EvaluateOnuSerialPassword, EveryMemberOfAGroupHasOneLine) {
        " leaf: []\nonu 1 leaf: []\nonu 2 leaf: []\n"},
   };
   for (const Row& row : rows) {
-    Credentials credentials(row.credentials.begin(), row.credentials.end());
+    Credentials seen(row.credentials.begin(), row.credentials.end());
     std::stringstream report;
     std::int32_t result = 7;
-    evaluateOnuSerialPassword(report, credentials, "leaf", &result);
+    evaluateOnuSerialPassword(report, seen, "leaf", &result);
     EXPECT_EQ(report.str(), row.report);
     EXPECT_EQ(result, std::string(row.report).empty() ? 7 : -1) << row.report;
   }

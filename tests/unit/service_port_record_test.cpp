@@ -22,10 +22,10 @@ confd_value_t vlan(std::int32_t vlan) {
   return value;
 }
 
-confd_value_t text(const std::string& text) {
+confd_value_t text(const std::string& characters) {
   confd_value_t value;
-  CONFD_SET_BUF(&value, reinterpret_cast<unsigned char*>(strdup(text.c_str())),
-                static_cast<unsigned int>(text.size()));
+  CONFD_SET_BUF(&value, reinterpret_cast<unsigned char*>(strdup(characters.c_str())),
+                static_cast<unsigned int>(characters.size()));
   return value;
 }
 
@@ -456,9 +456,9 @@ TEST_F(ServicePortValuesDeathTest, AValueOfAnotherTypeIsImpossible) {
     std::size_t index;
     const char* assertion;
   };
-  for (const Row& row : {Row{1, "\\(\\(&\\(&tv\\[idx_svc_port\\]\\)->v\\)\\)->type == C_BUF"},
-                         Row{3, "\\(\\(&\\(&tv\\[idx_onu\\]\\)->v\\)\\)->type == C_UINT32"},
-                         Row{5, "\\(\\(&\\(&tv\\[idx_gem\\]\\)->v\\)\\)->type == C_UINT32"}}) {
+  for (const Row& row : {Row{1, R"(\(\(&\(&tv\[idx_svc_port\]\)->v\)\)->type == C_BUF)"},
+                         Row{3, R"(\(\(&\(&tv\[idx_onu\]\)->v\)\)->type == C_UINT32)"},
+                         Row{5, R"(\(\(&\(&tv\[idx_gem\]\)->v\)\)->type == C_UINT32)"}}) {
     Request request;
     request.set(row.index, vlan(1));
     EXPECT_DEATH(request.get(limid_type_gpon), row.assertion);
@@ -495,9 +495,9 @@ TEST_F(MaxServicePorts, ResultsOfThePlatformAreNotLookedAt) {
 class TextFromConfd : public CardTest {
  protected:
   std::string text_of(const std::string& prefix, const std::string& suffix) {
-    std::string text = "as before";
-    GetStrFromConfd(sock(), tctx()->thandle, prefix, suffix, text);
-    return text;
+    std::string read = "as before";
+    GetStrFromConfd(sock(), tctx()->thandle, prefix, suffix, read);
+    return read;
   }
 };
 

@@ -30,10 +30,10 @@ class Tr069Password : public CardTest {
   }
 
   /// Calls the check alone with the encrypted text as the new value.
-  std::int32_t check(std::string encrypted) {
+  std::int32_t check(const std::string& encrypted) {
     confd_hkeypath_t keypath{};
     confd_value_t value{};
-    CONFD_SET_BUF(&value, reinterpret_cast<unsigned char*>(encrypted.data()),
+    CONFD_SET_BUF(&value, reinterpret_cast<unsigned char*>(const_cast<char*>(encrypted.data())),
                   static_cast<unsigned int>(encrypted.size()));
     return tr069_profile_password_length_check_func(sock(), tctx(), &keypath, &value);
   }
@@ -150,7 +150,7 @@ class KeptStack {
     pthread_attr_init(&attributes);
     const std::size_t lost =
         kAlignment - reinterpret_cast<std::size_t>(memory_.data()) % kAlignment;
-    pthread_attr_setstack(&attributes, memory_.data() + lost, kSize - kAlignment);
+    EXPECT_EQ(pthread_attr_setstack(&attributes, memory_.data() + lost, kSize - kAlignment), 0);
     pthread_t thread{};
     const int created = pthread_create(
         &thread, &attributes,

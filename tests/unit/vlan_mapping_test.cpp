@@ -103,7 +103,7 @@ using PortListsDeathTest = PortLists;
 TEST_F(PortListsDeathTest, APortOfAnotherTypeEndsTheProcess) {
   confd_value_t number;
   CONFD_SET_UINT16(&number, 1);
-  constexpr const char* kAssertion = "\\(&ports\\[listpos\\]\\)->type == C_UINT8";
+  constexpr const char* kAssertion = R"(\(&ports\[listpos\]\)->type == C_UINT8)";
   EXPECT_DEATH(limit_for({port(1), number}), kAssertion);
   EXPECT_DEATH(match_for({port(1), number}), kAssertion);
 }
