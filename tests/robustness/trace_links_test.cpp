@@ -336,7 +336,7 @@ class TraceMode : public TraceTest {
  protected:
   static constexpr const char* kValidator = "pon_mode_validation";
 
-  void expect_count(const Records& written, const std::string& count) {
+  static void expect_count(const Records& written, const std::string& count) {
     const Source source("gpon_link_mode_validation");
     expect_records(
         written,
