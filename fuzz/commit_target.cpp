@@ -49,8 +49,8 @@ bool start_showing() {
 }
 
 bool showing() {
-  static const bool shown = start_showing();
-  return shown;
+  static const bool is_showing = start_showing();
+  return is_showing;
 }
 
 CardDescription chosen_card(Choices& choices) {
@@ -106,6 +106,7 @@ void show(const CommitReport& report) {
 int next_descriptor() {
   const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
   close(descriptor);
+  // cppcheck-suppress deallocret ; only the number is told
   return descriptor;
 }
 

@@ -52,13 +52,13 @@ Model::Model(const store::Schema& schema) : schema_(schema), numbers_(read_numbe
 }
 
 void Model::make_blank(ModelNode& node) {
-  for (const store::SchemaNode* schema : node.schema->children) {
-    ModelNode& child = nodes_[schema->position];
+  for (const store::SchemaNode* child_schema : node.schema->children) {
+    ModelNode& child = nodes_[child_schema->position];
     child.offset = static_cast<int>(node.blank.size());
     confd_value_t& value = node.blank.emplace_back();
-    if (schema->kind == store::NodeKind::kLeafList) {
+    if (child_schema->kind == store::NodeKind::kLeafList) {
       CONFD_SET_LIST(&value, nullptr, 0);
-    } else if (schema->kind == store::NodeKind::kContainer) {
+    } else if (child_schema->kind == store::NodeKind::kContainer) {
       CONFD_SET_XMLTAG(&value, child.number, namespace_number());
       node.blank.insert(node.blank.end(), child.blank.begin(), child.blank.end());
     } else {
