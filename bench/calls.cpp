@@ -3,8 +3,9 @@
 //
 //   calls                prints a table in Markdown
 //   calls --check FILE   prints nothing but what is wrong: a card for which the function does not
-//                        hold, calls that grow with something the rule has not to look at, and a
-//                        FILE that does not hold the table
+//                        hold, calls that grow with something the rule has not to look at, a
+//                        request of the model that is not measured, and a FILE that does not hold
+//                        the table
 
 #include <algorithm>
 #include <array>
@@ -18,6 +19,7 @@
 #include <string>
 
 #include "bench/requests.h"
+#include "standalone/store/schema.h"
 
 namespace {
 
@@ -226,9 +228,28 @@ bool looks_at(const Request& request, Dimension dimension) {
          request.looks_at.end();
 }
 
+bool is_measured(const std::string& name) {
+  return std::any_of(bench::requests().begin(), bench::requests().end(),
+                     [&](const Request& request) { return request.name == name; });
+}
+
+// Every request of the model is in the table.
+int check_requests() {
+  const tarnd::store::Schema schema(TARND_MODEL_DIR);
+  int missing = 0;
+  for (const tarnd::store::SchemaNode& node : schema.nodes()) {
+    for (const tarnd::store::ValidationPoint& point : node.points) {
+      if (is_measured(point.request)) continue;
+      std::printf("%s is not measured\n", point.request.c_str());
+      ++missing;
+    }
+  }
+  return missing;
+}
+
 // Says what is wrong, and how often something is.
 int check(const std::map<std::string, Function>& functions) {
-  int wrong = 0;
+  int wrong = check_requests();
   const CallsOfRequests far = measure(kFar);
   for (const Request& request : bench::requests()) {
     const Function& function = functions.at(request.name);
