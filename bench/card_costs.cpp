@@ -48,7 +48,7 @@ void measure_edit(const std::string& text, const char* what, const Edit& edit, i
   Card card(text);
   const double before = peak_megabytes();
   std::printf("  %s\n", what);
-  print("  the first commit, which makes the lists' indexes, ms", card.commit(edit));
+  print("  the first commit, cold and without any index, ms", card.commit(edit));
   print("  own steps, ms", fastest(runs, [&] { return card.steps(edit); }));
   print("  edit to committed, every request answered, ms",
         fastest(runs, [&] { return card.commit(edit); }));
@@ -74,7 +74,7 @@ int main() {
     const std::string text = bench::card_text(bench::full_cards(cards));
     in_own_process([&] { measure_libyang(text); });
     in_own_process([&] { measure_loading(text); });
-    in_own_process([&] { measure_edit(text, "one leaf", one_leaf(), 101); });
+    in_own_process([&] { measure_edit(text, "one leaf: FEC of a link", one_leaf(), 101); });
     in_own_process([&] {
       const Edit port{bench::added_ports(1), bench::added_ports(1, "delete")};
       measure_edit(text, "one service port", port, 51);

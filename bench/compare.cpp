@@ -11,11 +11,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -142,13 +144,15 @@ void print_commits(const Figures& one, const Figures& four) {
   print_row("one service port, every request answered", one.port_commit, four.port_commit);
   print_row("every rule at once, every request answered", one.all_rules_commit,
             four.all_rules_commit);
-  print_row("one leaf, every request answered", one.leaf_commit, four.leaf_commit);
+  print_row("FEC of a link, every request answered", one.leaf_commit, four.leaf_commit);
+  print_row("description of an ONU, every request answered", one.onu_leaf_commit,
+            four.onu_leaf_commit);
 
   std::puts("\nWithout any rule");
   print_row("libyang: copy of the tree", one.copy, four.copy);
   print_row("libyang: validation of the tree", one.validate, four.validate);
   print_row("libyang: difference of two trees", one.diff, four.diff);
-  print_row("a commit's own steps, one leaf", one.leaf_steps, four.leaf_steps);
+  print_row("a commit's own steps, FEC of a link", one.leaf_steps, four.leaf_steps);
   print_row("a commit's own steps, one service port", one.port_steps, four.port_steps);
   print_row("libyang: reading and validating the text", one.parse_and_validate,
             four.parse_and_validate);
@@ -156,6 +160,16 @@ void print_commits(const Figures& one, const Figures& four) {
 
   std::puts("\nAnswers, one changed entry");
   for (const auto& [name, time] : one.requests) print_row(name, time, four.requests.at(name));
+}
+
+// Of the rule's exact forms the one that was fastest in this run.
+double best_figure(const Figures& figures, const std::string& rule) {
+  double best = std::numeric_limits<double>::max();
+  for (std::size_t i = 0; i < bench::yang_forms().size(); ++i) {
+    const Form& form = bench::yang_forms().at(i);
+    if (form.rule == rule && form.exact) best = std::min(best, figures.forms.at(i).value_or(best));
+  }
+  return best;
 }
 
 void write_csv(const std::string& file, const Figures& one, const Figures& four) {
@@ -166,10 +180,8 @@ void write_csv(const std::string& file, const Figures& one, const Figures& four)
     out << name << ',' << own1 << ',' << yang1 << ',' << own4 << ',' << yang4 << '\n';
   };
   for (const bench::Rule& rule : bench::rules()) {
-    const auto form =
-        static_cast<std::size_t>(&bench::best_form(rule.name) - bench::yang_forms().data());
-    row(rule.name, one.rules.at(rule.name), one.forms.at(form).value_or(0),
-        four.rules.at(rule.name), four.forms.at(form).value_or(0));
+    row(rule.name, one.rules.at(rule.name), best_figure(one, rule.name), four.rules.at(rule.name),
+        best_figure(four, rule.name));
   }
   row("one service port with all its checks", one.port_commit, one.list_forms, four.port_commit,
       four.list_forms);
@@ -199,9 +211,16 @@ void at_least(const std::string& what, double figure, double limit) {
   print_bar(what, figure, "at least", limit, figure >= limit);
 }
 
-double best_figure(const Figures& figures, const std::string& rule) {
-  const auto form = static_cast<std::size_t>(&bench::best_form(rule) - bench::yang_forms().data());
-  return figures.forms.at(form).value_or(0);
+// One request answers two rules, which take two forms.
+double port_list_gain(const Figures& figures) {
+  double forms = 0;
+  double commit = 0;
+  for (const bench::Rule& rule : bench::rules()) {
+    if (rule.request != "service_port_global_validation") continue;
+    forms += best_figure(figures, rule.name);
+    commit = figures.rules.at(rule.name);
+  }
+  return forms / commit;
 }
 
 void rule_bars(const Figures& one, const Figures& four) {
@@ -209,6 +228,8 @@ void rule_bars(const Figures& one, const Figures& four) {
     at_least(name + ": YANG / commit", best_figure(one, name) / one.rules.at(name), limit);
     at_least(name + ", four cards", best_figure(four, name) / four.rules.at(name), limit_four);
   };
+  at_least("both rules over all service ports: YANG / commit", port_list_gain(one), 1);
+  at_least("both rules over all service ports, four cards", port_list_gain(four), 1);
   at_least("one service port, all its requests: YANG / commit", one.list_forms / one.port_commit,
            20);
   at_least("one service port, four cards", four.list_forms / four.port_commit, 30);

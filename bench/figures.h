@@ -26,8 +26,9 @@ struct Figures {
 
   // The store and the plug-in
   double load = 0;
-  double leaf_steps = 0;
-  double leaf_commit = 0;
+  double leaf_steps = 0;       ///< a leaf that no whole-list rule looks at: the FEC of a link
+  double leaf_commit = 0;      ///< the same, all requests answered
+  double onu_leaf_commit = 0;  ///< the description of an ONU: every rule of ONUs is asked
   double port_steps = 0;
   double port_commit = 0;                  ///< one service port, all requests answered
   double all_rules_commit = 0;             ///< a change that calls the requests of all rules

@@ -203,9 +203,9 @@ bool YangCard::validate() {
   return valid;
 }
 
-double milliseconds_above(YangCard& plain, const std::vector<const char*>& modules,
-                          const std::string& text) {
+double milliseconds_above(const std::vector<const char*>& modules, const std::string& text) {
   YangCard card(modules, text);
+  YangCard plain({}, text);
   const double first = validation_milliseconds(card);  // brings the defaults, and costs more
   if (first > kMillisecondsPerForm) return first - validation_milliseconds(plain);
   const int runs = std::clamp(static_cast<int>(kMillisecondsPerForm / first), 1, kMostRuns);
