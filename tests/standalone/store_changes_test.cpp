@@ -185,6 +185,35 @@ TEST_F(StoreChangesTest, AWholeNewConfigurationTellsOnlyWhatDiffers) {
                           "~ /config/service-port{2}/upstream-rate", "+ /config/service-port{4}"));
 }
 
+TEST_F(StoreChangesTest, AnEditedWholeNewConfigurationTellsBoth) {
+  running(port(1) + port(2, "<upstream-rate>5</upstream-rate>") + port(3));
+  Transaction transaction(datastore_);
+  transaction.replace(config(port(2, "<upstream-rate>6</upstream-rate>") + port(3)), Format::kXml);
+  transaction.edit(config(deleted_port(3) + port(4)), Format::kXml);
+  transaction.prepare();
+  EXPECT_THAT(described(transaction),
+              ElementsAre("- service-port", "~ /config/service-port{2}/upstream-rate",
+                          "- service-port", "+ /config/service-port{4}"));
+}
+
+TEST_F(StoreChangesTest, EditsBeforeAWholeNewConfigurationAreNotTold) {
+  running(port(1));
+  Transaction transaction(datastore_);
+  transaction.edit(config(port(2) + deleted_port(1)), Format::kXml);
+  transaction.replace(config(port(1) + port(3)), Format::kXml);
+  transaction.prepare();
+  EXPECT_THAT(described(transaction), ElementsAre("+ /config/service-port{3}"));
+}
+
+TEST_F(StoreChangesTest, OfTwoWholeNewConfigurationsTheLastIsTold) {
+  running(port(1));
+  Transaction transaction(datastore_);
+  transaction.replace(config(port(2)), Format::kXml);
+  transaction.replace(config(port(1) + port(3)), Format::kXml);
+  transaction.prepare();
+  EXPECT_THAT(described(transaction), ElementsAre("+ /config/service-port{3}"));
+}
+
 TEST_F(StoreChangesTest, TheCommittedConfigurationIsReadAsItWas) {
   running(port(1) + port(2, "<upstream-rate>5</upstream-rate>") + port(3));
   Transaction transaction(datastore_);

@@ -289,6 +289,104 @@ TEST_F(StoreEditTest, AWholeNewConfigurationReplacesTheOldOne) {
   EXPECT_FALSE(has("/config/service-port{7}"));
 }
 
+std::string bandwidth_profile(const std::string& traffic) {
+  return "<profile><gpon><bandwidth-profile><name>b</name><traffic>" + traffic +
+         "</traffic></bandwidth-profile></gpon></profile>";
+}
+
+// The model wants the assured bandwidth, too.
+const std::string kIncomplete = bandwidth_profile("<type-3><maximum>9</maximum></type-3>");
+const std::string kComplete =
+    bandwidth_profile("<type-3><assured>3</assured><maximum>9</maximum></type-3>");
+
+// What was valid when it was read need not be so after an edit.
+TEST_F(StoreEditTest, AnInvalidEditOfAWholeNewConfigurationIsRefused) {
+  running(kPort7);
+  const std::string before = text();
+  {
+    Transaction transaction(datastore_);
+    transaction.replace(config(kPort9), Format::kXml);
+    transaction.edit(config(kIncomplete), Format::kXml);
+    EXPECT_THROW(transaction.prepare(), InputError);
+  }
+  EXPECT_EQ(text(), before);
+}
+
+TEST_F(StoreEditTest, AnEditCanSpoilWhatStandsInAWholeNewConfiguration) {
+  running(kPort7);
+  const std::string before = text();
+  {
+    Transaction transaction(datastore_);
+    transaction.replace(config(kComplete), Format::kXml);
+    transaction.edit(config(bandwidth_profile("<type-3><assured nc:operation=\"delete\"/>"
+                                              "</type-3>")),
+                     Format::kXml);
+    EXPECT_THROW(transaction.prepare(), InputError);
+  }
+  EXPECT_EQ(text(), before);
+}
+
+TEST_F(StoreEditTest, AWholeNewConfigurationCanBeEdited) {
+  running(kPort7);
+  Transaction transaction(datastore_);
+  transaction.replace(config(kPort9), Format::kXml);
+  transaction.edit(config(kComplete), Format::kXml);
+  transaction.prepare();
+  transaction.commit();
+  EXPECT_FALSE(has("/config/service-port{7}"));
+  EXPECT_TRUE(has("/config/service-port{9}"));
+  EXPECT_EQ(value("/config/profile/gpon/bandwidth-profile{b}/traffic/type-3/assured"), "3");
+}
+
+TEST_F(StoreEditTest, AWholeNewConfigurationTakesThePlaceOfEarlierEdits) {
+  running(kPort7);
+  Transaction transaction(datastore_);
+  transaction.edit(config(kIncomplete + "<service-port><id>8</id></service-port>"), Format::kXml);
+  transaction.replace(config(kPort9), Format::kXml);
+  transaction.prepare();
+  transaction.commit();
+  EXPECT_FALSE(has("/config/profile/gpon/bandwidth-profile{b}"));
+  EXPECT_FALSE(has("/config/service-port{7}"));
+  EXPECT_FALSE(has("/config/service-port{8}"));
+  EXPECT_TRUE(has("/config/service-port{9}"));
+}
+
+TEST_F(StoreEditTest, TheLastWholeNewConfigurationCounts) {
+  running(kPort7);
+  const std::string before = text();
+  {
+    Transaction transaction(datastore_);
+    transaction.replace(config(kComplete), Format::kXml);
+    transaction.edit(config(kPort7), Format::kXml);
+    transaction.replace(config(kPort9), Format::kXml);
+    transaction.prepare();
+    EXPECT_FALSE(has("/config/profile/gpon/bandwidth-profile{b}"));
+    EXPECT_FALSE(has("/config/service-port{7}"));
+    EXPECT_TRUE(has("/config/service-port{9}"));
+  }
+  EXPECT_EQ(text(), before);
+}
+
+TEST_F(StoreEditTest, AWholeNewConfigurationGivenUpAmongEditsLeavesTheOldOne) {
+  running(kPort7 + kComplete);
+  const std::string before = text();
+  for (const std::string& edit : {kPort9, kIncomplete}) {
+    {
+      Transaction transaction(datastore_);
+      transaction.edit(config(edit), Format::kXml);
+      transaction.replace(config(kPort9), Format::kXml);
+    }
+    EXPECT_EQ(text(), before);
+    {
+      Transaction transaction(datastore_);
+      transaction.edit(config(edit), Format::kXml);
+      transaction.replace(config(kPort9), Format::kXml);
+      transaction.edit(config(edit), Format::kXml);
+    }
+    EXPECT_EQ(text(), before);
+  }
+}
+
 TEST_F(StoreEditTest, JsonChangesCarryOperationsAsMetadata) {
   running(kPort7);
   Transaction transaction(datastore_);
