@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "gpon_vald_trace_itf.h"
 #include "tests/robustness/expected_trace.h"
 
 namespace tarnd::test {
@@ -11,14 +12,16 @@ namespace {
 constexpr TraceLevel kEveryLevel[] = {TraceLevel::kOff, TraceLevel::kFlow, TraceLevel::kEntry,
                                       TraceLevel::kDetail};
 
-/// Texts made of keypaths and of values.
+/// Texts made of keypaths, of values and of the names of nodes.
 struct Prints {
   std::uint64_t keypaths = 0;
   std::uint64_t values = 0;
+  std::uint64_t names = 0;
 
   friend bool operator==(const Prints&, const Prints&) = default;
   friend std::ostream& operator<<(std::ostream& out, const Prints& prints) {
-    return out << prints.keypaths << " keypaths, " << prints.values << " values";
+    return out << prints.keypaths << " keypaths, " << prints.values << " values, " << prints.names
+               << " names";
   }
 };
 
@@ -40,8 +43,9 @@ const std::map<std::string, Work>& expected_work() {
       // The list, the modified ONU; the line profile for three service ports.
       {"onu_gem_check", {{2, 3}, {}, {1, 0}}},
       {"onu_gem_check_deleted", {{1, 0}, {}, {1, 0}}},
-      // The list; of the changes, the card's entry and the switch; an ONU without a profile.
-      {"one_shot_prov_check", {{}, {3, 1}, {}}},
+      // The list; of the changes, the card's entry and the switch; an ONU without a profile, and
+      // the name of the leaf that it lacks.
+      {"one_shot_prov_check", {{}, {3, 1, 1}, {}}},
       {"rg_prof_one_shot_check_exchanged", {{1, 0}, {}, {}}},
       {"rg_prof_one_shot_check_override", {{}, {}, {1, 0}}},
       {"pon_mode_validation", {{}, {}, {1, 0}}},
@@ -66,6 +70,8 @@ const std::map<std::string, Work>& expected_work() {
   return all;
 }
 
+using CallsByName = std::map<std::string_view, std::uint64_t>;
+
 class TraceLevels : public TraceTest, public testing::WithParamInterface<Validation> {
  protected:
   TraceLevels() { running(whole_card()); }
@@ -78,17 +84,38 @@ class TraceLevels : public TraceTest, public testing::WithParamInterface<Validat
     const Prints before = prints();
     at(level);
     const Prints after = prints();
-    return {after.keypaths - before.keypaths, after.values - before.values};
+    return {after.keypaths - before.keypaths, after.values - before.values,
+            after.names - before.names};
+  }
+
+  /// The calls that print nothing, by their names.
+  CallsByName other_calls_at(TraceLevel level) {
+    get_trace_cat();  // registering the category is a call, too
+    const CallCounts before = platform_call_counts();
+    at(level);
+    CallsByName made;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+      const auto call = static_cast<PlatformCall>(i);
+      const std::uint64_t count = platform_call_counts().at(i) - before.at(i);
+      if (count != 0 && !prints(call)) made[to_string(call)] = count;
+    }
+    return made;
   }
 
  private:
+  static bool prints(PlatformCall call) {
+    return call == PlatformCall::confd_pp_kpath || call == PlatformCall::confd_pp_value ||
+           call == PlatformCall::confd_hash2str;
+  }
+
   [[nodiscard]] Prints prints() const {
-    return {calls(PlatformCall::confd_pp_kpath), calls(PlatformCall::confd_pp_value)};
+    return {calls(PlatformCall::confd_pp_kpath), calls(PlatformCall::confd_pp_value),
+            calls(PlatformCall::confd_hash2str)};
   }
 };
 
 Prints sum(const Prints& a, const Prints& b) {
-  return {a.keypaths + b.keypaths, a.values + b.values};
+  return {a.keypaths + b.keypaths, a.values + b.values, a.names + b.names};
 }
 
 TEST_P(TraceLevels, PrintOnlyWhatTheyWrite) {
@@ -98,6 +125,13 @@ TEST_P(TraceLevels, PrintOnlyWhatTheyWrite) {
   EXPECT_EQ(prints_at(TraceLevel::kFlow), sum(work.verdict, work.flow));
   EXPECT_EQ(prints_at(TraceLevel::kEntry), sum(work.verdict, work.flow));
   EXPECT_EQ(prints_at(TraceLevel::kDetail), sum(sum(work.verdict, work.flow), work.detail));
+}
+
+// Where nothing fails, the texts of errors are nobody's business either.
+TEST_P(TraceLevels, DifferInNoCallThatPrintsNothing) {
+  const CallsByName silent = other_calls_at(TraceLevel::kOff);
+  EXPECT_FALSE(silent.contains(to_string(PlatformCall::confd_lasterr)));
+  for (const TraceLevel level : kEveryLevel) EXPECT_EQ(other_calls_at(level), silent);
 }
 
 TEST_P(TraceLevels, LeaveOutWhatIsBelowThem) {
