@@ -1,16 +1,20 @@
 // Names at the sizes of the buffers that take them, and names of characters that mean something in
 // a path, a format or an XPath.
 
+#include <gmock/gmock.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 
 #include "gpon_card_valid.h"
 #include "standalone/confd/model.h"
 #include "standalone/middleware/trace.h"
-#include "tests/robustness/validations.h"
+#include "tests/robustness/expected_trace.h"
 #include "tests/support/model.h"
 
 namespace tarnd::test {
@@ -86,7 +90,8 @@ class LooseNames : public testing::Test {
     transaction.commit();
   }
 
-  /// The answer to a request on the keypath after the change, the same with the trace on.
+  /// The answer to a request on the keypath after the change, the same with the trace on. Then
+  /// `records` has what was written.
   Outcome ask(const std::string& request, const std::string& keypath, const std::string& change) {
     store::Transaction transaction(datastore_);
     edit(transaction, change);
@@ -95,13 +100,12 @@ class LooseNames : public testing::Test {
     EXPECT_EQ(session.open_resources().configuration_sessions, 0);
     EXPECT_EQ(session.open_resources().queries, 0);
 
-    start_trace(TraceLevel::kDetail);
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(dispatch(session, request, keypath), outcome) << request;
-    testing::internal::GetCapturedStderr();
-    start_trace(TraceLevel::kOff);
+    records_ = traced(TraceLevel::kDetail,
+                      [&] { EXPECT_EQ(dispatch(session, request, keypath), outcome) << request; });
     return outcome;
   }
+
+  [[nodiscard]] const Records& records() const { return records_; }
 
  private:
   static void edit(store::Transaction& transaction, const std::string& content) {
@@ -110,6 +114,7 @@ class LooseNames : public testing::Test {
   }
 
   store::Datastore datastore_;
+  Records records_;
 };
 
 // ---- All names of a card
@@ -130,6 +135,44 @@ Naming with(const std::string& characters) {
   };
 }
 
+/// Every name behind these characters.
+Naming behind(const std::string& characters) {
+  return [characters](const std::string& plain) { return characters + plain; };
+}
+
+/// The names of the card and of its changes, none before one that it begins.
+std::vector<std::string> plain_names() {
+  std::set<std::string> names;
+  const Naming collect = [&names](const std::string& plain) {
+    names.insert(plain);
+    return plain;
+  };
+  whole_card(collect);
+  whole_validations(collect);
+  return {names.rbegin(), names.rend()};
+}
+
+void replace_all(std::string& text, const std::string& what, const std::string& by) {
+  for (std::size_t at = text.find(what); at != std::string::npos;
+       at = text.find(what, at + by.size())) {
+    text.replace(at, what.size(), by);
+  }
+}
+
+/// The records with each name as it was before its naming, in an order that does not hang on names.
+Records plainly(Records records, const Naming& naming) {
+  static const std::vector<std::string> names = plain_names();
+  for (std::string& record : records) {
+    for (const std::string& plain : names) {
+      const std::string name = naming(plain);
+      replace_all(record, "{" + store::quote_key(name) + "}", "{" + plain + "}");
+      replace_all(record, name, plain);
+    }
+  }
+  std::sort(records.begin(), records.end());
+  return records;
+}
+
 AnswersByName same_for_confirmations(const Outcome& outcome) {
   AnswersByName answers;
   for (const char* request :
@@ -146,11 +189,16 @@ const Outcome kUnreadable{CONFD_ERR, "Failed accessing confd data."};
 const Outcome kNoGemOfNewPort{CONFD_ERR, "Service-port [4] gem [1] was not configured to onu [1]"};
 const Outcome kNoGemOfOldPort{CONFD_ERR, "Service-port [1] gem [1] was not configured to onu [1]"};
 
-/// The answers that differ from those for plain names.
+/// Names, and in what they differ from plain ones.
 struct Names {
   std::string title;
   Naming naming;
-  AnswersByName different;
+  AnswersByName different{};
+  /// The validations that answer the same but read something else on the way, so that their records
+  /// are others.
+  std::set<std::string> read_otherwise{};
+  /// The validations that end the process.
+  std::set<std::string> ending{};
 };
 
 void PrintTo(const Names& names, std::ostream* out) {
@@ -158,50 +206,111 @@ void PrintTo(const Names& names, std::ostream* out) {
 }
 
 std::vector<Names> all_names() {
+  // Cut to 48 characters a connection is another's and has no interface grouping; a longer line
+  // profile of an ONU is not read at all.
+  const std::set<std::string> cut_at_48{"itf_grp_validation", "onu_gem_check"};
+  // The keypath of the WLANs takes as much.
+  std::set<std::string> cut_at_8191 = cut_at_48;
+  cut_at_8191.insert("rg_profile_ssid_unique_check");
   // Cut to 8191 characters a name is another's: that profile is not committed, that line profile
-  // has no GEM port.
-  AnswersByName cut = same_for_confirmations(kAccepted);
-  cut.emplace("sp_gem_check", kNoGemOfNewPort);
-  // A blank parts two keys, and no entry has two.
-  AnswersByName parted = cut;
-  parted.emplace("onu_gem_check", kNoGemOfOldPort);
+  // has no TCONT and no GEM port.
+  const std::set<std::string> bandwidth{"onu_bw_check", "ponlink_bw_check"};
+  std::set<std::string> cut = cut_at_8191;
+  cut.insert(bandwidth.begin(), bandwidth.end());
+  AnswersByName of_cut = same_for_confirmations(kAccepted);
+  of_cut.emplace("sp_gem_check", kNoGemOfNewPort);
+  // A blank parts two keys, and no entry has two: neither a grouping nor a TCONT is found.
+  AnswersByName of_parted = of_cut;
+  of_parted.emplace("onu_gem_check", kNoGemOfOldPort);
+  std::set<std::string> parted = bandwidth;
+  parted.insert("itf_grp_validation");
+  // What cannot be read as a path is no answer whether a profile is committed. A line profile or
+  // connection that cannot be looked up has no GEM port missing and no grouping; but of its TCONTs
+  // not even the size is known, and that is a fault.
+  const AnswersByName no_path = same_for_confirmations(kUnreadable);
+  const std::set<std::string> ungrouped{"itf_grp_validation"};
   return {
-      {"Of48Characters", of_length(48), {}},
-      {"Of49Characters", of_length(49), {}},
-      {"Of64Characters", of_length(64), {}},
-      {"Of255Characters", of_length(255), {}},
-      {"Of256Characters", of_length(256), {}},
-      {"Of1023Characters", of_length(1023), {}},
-      {"Of1024Characters", of_length(1024), {}},
-      {"Of8191Characters", of_length(8191), {}},
-      {"Of8192Characters", of_length(8192), cut},
-      {"Of9000Characters", of_length(9000), cut},
-      {"WithPercentSigns", with("%s%n%d%x%h%*x%"), {}},
-      {"WithOtherScripts", with("\u00e9\u65e5\u672c"), {}},
-      {"WithSlashes", with("/../"), {}},
-      {"WithBackslashes", with(R"(\"\)"), {}},
-      {"WithMarkup", with("&<>"), {}},
-      {"WithBlanks", with(" "), parted},
+      {"Of48Characters", of_length(48)},
+      {"Of49Characters", of_length(49), {}, cut_at_48},
+      {"Of64Characters", of_length(64), {}, cut_at_48},
+      {"Of255Characters", of_length(255), {}, cut_at_48},
+      {"Of256Characters", of_length(256), {}, cut_at_48},
+      {"Of1023Characters", of_length(1023), {}, cut_at_48},
+      {"Of1024Characters", of_length(1024), {}, cut_at_48},
+      {"Of8191Characters", of_length(8191), {}, cut_at_8191},
+      {"Of8192Characters", of_length(8192), of_cut, cut},
+      {"Of9000Characters", of_length(9000), of_cut, cut},
+      {"WithPercentSigns", with("%s%n%d%x%h%*x%")},
+      {"WithOtherScripts", with("\u00e9\u65e5\u672c")},
+      {"WithSlashes", with("/../")},
+      {"WithBackslashes", with(R"(\"\)")},
+      {"WithMarkup", with("&<>")},
+      {"WithDollarSigns", with("$")},
+      {"WithBlanks", with(" "), of_parted, parted},
       // Outside the quotes of the expression, or of the path's key.
       {"WithSingleQuotes", with("'"), same_for_confirmations(kUnreadable)},
+      // A key ends at a blank or a closing brace; what else stands in it is part of it.
+      {"WithDoubleQuotes", with("\"")},
+      {"WithOpeningBraces", with("{")},
+      {"BehindOpeningBraces", behind("{")},
+      // Behind the closing brace stands no slash, at the end of an unfinished quotation no brace.
+      {"WithClosingBraces", with("}"), no_path, ungrouped, bandwidth},
+      {"WithBraces", with("{}"), no_path, ungrouped, bandwidth},
+      {"WithBracesReversed", with("}{"), no_path, ungrouped, bandwidth},
+      {"BehindClosingBraces", behind("}"), no_path, ungrouped, bandwidth},
+      {"BehindDoubleQuotes", behind("\""), no_path, ungrouped, bandwidth},
   };
 }
 
-class NamesOfACard : public LooseNames, public testing::WithParamInterface<Names> {};
+class NamesOfACard : public LooseNames, public testing::WithParamInterface<Names> {
+ protected:
+  struct Answered {
+    Outcome outcome;
+    Records records;
+  };
+
+  /// Of the card with such names, all that do not end the process.
+  std::map<std::string, Answered> ask_all(const Naming& naming) {
+    std::map<std::string, Answered> answers;
+    running(whole_card(naming));
+    for (const Validation& one : whole_validations(naming)) {
+      if (GetParam().ending.contains(one.name)) continue;
+      const Outcome outcome = ask(one.request, one.keypath, one.change);
+      answers.emplace(one.name, Answered{outcome, records()});
+    }
+    return answers;
+  }
+};
 
 TEST_P(NamesOfACard, GetTheAnswersOfPlainOnes) {
-  AnswersByName expected;
-  running(whole_card());
-  for (const Validation& one : whole_validations()) {
-    expected[one.name] = ask(one.request, one.keypath, one.change);
+  const Names& names = GetParam();
+  const std::map<std::string, Answered> plain = ask_all(plain_name);
+  for (const auto& [validation, answered] : ask_all(names.naming)) {
+    const Outcome& of_plain = plain.at(validation).outcome;
+    const auto different = names.different.find(validation);
+    if (different == names.different.end()) {
+      EXPECT_EQ(answered.outcome, of_plain) << validation;
+    } else {
+      EXPECT_EQ(answered.outcome, different->second) << validation;
+      EXPECT_NE(answered.outcome, of_plain) << validation;
+    }
   }
-  for (const auto& [name, outcome] : GetParam().different) {
-    EXPECT_NE(expected.at(name), outcome) << name;
-    expected.at(name) = outcome;
-  }
-  running(whole_card(GetParam().naming));
-  for (const Validation& one : whole_validations(GetParam().naming)) {
-    EXPECT_EQ(ask(one.request, one.keypath, one.change), expected.at(one.name)) << one.name;
+}
+
+// Whole and as they are: no record takes a name for its format or has too little room for it.
+TEST_P(NamesOfACard, StandInTheRecordsOfPlainOnes) {
+  const Names& names = GetParam();
+  const std::map<std::string, Answered> plain = ask_all(plain_name);
+  for (const auto& [validation, answered] : ask_all(names.naming)) {
+    if (names.different.contains(validation)) continue;
+    SCOPED_TRACE(validation);
+    const Records records = plainly(answered.records, names.naming);
+    const Records of_plain = plainly(plain.at(validation).records, names.naming);
+    if (names.read_otherwise.contains(validation)) {
+      EXPECT_NE(records, of_plain);
+    } else {
+      expect_records(records, of_plain);
+    }
   }
 }
 
@@ -210,6 +319,28 @@ std::string title_of(const testing::TestParamInfo<Names>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Are, NamesOfACard, testing::ValuesIn(all_names()), title_of);
+
+using NamesOfACardDeathTest = NamesOfACard;
+
+TEST_P(NamesOfACardDeathTest, MakePathsToTcontsOfNoKnownSize) {
+  const Naming& naming = GetParam().naming;
+  running(whole_card(naming));
+  for (const Validation& one : whole_validations(naming)) {
+    if (!GetParam().ending.contains(one.name)) continue;
+    EXPECT_EXIT(ask(one.request, one.keypath, one.change), testing::ExitedWithCode(1),
+                "Fault 1 raised by ConfdGetObjsItf at src/validation/confd_get_objects_itf\\.cpp:.*"
+                "object size \\(0\\) differs from expected \\(2\\)\\.\n$")
+        << one.name;
+  }
+}
+
+std::vector<Names> fatal_names() {
+  std::vector<Names> names = all_names();
+  std::erase_if(names, [](const Names& some) { return some.ending.empty(); });
+  return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(Are, NamesOfACardDeathTest, testing::ValuesIn(fatal_names()), title_of);
 
 // ---- One name at the size of its buffer
 
@@ -320,6 +451,30 @@ TEST_F(LooseNames, TheTextsHoldNamesAsTheyAre) {
   running(gpon_link(1, onu(1, uses_line(name))));
   EXPECT_EQ(ask("onu_bw_check", "/config/interface/gpon{1 1 1}/onu", ""),
             (Outcome{CONFD_ERR, "Line profile " + name + " doesn't not exist."}));
+}
+
+TEST_F(LooseNames, TheRecordsHoldAsMuchOfANameAsIsRead) {
+  using testing::Contains;
+  const std::string name = filled(9000);
+  running(line_profile(name, ""));
+  ask("ponlink_bw_check", "/config/profile/gpon/line-profile", "");
+  EXPECT_THAT(
+      records(),
+      Contains(Source("gpon_bw_limit").detail("loadAllLines", "Loading line " + filled(8191))));
+  running("");
+  ask("itf_grp_validation", keyed("rg-profile", "g" + name),
+      rg_profile("g" + name, grouping("ip", name, port("eth1"))));
+  const Source groupings("gpon_itf_grp_validation");
+  EXPECT_THAT(records(),
+              Contains(groupings.detail("validate_itf_grp_ports",
+                                        "Took # usecs to validate the Interface Groupings Ports "
+                                        "from RG-profile g" +
+                                            filled(47))));
+  ask("itf_grp_validation", keyed("rg-profile", "rg"),
+      rg_profile("rg", grouping("ip", name, port("eth1"))));
+  EXPECT_THAT(records(), Contains(groupings.detail("check_port_vlan",
+                                                   "Interface Grouping not created for WAN " +
+                                                       filled(48) + ". Skipping validation.")));
 }
 
 using LooseNamesDeathTest = LooseNames;
