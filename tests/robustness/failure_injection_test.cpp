@@ -267,7 +267,10 @@ bool ends_the_process(const Validation& validation, PlatformCall failing) {
 
 class FailureInjection : public CardTest, public testing::WithParamInterface<Validation> {
  protected:
-  FailureInjection() { running(whole_card()); }
+  FailureInjection() {
+    running(whole_card());
+    answer_of_next_one_ = ask_next_one(open_validation());
+  }
 
   ~FailureInjection() override { clear_trace_cat(); }
 
@@ -279,6 +282,18 @@ class FailureInjection : public CardTest, public testing::WithParamInterface<Val
 
   static Outcome ask(ValidationSession& session) {
     return dispatch(session, GetParam().request, GetParam().keypath);
+  }
+
+  /// Another validator in the same transaction.
+  static Outcome ask_next_one(ValidationSession& session) {
+    static const std::vector<Validation> all = whole_validations();
+    const auto same_request = [](const Validation& one) {
+      return one.request == GetParam().request;
+    };
+    auto next = std::find_if(all.begin(), all.end(), same_request);
+    next = std::find_if_not(next, all.end(), same_request);
+    if (next == all.end()) next = all.begin();
+    return dispatch(session, next->request, next->keypath);
   }
 
   /// The calls of an undisturbed validation in their order.
@@ -298,7 +313,8 @@ class FailureInjection : public CardTest, public testing::WithParamInterface<Val
     set_call_hook([nth, seen = std::size_t{0}](PlatformCall) mutable { return ++seen != nth; });
   }
 
-  /// Fails the n-th call, which is `failing`, then validates again in the same transaction.
+  /// Fails the n-th call, which is `failing`, then lets another validator look at the same
+  /// transaction, and validates again in it and in a new one.
   Outcome fail_once(std::size_t nth, PlatformCall failing) {
     ValidationSession& session = open_validation();
     fail_nth(nth);
@@ -309,10 +325,12 @@ class FailureInjection : public CardTest, public testing::WithParamInterface<Val
     EXPECT_EQ(left.queries, failing == PlatformCall::maapi_query_stop ? 1 : 0);
     EXPECT_EQ(left.cursors, cursors_left_open(GetParam(), failing, outcome));
 
+    EXPECT_EQ(ask_next_one(session), answer_of_next_one_);
     EXPECT_EQ(ask(session), expectation_of(GetParam()).undisturbed);
     EXPECT_EQ(session.open_resources().cursors, left.cursors);
     EXPECT_EQ(session.open_resources().queries, left.queries);
     EXPECT_EQ(session.open_resources().configuration_sessions, 0);
+    EXPECT_EQ(ask(open_validation()), expectation_of(GetParam()).undisturbed);
     return outcome;
   }
 
@@ -367,6 +385,8 @@ class FailureInjection : public CardTest, public testing::WithParamInterface<Val
       EXPECT_TRUE(seen.contains(call)) << to_string(call) << " is not made";
     }
   }
+
+  Outcome answer_of_next_one_;
 };
 
 TEST_P(FailureInjection, GivesTheAnswerOfTheFailingCallAndNoMore) {
