@@ -31,13 +31,13 @@ std::string read_file(const std::filesystem::path& file) {
 /// Makes the type a string without a length and a pattern.
 void loosen(std::string& model, const std::string& type) {
   const std::string restricted = "type string {";
-  const std::size_t begin = model.find(restricted, model.find("typedef " + type + " {"));
-  std::size_t end = begin + restricted.size();
-  for (int open = 1; open > 0; ++end) {
-    if (model.at(end) == '{') ++open;
-    if (model.at(end) == '}') --open;
+  const std::size_t from = model.find(restricted, model.find("typedef " + type + " {"));
+  std::size_t to = from + restricted.size();
+  for (int open = 1; open > 0; ++to) {
+    if (model.at(to) == '{') ++open;
+    if (model.at(to) == '}') --open;
   }
-  model.replace(begin, end - begin, "type string;");
+  model.replace(from, to - from, "type string;");
 }
 
 /// A folder with the model so loosened.
@@ -285,14 +285,14 @@ class NamesOfACard : public LooseNames, public testing::WithParamInterface<Names
 TEST_P(NamesOfACard, GetTheAnswersOfPlainOnes) {
   const Names& names = GetParam();
   const std::map<std::string, Answered> plain = ask_all(plain_name);
-  for (const auto& [validation, answered] : ask_all(names.naming)) {
-    const Outcome& of_plain = plain.at(validation).outcome;
-    const auto different = names.different.find(validation);
+  for (const auto& [asked, answered] : ask_all(names.naming)) {
+    const Outcome& of_plain = plain.at(asked).outcome;
+    const auto different = names.different.find(asked);
     if (different == names.different.end()) {
-      EXPECT_EQ(answered.outcome, of_plain) << validation;
+      EXPECT_EQ(answered.outcome, of_plain) << asked;
     } else {
-      EXPECT_EQ(answered.outcome, different->second) << validation;
-      EXPECT_NE(answered.outcome, of_plain) << validation;
+      EXPECT_EQ(answered.outcome, different->second) << asked;
+      EXPECT_NE(answered.outcome, of_plain) << asked;
     }
   }
 }
@@ -301,12 +301,12 @@ TEST_P(NamesOfACard, GetTheAnswersOfPlainOnes) {
 TEST_P(NamesOfACard, StandInTheRecordsOfPlainOnes) {
   const Names& names = GetParam();
   const std::map<std::string, Answered> plain = ask_all(plain_name);
-  for (const auto& [validation, answered] : ask_all(names.naming)) {
-    if (names.different.contains(validation)) continue;
-    SCOPED_TRACE(validation);
+  for (const auto& [asked, answered] : ask_all(names.naming)) {
+    if (names.different.contains(asked)) continue;
+    SCOPED_TRACE(asked);
     const Records records = plainly(answered.records, names.naming);
-    const Records of_plain = plainly(plain.at(validation).records, names.naming);
-    if (names.read_otherwise.contains(validation)) {
+    const Records of_plain = plainly(plain.at(asked).records, names.naming);
+    if (names.read_otherwise.contains(asked)) {
       EXPECT_NE(records, of_plain);
     } else {
       expect_records(records, of_plain);
