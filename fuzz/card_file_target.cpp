@@ -66,7 +66,7 @@ void try_card_file(const std::string& file) {
   std::string card;
   try {
     card = written(read_card_file(MemoryFile(file).name()));
-  } catch (const store::InputError& error) {
+  } catch (const InputError& error) {
     const std::string what = error.what();
     require(what.starts_with("card file '"), "a refusal names the file: " + what);
     return;

@@ -167,7 +167,7 @@ class Card {
     try {
       transaction->edit(commit.change, Format::kXml);
       transaction->prepare();
-    } catch (const store::InputError&) {
+    } catch (const InputError&) {
       transaction.reset();
     }
     return transaction;

@@ -51,7 +51,7 @@ std::optional<Outcome> edited(Transaction& transaction, const std::vector<std::s
   try {
     for (const std::string& change : changes) transaction.edit(change, format_of_change(change));
     transaction.prepare();
-  } catch (const store::InputError&) {
+  } catch (const InputError&) {
     return std::nullopt;
   }
   return Outcome{transaction.datastore().print(Format::kXml), test::change_text(transaction)};

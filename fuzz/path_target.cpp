@@ -70,7 +70,7 @@ void try_keypath(const Path& path) {
     confd::OwnedKeypath keypath(confd::load_model(test::model()), path);
     std::array<char, 256> text{};
     confd_pp_kpath(text.data(), text.size(), keypath.get());
-  } catch (const store::InputError&) {
+  } catch (const InputError&) {
     require(card().find(path) == nullptr, written(path) + " stands and makes a keypath");
   }
 }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "standalone/store/schema.h"
+#include "standalone/input_error.h"
 
 namespace tarnd {
 namespace {
@@ -27,7 +27,7 @@ struct Entry {
 };
 
 [[noreturn]] void refuse(const std::filesystem::path& file, const std::string& what) {
-  throw store::InputError("card file '" + file.string() + "': " + what);
+  throw InputError("card file '" + file.string() + "': " + what);
 }
 
 [[noreturn]] void refuse_value(const std::filesystem::path& file, const Entry& entry,

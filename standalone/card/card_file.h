@@ -22,7 +22,7 @@ struct CardDescription {
 };
 
 /// Reads "key = value" lines: bw-check, onus-per-link, pon-links, manageable-links,
-/// max-service-ports, xgspon. Throws store::InputError, one line that names file and key.
+/// max-service-ports, xgspon. Throws InputError, one line that names file and key.
 CardDescription read_card_file(const std::filesystem::path& file);
 
 /// The card that fm_* answers for from now on.

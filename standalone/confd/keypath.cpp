@@ -94,15 +94,15 @@ void OwnedKeypath::append(const Model& model, const SchemaNode& child) {
 void OwnedKeypath::append_keys(const Model& model, const store::PathStep& step) {
   const bool is_list = step.node->kind == NodeKind::kList;
   if (step.keys.size() != (is_list ? step.node->num_keys : 1)) {
-    throw store::InputError("'" + step.node->name + "' has another number of keys");
+    throw InputError("'" + step.node->name + "' has another number of keys");
   }
   std::vector<OwnedValue> keys;
   for (std::size_t i = 0; i < step.keys.size(); ++i) {
     const SchemaNode& leaf = is_list ? *step.node->children[i] : *step.node;
     auto key = parse_value(model, leaf, step.keys[i]);
     if (!key.has_value()) {
-      throw store::InputError("'" + step.keys[i] + "' is no value for '" + leaf.name + "' of '" +
-                              step.node->name + "'");
+      throw InputError("'" + step.keys[i] + "' is no value for '" + leaf.name + "' of '" +
+                       step.node->name + "'");
     }
     keys.push_back(std::move(*key));
   }

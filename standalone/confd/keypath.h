@@ -21,7 +21,7 @@ class OwnedKeypath {
  public:
   /// The keypath of a node.
   OwnedKeypath(const Model& model, const lyd_node* node);
-  /// The keypath of a path, whether its nodes exist or not. Throws store::InputError for keys that
+  /// The keypath of a path, whether its nodes exist or not. Throws InputError for keys that
   /// their types do not know.
   OwnedKeypath(const Model& model, const store::Path& path);
   OwnedKeypath(const OwnedKeypath&) = delete;

@@ -17,7 +17,7 @@ NameNumbers read_numbers(const store::Schema& schema) {
   try {
     return NameNumbers(std::filesystem::path(folders[0]) / kKnownNumbers);
   } catch (const std::runtime_error& error) {
-    throw store::InputError(error.what());
+    throw InputError(error.what());
   }
 }
 

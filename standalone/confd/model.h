@@ -32,7 +32,7 @@ struct ModelNode {
 /// The model with the numbers of its names.
 class Model {
  public:
-  /// Reads the known numbers beside the model's own files. Throws store::InputError.
+  /// Reads the known numbers beside the model's own files. Throws InputError.
   explicit Model(const store::Schema& schema);
 
   [[nodiscard]] const ModelNode& node(const store::SchemaNode& schema) const {

@@ -82,7 +82,7 @@ confd::OwnedValue value_of(const confd::Model& model, const store::Datastore& da
   if (given.has_value()) {
     auto parsed = confd::parse_value(model, node, *given);
     if (!parsed.has_value()) {
-      throw store::InputError("'" + *given + "' is no value of " + node.path());
+      throw InputError("'" + *given + "' is no value of " + node.path());
     }
     return std::move(*parsed);
   }
@@ -156,9 +156,9 @@ CommitReport Daemon::request(store::Transaction& transaction, const std::string&
   const confd::Model& model = confd::load_model(datastore_.schema());
   std::string why;
   const auto path = store::Path::parse(datastore_.schema(), keypath, &why);
-  if (!path.has_value()) throw store::InputError(why);
+  if (!path.has_value()) throw InputError(why);
   if (path->names_impossible_entry()) {
-    throw store::InputError("wrong number of keys in the path " + std::string(keypath));
+    throw InputError("wrong number of keys in the path " + std::string(keypath));
   }
   confd::OwnedKeypath target(model, *path);
   confd::OwnedValue new_value = value_of(model, datastore_, *path, value);

@@ -80,7 +80,7 @@ class Daemon {
 
   /// Dispatches one request with exactly this name on one keypath of the prepared transaction,
   /// never commits. The value is the node's new value in lexical form; without it the transaction's
-  /// value is taken. Throws store::InputError for a keypath or value that the model does not know.
+  /// value is taken. Throws InputError for a keypath or value that the model does not know.
   CommitReport request(store::Transaction& transaction, const std::string& name,
                        std::string_view keypath, const std::optional<std::string>& value,
                        const CommitOptions& options);

@@ -6,19 +6,13 @@
 #include <deque>
 #include <filesystem>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace tarnd::store {
+#include "standalone/input_error.h"
 
-/// What the user gave is wrong: unreadable text, an unknown node, a value out of range. The text
-/// is one line for the user.
-class InputError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+namespace tarnd::store {
 
 enum class NodeKind : std::uint8_t { kContainer, kPresence, kList, kLeaf, kLeafList };
 

@@ -35,7 +35,7 @@ class CardFileTest : public ::testing::Test {
   std::string refusal_of(const std::string& text) {
     try {
       read(text);
-    } catch (const store::InputError& error) {
+    } catch (const InputError& error) {
       return error.what();
     }
     return "accepted";
@@ -107,8 +107,8 @@ TEST_F(CardFileTest, WhatIsWrongIsToldWithFileKeyAndValue) {
 }
 
 TEST_F(CardFileTest, AFileThatCannotBeReadIsRefused) {
-  EXPECT_THROW(read_card_file(file_.string() + ".missing"), store::InputError);
-  EXPECT_THROW(read_card_file(file_.parent_path()), store::InputError);
+  EXPECT_THROW(read_card_file(file_.string() + ".missing"), InputError);
+  EXPECT_THROW(read_card_file(file_.parent_path()), InputError);
 }
 
 TEST(StandardCard, ChecksBandwidthFor128OnusAndDefinesNothingElse) {

@@ -339,7 +339,7 @@ TEST_F(ConfdKeypaths, KeysMustBeOfTheirTypesAndNumber) {
   const confd::Model& known = confd::load_model(model());
   for (const char* path : {"/config/profile/gpon/line-profile{x}/tcont{y}",
                            "/config/interface/gpon{1 1}", "/config/service-port{}"}) {
-    EXPECT_THROW(confd::OwnedKeypath(known, parsed(path)), store::InputError) << path;
+    EXPECT_THROW(confd::OwnedKeypath(known, parsed(path)), InputError) << path;
   }
 }
 

@@ -303,8 +303,7 @@ TEST_F(DaemonTest, ARequestOnWhatTheModelDoesNotKnowIsRefused) {
   store::Transaction transaction(datastore_);
   transaction.prepare();
   const auto refuse = [&](const char* keypath, const std::optional<std::string>& value) {
-    EXPECT_THROW(daemon_->request(transaction, "x", keypath, value, {}), store::InputError)
-        << keypath;
+    EXPECT_THROW(daemon_->request(transaction, "x", keypath, value, {}), InputError) << keypath;
   };
   refuse("/config/nowhere", std::nullopt);
   refuse("/config/service-port{1 2}", std::nullopt);

@@ -9,7 +9,7 @@ namespace gponval {
 class Host {
  public:
   /// Starts the trace, inserts the card, loads the plug-in and enters it. Throws UsageError,
-  /// store::InputError or PluginError.
+  /// tarnd::InputError or PluginError.
   Host(const RunOptions& options, const std::optional<std::string>& card_file);
 
   [[nodiscard]] tarnd::store::Datastore& datastore() { return datastore_; }

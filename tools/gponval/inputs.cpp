@@ -54,8 +54,8 @@ void take_file(const std::string& name, Take take) {
   const std::string text = read_input(name);
   try {
     take(text, store::format_of(name));
-  } catch (const store::InputError& error) {
-    throw store::InputError(shown(name) + ": " + error.what());
+  } catch (const tarnd::InputError& error) {
+    throw tarnd::InputError(shown(name) + ": " + error.what());
   }
 }
 

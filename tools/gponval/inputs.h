@@ -9,7 +9,7 @@ namespace gponval {
 /// it and answers from it too. Throws UsageError.
 void check_standard_input(const InputOptions& inputs, const RunOptions& run);
 
-/// Reads the committed configuration into the datastore. Throws UsageError or store::InputError,
+/// Reads the committed configuration into the datastore. Throws UsageError or tarnd::InputError,
 /// which name the file; so do the others.
 void load_running(tarnd::store::Datastore& datastore, const InputOptions& inputs);
 
