@@ -13,17 +13,19 @@ install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarnd COMPON
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT plugin
         FILES_MATCHING PATTERN "*.md" PATTERN man EXCLUDE)
 
-file(RELATIVE_PATH plugin_dir_from_command
-     ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/tarnd)
-set_target_properties(gponval PROPERTIES INSTALL_RPATH "$ORIGIN/${plugin_dir_from_command}")
-install(TARGETS gponval RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT gponval)
-install(TARGETS tarnd_standalone LIBRARY DESTINATION ${plugin_dir} COMPONENT gponval)
-install(DIRECTORY model/ DESTINATION ${data_dir}/model COMPONENT gponval
-        FILES_MATCHING PATTERN "*.yang" PATTERN "known-numbers.txt")
-install(DIRECTORY examples DESTINATION ${data_dir} COMPONENT gponval)
-install(FILES docs/man/gponval.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT gponval)
-install(FILES tools/gponval/completion.bash
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME gponval
-        COMPONENT gponval)
+if(NOT CONFD_DIR)
+  file(RELATIVE_PATH plugin_dir_from_command
+       ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/tarnd)
+  set_target_properties(gponval PROPERTIES INSTALL_RPATH "$ORIGIN/${plugin_dir_from_command}")
+  install(TARGETS gponval RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT gponval)
+  install(TARGETS tarnd_standalone LIBRARY DESTINATION ${plugin_dir} COMPONENT gponval)
+  install(DIRECTORY model/ DESTINATION ${data_dir}/model COMPONENT gponval
+          FILES_MATCHING PATTERN "*.yang" PATTERN "known-numbers.txt" PATTERN header EXCLUDE)
+  install(DIRECTORY examples DESTINATION ${data_dir} COMPONENT gponval)
+  install(FILES docs/man/gponval.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT gponval)
+  install(FILES tools/gponval/completion.bash
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME gponval
+          COMPONENT gponval)
+endif()
 
 include(${CMAKE_CURRENT_LIST_DIR}/packages.cmake)
