@@ -10,6 +10,7 @@
 #include "standalone/daemon/daemon.h"
 #include "standalone/platform_calls.h"
 #include "standalone/session/validation_session.h"
+#include "tests/support/matchers.h"
 
 namespace tarnd::test {
 

@@ -40,29 +40,10 @@ class FecConfirm : public CardTest {
     running(gpon_link(3) + gpon_link(4, downstream("false") + upstream("false")) + xgspon_link(3));
   }
 
-  void expect_accepted(const std::string& change) {
-    const Answer answer = answer_of(kRequest, change);
-    EXPECT_EQ(answer.result, Verdict::kOk) << change;
-    EXPECT_EQ(answer.text, "") << change;
-    expect_balanced_sessions();
-  }
-
-  void expect_warning(const std::string& change, const std::string& text = kWarning) {
-    const Answer answer = answer_of(kRequest, change);
-    EXPECT_EQ(answer.result, Verdict::kWarning) << change;
-    EXPECT_EQ(answer.text, text) << change;
-    expect_balanced_sessions();
-  }
-
-  void expect_rejected(const std::string& change) {
-    const Answer answer = answer_of(kRequest, change);
-    EXPECT_EQ(answer.result, Verdict::kError) << change;
-    EXPECT_EQ(answer.text, kUnreadable) << change;
-    expect_balanced_sessions();
-  }
+  Answer answer_for(const std::string& change) { return answer_of(kRequest, change); }
 
   // Every session that somebody tried to start was ended.
-  void expect_balanced_sessions() {
+  void TearDown() override {
     EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end),
               calls(PlatformCall::qzconfd_config_session_start));
   }
@@ -76,16 +57,17 @@ class FecConfirm : public CardTest {
 };
 
 TEST_F(FecConfirm, AChangeOfEitherLeafAsksTheUser) {
-  expect_warning(gpon_link(3, downstream("false")));
-  expect_warning(gpon_link(3, upstream("false")));
-  expect_warning(gpon_link(4, downstream("true")));
-  expect_warning(gpon_link(4, upstream("true")));
-  expect_warning(xgspon_link(3, downstream("false")));
-  expect_warning(xgspon_link(3, upstream("false")));
+  EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), AsksToConfirm(kWarning));
+  EXPECT_THAT(answer_for(gpon_link(3, upstream("false"))), AsksToConfirm(kWarning));
+  EXPECT_THAT(answer_for(gpon_link(4, downstream("true"))), AsksToConfirm(kWarning));
+  EXPECT_THAT(answer_for(gpon_link(4, upstream("true"))), AsksToConfirm(kWarning));
+  EXPECT_THAT(answer_for(xgspon_link(3, downstream("false"))), AsksToConfirm(kWarning));
+  EXPECT_THAT(answer_for(xgspon_link(3, upstream("false"))), AsksToConfirm(kWarning));
 }
 
 TEST_F(FecConfirm, BackToTheDefaultIsAChange) {
-  expect_warning(gpon_link(4, element("downstream-fec", "", "delete")));
+  EXPECT_THAT(answer_for(gpon_link(4, element("downstream-fec", "", "delete"))),
+              AsksToConfirm(kWarning));
 }
 
 TEST_F(FecConfirm, AConfirmedChangeIsAccepted) {
@@ -101,27 +83,26 @@ TEST_F(FecConfirm, TheValueThatTheLeafHasAlreadyIsAccepted) {
   EXPECT_EQ(same.result, Verdict::kOk);
   EXPECT_EQ(same.text, "");
   EXPECT_EQ(request(kRequest, path, "", "false").result, Verdict::kWarning);
-  expect_balanced_sessions();
 }
 
 TEST_F(FecConfirm, ANewInterfaceHasNothingToLose) {
-  expect_accepted(gpon_link(5, downstream("false")));
-  expect_accepted(xgspon_link(4, upstream("false")));
+  EXPECT_THAT(answer_for(gpon_link(5, downstream("false"))), Accepted());
+  EXPECT_THAT(answer_for(xgspon_link(4, upstream("false"))), Accepted());
 }
 
 TEST_F(FecConfirm, TheHostMayReplaceTheText) {
   const char* const original = FEC_WARN_MSG;
   FEC_WARN_MSG = "100%s sure?";
-  expect_warning(gpon_link(3, downstream("false")), "100%s sure?");
+  EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), AsksToConfirm("100%s sure?"));
   const std::string long_text(9000, 'x');
   FEC_WARN_MSG = long_text.c_str();
-  expect_warning(gpon_link(3, downstream("false")), std::string(8191, 'x'));
+  EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), AsksToConfirm(std::string(8191, 'x')));
   FEC_WARN_MSG = original;
 }
 
 TEST_F(FecConfirm, ASessionThatDoesNotOpenRejectsAndIsEndedAllTheSame) {
   fail_call(PlatformCall::qzconfd_config_session_start);
-  expect_rejected(gpon_link(3, downstream("false")));
+  EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), Rejected(kUnreadable));
   EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end), 1U);
 }
 
@@ -148,14 +129,14 @@ TEST_F(FecConfirm, ThePlatformIsCalledInOrder) {
 
 TEST_F(FecConfirm, AnInterfaceThatCannotBeLookedUpCountsAsNew) {
   fail_call(PlatformCall::cdb_exists);
-  expect_accepted(gpon_link(3, downstream("false")));
+  EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), Accepted());
   EXPECT_EQ(calls(PlatformCall::cdb_get_bool), 0U);
 }
 
 TEST_F(FecConfirm, AnOldValueThatCannotBeReadRejects) {
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::cdb_get_bool);
-  expect_rejected(gpon_link(3, downstream("false")));
+  EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), Rejected(kUnreadable));
   EXPECT_TRUE(trace.has("ponlink_fec_confirmation src/validation/gpon_ponlink_fec_confirm.cpp"));
   EXPECT_TRUE(trace.has("cdb_sock="));
   EXPECT_TRUE(trace.has(" ret = -1"));

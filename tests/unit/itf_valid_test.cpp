@@ -36,77 +36,64 @@ class PonInterfaces : public CardTest {
     card.manageable_links = link_count;
     insert(card);
   }
-
-  void expect_accepted(const std::string& request, const std::string& change) {
-    const Answer answer = answer_of(request, change);
-    EXPECT_EQ(answer.result, Verdict::kOk);
-    EXPECT_EQ(answer.text, "");
-  }
-
-  void expect_rejected(const std::string& request, const std::string& change,
-                       const std::string& text) {
-    const Answer answer = answer_of(request, change);
-    EXPECT_EQ(answer.result, Verdict::kError);
-    EXPECT_EQ(answer.text, text);
-  }
 };
 
 TEST_F(PonInterfaces, AsManyAsTheCardManagesMustRemain) {
   manage(16);
   running(links(gpon_link, 1, 17) + links(xgspon_link, 1, 17));
 
-  expect_accepted(kGponRequest, gpon_link(17, "", "delete"));
-  expect_rejected(kGponRequest, gpon_link(16, "", "delete"), kGponText);
-  expect_accepted(kXgsRequest, xgspon_link(17, "", "delete"));
-  expect_rejected(kXgsRequest, xgspon_link(16, "", "delete"), kXgsText);
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(17, "", "delete")), Accepted());
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(16, "", "delete")), Rejected(kGponText));
+  EXPECT_THAT(answer_of(kXgsRequest, xgspon_link(17, "", "delete")), Accepted());
+  EXPECT_THAT(answer_of(kXgsRequest, xgspon_link(16, "", "delete")), Rejected(kXgsText));
 }
 
 TEST_F(PonInterfaces, WhichOneIsDeletedDoesNotMatter) {
   manage(2);
   running(links(gpon_link, 1, 3));
-  expect_accepted(kGponRequest, gpon_link(1, "", "delete"));
-  expect_rejected(kGponRequest, gpon_link(3, "", "delete"), kGponText);
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, "", "delete")), Accepted());
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(3, "", "delete")), Rejected(kGponText));
 }
 
 TEST_F(PonInterfaces, ADeletionMadeUpForIsAccepted) {
   manage(2);
   running(links(gpon_link, 1, 2));
-  expect_accepted(kGponRequest, gpon_link(1, "", "delete") + gpon_link(3));
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, "", "delete") + gpon_link(3)), Accepted());
 }
 
 TEST_F(PonInterfaces, MoreThanTheCardManagesMayBeAdded) {
   manage(2);
   running(links(gpon_link, 1, 2) + links(xgspon_link, 1, 2));
-  expect_accepted(kGponRequest, gpon_link(3));
-  expect_accepted(kXgsRequest, xgspon_link(3));
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(3)), Accepted());
+  EXPECT_THAT(answer_of(kXgsRequest, xgspon_link(3)), Accepted());
 }
 
 TEST_F(PonInterfaces, AListWithTooFewRefusesEveryEdit) {
   manage(3);
   running(gpon_link(1));
-  expect_rejected(kGponRequest, gpon_link(1, onu(1)), kGponText);
-  expect_rejected(kGponRequest, gpon_link(2), kGponText);
-  expect_accepted(kGponRequest, gpon_link(2) + gpon_link(3));
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, onu(1))), Rejected(kGponText));
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(2)), Rejected(kGponText));
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(2) + gpon_link(3)), Accepted());
 }
 
 TEST_F(PonInterfaces, TheTypesAreCountedApart) {
   manage(2);
   running(links(gpon_link, 1, 2) + xgspon_link(1));
-  expect_accepted(kGponRequest, gpon_link(1, onu(1)));
-  expect_rejected(kXgsRequest, xgspon_link(1, onu(1)), kXgsText);
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, onu(1))), Accepted());
+  EXPECT_THAT(answer_of(kXgsRequest, xgspon_link(1, onu(1))), Rejected(kXgsText));
 }
 
 TEST_F(PonInterfaces, ACardWithoutManageableLinksMissesNone) {
   manage(0);
   running(gpon_link(1));
-  expect_accepted(kGponRequest, gpon_link(1, "", "delete"));
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, "", "delete")), Accepted());
 }
 
 TEST_F(PonInterfaces, ACountThatCannotBeReadRejectsWithoutAText) {
   running(gpon_link(1));
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::maapi_num_instances);
-  expect_rejected(kGponRequest, gpon_link(1, onu(1)), "");
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, onu(1))), Rejected(""));
   EXPECT_TRUE(trace.has("validate_itf_pon src/validation/gpon_itf_valid.cpp"));
   EXPECT_TRUE(trace.has("Failed getting gpon ports ("));
   EXPECT_TRUE(trace.has("validate_itf_pon end - ERROR - elapsed time "));
@@ -116,15 +103,15 @@ TEST_F(PonInterfaces, AnXgsCountThatCannotBeReadNamesItsList) {
   running(xgspon_link(1));
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::maapi_num_instances);
-  expect_rejected(kXgsRequest, xgspon_link(1, onu(1)), "");
+  EXPECT_THAT(answer_of(kXgsRequest, xgspon_link(1, onu(1))), Rejected(""));
   EXPECT_TRUE(trace.has("Failed getting xgspon ports ("));
 }
 
 TEST_F(PonInterfaces, BothValidatorsTraceUnderOneName) {
   running(gpon_link(1) + xgspon_link(1));
   TraceCapture trace(TraceLevel::kFlow);
-  expect_accepted(kGponRequest, gpon_link(1, onu(1)));
-  expect_accepted(kXgsRequest, xgspon_link(1, onu(1)));
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, onu(1))), Accepted());
+  EXPECT_THAT(answer_of(kXgsRequest, xgspon_link(1, onu(1))), Accepted());
   EXPECT_EQ(trace.count("validate_itf_pon begin"), 2);
   EXPECT_EQ(trace.count("validate_itf_pon end - OK - elapsed time "), 2);
 }
@@ -150,7 +137,7 @@ TEST_F(PonInterfaces, ARefusalIsTracedAsAnError) {
   manage(2);
   running(gpon_link(1));
   TraceCapture trace(TraceLevel::kFlow);
-  expect_rejected(kGponRequest, gpon_link(1, onu(1)), kGponText);
+  EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, onu(1))), Rejected(kGponText));
   EXPECT_TRUE(trace.has("validate_itf_pon end - ERROR - elapsed time "));
 }
 

@@ -50,87 +50,84 @@ class OnuGemCheck : public CardTest {
             service_port(20, "xgspon", "1/1/1", 5, 2));
   }
 
-  void expect_accepted(const std::string& change) {
-    const Answer answer = answer_of(kRequest, change);
-    EXPECT_EQ(answer.result, Verdict::kOk);
-    EXPECT_EQ(answer.text, "");
-  }
-  void expect_rejected(const std::string& change, const std::string& text) {
-    const Answer answer = answer_of(kRequest, change);
-    EXPECT_EQ(answer.result, Verdict::kError);
-    EXPECT_EQ(answer.text, text);
-  }
+  Answer answer_for(const std::string& change) { return answer_of(kRequest, change); }
 };
 
 TEST_F(OnuGemCheck, AnOnuThatAServicePortUsesMayNotGo) {
-  expect_rejected(gpon_link(2, onu_gone(3)), in_use(10, 3, "1 1 2"));
-  expect_rejected(xgspon_link(1, onu_gone(5)), in_use(20, 5, "1 1 1"));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3))), Rejected(in_use(10, 3, "1 1 2")));
+  EXPECT_THAT(answer_for(xgspon_link(1, onu_gone(5))), Rejected(in_use(20, 5, "1 1 1")));
 }
 
 TEST_F(OnuGemCheck, AnOnuWithoutServicePortsMayGo) {
-  expect_accepted(gpon_link(2, onu_gone(4)));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4))), Accepted());
 }
 
 TEST_F(OnuGemCheck, AnOnuMayGoTogetherWithItsServicePorts) {
-  expect_accepted(gpon_link(2, onu_gone(3)) + deleted_service_port(10));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3)) + deleted_service_port(10)), Accepted());
 }
 
 TEST_F(OnuGemCheck, AnOnuMayNotGoWhenItsServicePortComes) {
-  expect_rejected(gpon_link(2, onu_gone(4)) + service_port(30, "gpon", "1/1/2", 4, 1),
-                  in_use(30, 4, "1 1 2"));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4)) + service_port(30, "gpon", "1/1/2", 4, 1)),
+              Rejected(in_use(30, 4, "1 1 2")));
 }
 
 TEST_F(OnuGemCheck, TheFirstServicePortIsTold) {
-  expect_rejected(gpon_link(2, onu_gone(3)) + service_port(9, "gpon", "1/1/2", 3, 1),
-                  in_use(9, 3, "1 1 2"));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3)) + service_port(9, "gpon", "1/1/2", 3, 1)),
+              Rejected(in_use(9, 3, "1 1 2")));
 }
 
 TEST_F(OnuGemCheck, TheKindOfLinkDoesNotTellOnusApart) {
   running(line_profiles() + gpon_link(1, onu(5, uses_line("both"))) +
           service_port(20, "xgspon", "1/1/1", 5, 2));
-  expect_rejected(gpon_link(1, onu_gone(5)), in_use(20, 5, "1 1 1"));
+  EXPECT_THAT(answer_for(gpon_link(1, onu_gone(5))), Rejected(in_use(20, 5, "1 1 1")));
 }
 
 TEST_F(OnuGemCheck, NumbersThatRunTogetherAreToldApart) {
   running(gpon_link(1, onu(12)) + gpon_link(11, onu(2)) + service_port(1, "gpon", "1/1/11", 2, 1));
-  expect_accepted(gpon_link(1, onu_gone(12)));
+  EXPECT_THAT(answer_for(gpon_link(1, onu_gone(12))), Accepted());
 }
 
 TEST_F(OnuGemCheck, ACreatedOnuIsNeverRejected) {
-  expect_accepted(gpon_link(2, onu(9, uses_line("one"))));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(9, uses_line("one")))), Accepted());
   EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_start), 0U);
   EXPECT_EQ(calls(PlatformCall::maapi_get_objects), 0U);
 }
 
 TEST_F(OnuGemCheck, AChangeOfAnythingElseIsAccepted) {
-  expect_accepted(gpon_link(2, onu(3, element("description", "moved") + serial_number("A1"))));
+  EXPECT_THAT(
+      answer_for(gpon_link(2, onu(3, element("description", "moved") + serial_number("A1")))),
+      Accepted());
   EXPECT_EQ(calls(PlatformCall::maapi_get_objects), 0U);
 }
 
 TEST_F(OnuGemCheck, ALineProfileThatLacksAUsedGemPortIsRejected) {
-  expect_rejected(gpon_link(2, onu(3, uses_line("one"))), gem_missing(10, 2, 3));
-  expect_rejected(xgspon_link(1, onu(5, uses_line("one"))), gem_missing(20, 2, 5));
-  expect_rejected(gpon_link(2, onu(3, uses_line("gone"))), gem_missing(10, 2, 3));
-  expect_rejected(gpon_link(2, onu(3, without_line_profile())), gem_missing(10, 2, 3));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, uses_line("one")))), Rejected(gem_missing(10, 2, 3)));
+  EXPECT_THAT(answer_for(xgspon_link(1, onu(5, uses_line("one")))),
+              Rejected(gem_missing(20, 2, 5)));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, uses_line("gone")))), Rejected(gem_missing(10, 2, 3)));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, without_line_profile()))),
+              Rejected(gem_missing(10, 2, 3)));
 }
 
 TEST_F(OnuGemCheck, ALineProfileWithTheUsedGemPortsIsAccepted) {
-  expect_accepted(gpon_link(2, onu(4, uses_line("one"))));
-  expect_accepted(gpon_link(2, onu(3, uses_line("new"))) + line_profile("new", gem(2)));
-  expect_accepted(gpon_link(2, onu(3, uses_line("one"))) + deleted_service_port(10));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(4, uses_line("one")))), Accepted());
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, uses_line("new"))) + line_profile("new", gem(2))),
+              Accepted());
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, uses_line("one"))) + deleted_service_port(10)),
+              Accepted());
 }
 
 TEST_F(OnuGemCheck, TheFirstLineProfileOfAnOnuIsAChange) {
   running(line_profiles() + gpon_link(1, onu(1)) + service_port(1, "gpon", "1/1/1", 1, 2));
-  expect_rejected(gpon_link(1, onu(1, uses_line("one"))), gem_missing(1, 2, 1));
-  expect_accepted(gpon_link(1, onu(1, uses_line("both"))));
+  EXPECT_THAT(answer_for(gpon_link(1, onu(1, uses_line("one")))), Rejected(gem_missing(1, 2, 1)));
+  EXPECT_THAT(answer_for(gpon_link(1, onu(1, uses_line("both")))), Accepted());
 }
 
 TEST_F(OnuGemCheck, EveryServicePortOfTheOnuCounts) {
   running(line_profiles() + line_profile("none", "") + gpon_link(1, onu(1, uses_line("both"))) +
           service_port(1, "gpon", "1/1/1", 1, 1) + service_port(2, "gpon", "1/1/1", 1, 2));
-  expect_rejected(gpon_link(1, onu(1, uses_line("one"))), gem_missing(2, 2, 1));
-  expect_rejected(gpon_link(1, onu(1, uses_line("none"))), gem_missing(1, 1, 1));
+  EXPECT_THAT(answer_for(gpon_link(1, onu(1, uses_line("one")))), Rejected(gem_missing(2, 2, 1)));
+  EXPECT_THAT(answer_for(gpon_link(1, onu(1, uses_line("none")))), Rejected(gem_missing(1, 1, 1)));
 }
 
 /// A name of a line profile, of that many characters and one last of its own.
@@ -157,9 +154,9 @@ TEST_F(OnuGemCheck, NamesOf49CharactersAndMoreCountAsNone) {
             service_port(1, "gpon", "1/1/1", 1, 9));
     const std::string change = gpon_link(1, onu(1, uses_line(row.after)));
     if (row.is_change) {
-      expect_rejected(change, gem_missing(1, 9, 1));
+      EXPECT_THAT(answer_for(change), Rejected(gem_missing(1, 9, 1)));
     } else {
-      expect_accepted(change);
+      EXPECT_THAT(answer_for(change), Accepted());
     }
   }
 }
@@ -168,29 +165,29 @@ TEST_F(OnuGemCheck, ALongNewNameIsLookedUpWhole) {
   const std::string name = long_name(64, 'a');
   running(line_profiles() + line_profile(name, gem(2)) + gpon_link(1, onu(1, uses_line("one"))) +
           service_port(1, "gpon", "1/1/1", 1, 2));
-  expect_accepted(gpon_link(1, onu(1, uses_line(name))));
+  EXPECT_THAT(answer_for(gpon_link(1, onu(1, uses_line(name)))), Accepted());
 }
 
 TEST_F(OnuGemCheck, ADeletedOnuIsToldBeforeAMovedOne) {
-  expect_rejected(
-      gpon_link(2, onu_gone(4) + onu(3, uses_line("one"))) + service_port(5, "gpon", "1/1/2", 4, 1),
-      in_use(5, 4, "1 1 2"));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4) + onu(3, uses_line("one"))) +
+                         service_port(5, "gpon", "1/1/2", 4, 1)),
+              Rejected(in_use(5, 4, "1 1 2")));
   // The ports are looked at in their order, whatever happened to their ONUs.
-  expect_rejected(gpon_link(2, onu_gone(4) + onu(3, uses_line("one"))) +
-                      service_port(15, "gpon", "1/1/2", 4, 1),
-                  gem_missing(10, 2, 3));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4) + onu(3, uses_line("one"))) +
+                         service_port(15, "gpon", "1/1/2", 4, 1)),
+              Rejected(gem_missing(10, 2, 3)));
 }
 
 TEST_F(OnuGemCheck, AFailedIterationIsRejectedWithoutAText) {
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
-  expect_rejected(gpon_link(2, onu_gone(4)), "");
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4))), Rejected(""));
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 0U);
 }
 
 TEST_F(OnuGemCheck, WithoutASessionTheCommitIsRejected) {
   fail_call(PlatformCall::qzconfd_config_session_start);
   TraceCapture trace(TraceLevel::kDetail);
-  expect_rejected(gpon_link(2, onu(4, uses_line("one"))), kInternalError);
+  EXPECT_THAT(answer_for(gpon_link(2, onu(4, uses_line("one")))), Rejected(kInternalError));
   EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end), 1U);
   EXPECT_TRUE(trace.has("DETAIL is_change_in_line_profile "));
   EXPECT_TRUE(trace.has("Failed to open qzconfd_config_session socket"));
@@ -199,27 +196,27 @@ TEST_F(OnuGemCheck, WithoutASessionTheCommitIsRejected) {
 
 TEST_F(OnuGemCheck, ANameThatCannotBeReadCountsAsNone) {
   fail_call(PlatformCall::cdb_get_str);
-  expect_rejected(gpon_link(2, onu(3, element("description", "moved"))) +
-                      line_profile("both", gem(2, "delete")),
-                  gem_missing(10, 2, 3));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, element("description", "moved"))) +
+                         line_profile("both", gem(2, "delete"))),
+              Rejected(gem_missing(10, 2, 3)));
   fail_call(PlatformCall::maapi_get_str_elem);
-  expect_rejected(gpon_link(2, onu(3, element("description", "moved"))) +
-                      line_profile("both", gem(2, "delete")),
-                  gem_missing(10, 2, 3));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, element("description", "moved"))) +
+                         line_profile("both", gem(2, "delete"))),
+              Rejected(gem_missing(10, 2, 3)));
   // Neither read: no change is seen.
   set_call_hook([](PlatformCall call) {
     return call != PlatformCall::cdb_get_str && call != PlatformCall::maapi_get_str_elem;
   });
-  expect_accepted(gpon_link(2, onu(3, uses_line("one"))));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, uses_line("one")))), Accepted());
 }
 
 TEST_F(OnuGemCheck, ServicePortsThatCannotBeReadLetTheCommitPass) {
   const std::string change = gpon_link(2, onu_gone(3));
   fail_call(PlatformCall::maapi_get_objects);
-  expect_accepted(change);
+  EXPECT_THAT(answer_for(change), Accepted());
   running(gpon_link(2, onu(3)) + service_port(10, "gpon", "1/1/2", 3, 2));
   fail_call(PlatformCall::maapi_init_cursor);
-  expect_accepted(change);
+  EXPECT_THAT(answer_for(change), Accepted());
 }
 
 TEST_F(OnuGemCheck, AServicePortThatIsIncompleteIsRejectedWithoutAText) {
@@ -228,7 +225,7 @@ TEST_F(OnuGemCheck, AServicePortThatIsIncompleteIsRejectedWithoutAText) {
   const std::string only_interface =
       element("service-port", element("id", "1") + element("gpon", element("id", "1/1/2")));
   for (const std::string& port : {without_link, only_interface}) {
-    expect_rejected(change + port, "");
+    EXPECT_THAT(answer_for(change + port), Rejected(""));
   }
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 0U);
 }
@@ -236,23 +233,23 @@ TEST_F(OnuGemCheck, AServicePortThatIsIncompleteIsRejectedWithoutAText) {
 TEST_F(OnuGemCheck, AGemPortThatCannotBeLookedUpIsNoFinding) {
   // The tests in order: the ONU's line profile, the GEM port.
   fail_call(PlatformCall::maapi_exists, 2);
-  expect_accepted(gpon_link(2, onu(3, uses_line("one"))));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, uses_line("one")))), Accepted());
 }
 
 TEST_F(OnuGemCheck, ANewLineProfileThatCannotBeReadHasNoGemPort) {
   fail_call(PlatformCall::maapi_get_elem);
-  expect_rejected(gpon_link(2, onu(3, uses_line("one"))), gem_missing(10, 2, 3));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, uses_line("one")))), Rejected(gem_missing(10, 2, 3)));
 }
 
 TEST_F(OnuGemCheck, AllServicePortsAreReadOnceAndTheirNamesFreed) {
   std::string ports;
   for (int id = 1; id <= 301; ++id) ports += service_port(id, "gpon", "1/1/2", 3, 2);
   running(line_profiles() + gpon_link(2, onu(3, uses_line("both")) + onu(4)) + ports);
-  expect_accepted(gpon_link(2, onu_gone(4)));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4))), Accepted());
   EXPECT_EQ(calls(PlatformCall::maapi_get_objects), 2U);
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 301U);
 
-  expect_rejected(gpon_link(2, onu_gone(3)), in_use(1, 3, "1 1 2"));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3))), Rejected(in_use(1, 3, "1 1 2")));
   EXPECT_EQ(calls(PlatformCall::maapi_get_objects), 3U);
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 601U);
 }
@@ -295,15 +292,16 @@ TEST_F(OnuGemCheck, TheSessionIsClosedBeforeTheTransactionIsRead) {
 
 TEST_F(OnuGemCheck, TheFlowTellsBeginAndEndOnly) {
   TraceCapture trace(TraceLevel::kFlow);
-  expect_accepted(gpon_link(2, onu_gone(3) + onu(4, uses_line("one")) + onu(6)) +
-                  deleted_service_port(10));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3) + onu(4, uses_line("one")) + onu(6)) +
+                         deleted_service_port(10)),
+              Accepted());
   EXPECT_EQ(trace.records().size(), 2U);
 }
 
 TEST_F(OnuGemCheck, TheCheckIsTraced) {
   TraceCapture trace(TraceLevel::kDetail);
-  expect_rejected(gpon_link(2, onu_gone(3) + onu(4, uses_line("one")) + onu(6)),
-                  in_use(10, 3, "1 1 2"));
+  EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3) + onu(4, uses_line("one")) + onu(6))),
+              Rejected(in_use(10, 3, "1 1 2")));
   for (const char* const record :
        {"validate_onu_gem_check begin", "DETAIL validate_onu_gem_check ",
         "src/validation/gpon_onu_gem_check.cpp:",
@@ -319,7 +317,7 @@ TEST_F(OnuGemCheck, TheCheckIsTraced) {
 
 TEST_F(OnuGemCheck, AnUnchangedLineProfileIsTraced) {
   TraceCapture trace(TraceLevel::kDetail);
-  expect_accepted(gpon_link(2, onu(3, element("description", "moved"))));
+  EXPECT_THAT(answer_for(gpon_link(2, onu(3, element("description", "moved")))), Accepted());
   EXPECT_TRUE(trace.has("old line_profile: both -- new line_profile: both -- different: no"));
   EXPECT_FALSE(trace.has("Onu modified"));
 }
@@ -327,11 +325,13 @@ TEST_F(OnuGemCheck, AnUnchangedLineProfileIsTraced) {
 TEST_F(OnuGemCheck, EveryTextIsFreedOnceOverAThousandCommits) {
   constexpr int kRounds = 250;
   for (int i = 0; i < kRounds; ++i) {
-    expect_rejected(gpon_link(2, onu_gone(3)), in_use(10, 3, "1 1 2"));
-    expect_rejected(gpon_link(2, onu(3, uses_line("one"))), gem_missing(10, 2, 3));
-    expect_accepted(gpon_link(2, onu(4, uses_line(i % 2 == 0 ? "one" : "both"))));
+    EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3))), Rejected(in_use(10, 3, "1 1 2")));
+    EXPECT_THAT(answer_for(gpon_link(2, onu(3, uses_line("one")))),
+                Rejected(gem_missing(10, 2, 3)));
+    EXPECT_THAT(answer_for(gpon_link(2, onu(4, uses_line(i % 2 == 0 ? "one" : "both")))),
+                Accepted());
     fail_call(PlatformCall::qzconfd_config_session_start);
-    expect_rejected(gpon_link(2, onu(3, uses_line("one"))), kInternalError);
+    EXPECT_THAT(answer_for(gpon_link(2, onu(3, uses_line("one")))), Rejected(kInternalError));
   }
   // The interfaces of both service ports, with them a line profile, both interfaces, and nothing.
   EXPECT_EQ(calls(PlatformCall::confd_free_value), kRounds * (2U + 3U + 2U + 0U));

@@ -37,88 +37,84 @@ class ServicePortGem : public CardTest {
  protected:
   ServicePortGem() { running(card()); }
 
-  void expect_accepted(const std::string& change) {
-    const Answer answer = answer_of(kRequest, change);
-    EXPECT_EQ(answer.result, Verdict::kOk);
-    EXPECT_EQ(answer.text, "");
-  }
-  void expect_rejected(const std::string& change, const std::string& text) {
-    const Answer answer = answer_of(kRequest, change);
-    EXPECT_EQ(answer.result, Verdict::kError);
-    EXPECT_EQ(answer.text, text);
-  }
+  Answer answer_for(const std::string& change) { return answer_of(kRequest, change); }
 };
 
 TEST_F(ServicePortGem, AGemPortOfTheOnusLineProfileIsAccepted) {
-  expect_accepted(service_port(1, "gpon", "1/1/1", 1, 2));
-  expect_accepted(service_port(2, "xgspon", "1/1/1", 3, 1));
+  EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 2)), Accepted());
+  EXPECT_THAT(answer_for(service_port(2, "xgspon", "1/1/1", 3, 1)), Accepted());
 }
 
 TEST_F(ServicePortGem, AGemPortThatTheLineProfileLacksIsRejected) {
-  expect_rejected(service_port(9, "gpon", "1/1/1", 1, 3), gem_missing(9, 3, 1));
-  expect_rejected(service_port(9, "xgspon", "1/1/1", 3, 3), gem_missing(9, 3, 3));
+  EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/1", 1, 3)), Rejected(gem_missing(9, 3, 1)));
+  EXPECT_THAT(answer_for(service_port(9, "xgspon", "1/1/1", 3, 3)), Rejected(gem_missing(9, 3, 3)));
 }
 
 TEST_F(ServicePortGem, AnOnuWithoutALineProfileHasNoGemPort) {
-  expect_rejected(service_port(9, "gpon", "1/1/1", 2, 1), gem_missing(9, 1, 2));
+  EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/1", 2, 1)), Rejected(gem_missing(9, 1, 2)));
 }
 
 TEST_F(ServicePortGem, AnOnuWithADanglingLineProfileHasNoGemPort) {
   running(card() + gpon_link(2, onu(1, uses_line("gone"))));
-  expect_rejected(service_port(9, "gpon", "1/1/2", 1, 1), gem_missing(9, 1, 1));
+  EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/2", 1, 1)), Rejected(gem_missing(9, 1, 1)));
 }
 
 TEST_F(ServicePortGem, OfAMissingOnuTheGemPortIsTold) {
-  expect_rejected(service_port(9, "gpon", "1/1/1", 3, 1), gem_missing(9, 1, 3));
-  expect_rejected(service_port(9, "xgspon", "1/1/1", 1, 1), gem_missing(9, 1, 1));
-  expect_rejected(service_port(9, "gpon", "1/1/2", 1, 1), gem_missing(9, 1, 1));
+  EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/1", 3, 1)), Rejected(gem_missing(9, 1, 3)));
+  EXPECT_THAT(answer_for(service_port(9, "xgspon", "1/1/1", 1, 1)), Rejected(gem_missing(9, 1, 1)));
+  EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/2", 1, 1)), Rejected(gem_missing(9, 1, 1)));
   // Both findings set a text, the later one stays.
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 6U);
 }
 
 TEST_F(ServicePortGem, AModificationIsLookedAt) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 1));
-  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 3), gem_missing(1, 3, 1));
+  EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 3)), Rejected(gem_missing(1, 3, 1)));
   // Any change of a port brings it before the check, one that dangled before too.
   running(card() + service_port(1, "gpon", "1/1/1", 1, 3));
-  expect_rejected(element("service-port", element("id", "1") + element("admin-enabled", "true")),
-                  gem_missing(1, 3, 1));
+  EXPECT_THAT(
+      answer_for(element("service-port", element("id", "1") + element("admin-enabled", "true"))),
+      Rejected(gem_missing(1, 3, 1)));
 }
 
 TEST_F(ServicePortGem, APortThatDoesNotChangeIsNotLookedAt) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 3));
-  expect_accepted(service_port(2, "gpon", "1/1/1", 1, 1));
+  EXPECT_THAT(answer_for(service_port(2, "gpon", "1/1/1", 1, 1)), Accepted());
 }
 
 TEST_F(ServicePortGem, ADeletionIsAlwaysAccepted) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 3));
-  expect_accepted(deleted_service_port(1));
+  EXPECT_THAT(answer_for(deleted_service_port(1)), Accepted());
   EXPECT_EQ(calls(PlatformCall::maapi_get_values), 0U);
 }
 
 TEST_F(ServicePortGem, ADeletionDoesNotHideWhatComesBehindIt) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 1));
-  expect_rejected(deleted_service_port(1) + service_port(2, "gpon", "1/1/1", 1, 3),
-                  gem_missing(2, 3, 1));
+  EXPECT_THAT(answer_for(deleted_service_port(1) + service_port(2, "gpon", "1/1/1", 1, 3)),
+              Rejected(gem_missing(2, 3, 1)));
 }
 
 TEST_F(ServicePortGem, WhatTheSameTransactionBringsCounts) {
-  expect_accepted(service_port(1, "gpon", "1/1/1", 4, 7) + gpon_link(1, onu(4, uses_line("new"))) +
-                  line_profile("new", gem(7)));
+  EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 4, 7) +
+                         gpon_link(1, onu(4, uses_line("new"))) + line_profile("new", gem(7))),
+              Accepted());
 }
 
 TEST_F(ServicePortGem, TheFirstFailureEndsTheCheck) {
-  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 3) + service_port(2, "gpon", "1/1/1", 1, 4),
-                  gem_missing(1, 3, 1));
+  EXPECT_THAT(
+      answer_for(service_port(1, "gpon", "1/1/1", 1, 3) + service_port(2, "gpon", "1/1/1", 1, 4)),
+      Rejected(gem_missing(1, 3, 1)));
   EXPECT_EQ(calls(PlatformCall::maapi_get_values), 1U);
-  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 1) + service_port(2, "gpon", "1/1/1", 1, 4),
-                  gem_missing(2, 4, 1));
+  EXPECT_THAT(
+      answer_for(service_port(1, "gpon", "1/1/1", 1, 1) + service_port(2, "gpon", "1/1/1", 1, 4)),
+      Rejected(gem_missing(2, 4, 1)));
 }
 
 TEST_F(ServicePortGem, APortWithoutALinkIsPassedOver) {
   const std::string port = element("service-port", element("id", "1"));
-  expect_accepted(port);
-  expect_rejected(port + service_port(2, "gpon", "1/1/1", 1, 3), gem_missing(2, 3, 1));
+  EXPECT_THAT(answer_for(port), Accepted());
+  EXPECT_THAT(answer_for(port + service_port(2, "gpon", "1/1/1", 1, 3)),
+              Rejected(gem_missing(2, 3, 1)));
 }
 
 TEST_F(ServicePortGem, APortWithBothLinksIsPassedOver) {
@@ -139,7 +135,7 @@ TEST_F(ServicePortGem, AnIncompletePortIsRejectedWithoutAText) {
       element("xgspon", element("id", "1/1/1") + element("onu", element("id", "3")));
   for (const std::string& link : {only_interface, without_gem}) {
     TraceCapture trace(TraceLevel::kDetail);
-    expect_rejected(element("service-port", element("id", "1") + link), "");
+    EXPECT_THAT(answer_for(element("service-port", element("id", "1") + link)), Rejected(""));
     EXPECT_TRUE(trace.has("DETAIL iterate_sp_for_gem_check_validation "));
     EXPECT_TRUE(trace.has("error reading sp values from confd"));
   }
@@ -150,14 +146,16 @@ TEST_F(ServicePortGem, AnIncompletePortIsRejectedWithoutAText) {
 
 TEST_F(ServicePortGem, AFailedIterationIsRejectedWithoutAText) {
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
-  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 1), "");
+  EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 1)), Rejected(""));
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 0U);
 }
 
 TEST_F(ServicePortGem, APortThatCannotBeReadEndsTheCheckWithSuccess) {
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::maapi_get_values);
-  expect_accepted(service_port(1, "gpon", "1/1/1", 1, 3) + service_port(2, "gpon", "1/1/1", 1, 3));
+  EXPECT_THAT(
+      answer_for(service_port(1, "gpon", "1/1/1", 1, 3) + service_port(2, "gpon", "1/1/1", 1, 3)),
+      Accepted());
   EXPECT_EQ(calls(PlatformCall::maapi_get_values), 1U);
   EXPECT_TRUE(
       trace.has(std::string("Error to get SP 1 values from ConfD (err=") + confd_lasterr() + ")"));
@@ -168,17 +166,17 @@ TEST_F(ServicePortGem, AnExistenceTestThatFailsIsNoFinding) {
   // The tests in order: the ONU, its line profile, the GEM port.
   const std::string missing_onu = service_port(1, "gpon", "1/1/1", 3, 1);
   fail_call(PlatformCall::maapi_exists, 1);
-  expect_rejected(missing_onu, gem_missing(1, 1, 3));
+  EXPECT_THAT(answer_for(missing_onu), Rejected(gem_missing(1, 1, 3)));
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 1U);
   fail_call(PlatformCall::maapi_exists, 3);
-  expect_rejected(missing_onu, onu_missing(1, 3, "gpon", "1/1/1"));
+  EXPECT_THAT(answer_for(missing_onu), Rejected(onu_missing(1, 3, "gpon", "1/1/1")));
   fail_call(PlatformCall::maapi_exists, 3);
-  expect_accepted(service_port(1, "gpon", "1/1/1", 1, 3));
+  EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 3)), Accepted());
 }
 
 TEST_F(ServicePortGem, ALineProfileThatCannotBeReadHasNoGemPort) {
   fail_call(PlatformCall::maapi_get_elem);
-  expect_rejected(service_port(1, "gpon", "1/1/1", 1, 1), gem_missing(1, 1, 1));
+  EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 1)), Rejected(gem_missing(1, 1, 1)));
 }
 
 TEST_F(ServicePortGem, TheKeypathMustBeOfServicePorts) {
@@ -191,7 +189,7 @@ TEST_F(ServicePortGem, TheKeypathMustBeOfServicePorts) {
 }
 
 TEST_F(ServicePortGem, AnInterfaceNameIsNoFormat) {
-  expect_rejected(service_port(1, "gpon", "50%d", 1, 1), gem_missing(1, 1, 1));
+  EXPECT_THAT(answer_for(service_port(1, "gpon", "50%d", 1, 1)), Rejected(gem_missing(1, 1, 1)));
 }
 
 class SingleServicePort : public ServicePortGem {
@@ -223,7 +221,8 @@ TEST_F(SingleServicePort, OfAnUnknownKindOfLinkFails) {
 TEST_F(ServicePortGem, TheCheckIsTraced) {
   running(card() + service_port(2, "gpon", "1/1/1", 1, 1));
   TraceCapture trace(TraceLevel::kDetail);
-  expect_accepted(service_port(1, "xgspon", "1/1/1", 3, 1) + deleted_service_port(2));
+  EXPECT_THAT(answer_for(service_port(1, "xgspon", "1/1/1", 3, 1) + deleted_service_port(2)),
+              Accepted());
   for (const char* const record :
        {"validate_sp_gem_check begin",
         "validate_sp_gem_check: Validating keypath: /config/service-port",
@@ -243,12 +242,14 @@ TEST_F(ServicePortGem, TheFlowTellsNoDetails) {
   const auto end = testing::HasSubstr("validate_sp_gem_check end - ");
   {
     TraceCapture trace(TraceLevel::kFlow);
-    expect_accepted(service_port(1, "gpon", "1/1/1", 1, 1) + deleted_service_port(2));
+    EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 1) + deleted_service_port(2)),
+                Accepted());
     EXPECT_THAT(trace.records(), testing::ElementsAre(begin, id, values, end));
   }
   TraceCapture trace(TraceLevel::kFlow);
-  expect_rejected(element("service-port", element("id", "3") + element("gpon", element("id", "x"))),
-                  "");
+  EXPECT_THAT(
+      answer_for(element("service-port", element("id", "3") + element("gpon", element("id", "x")))),
+      Rejected(""));
   EXPECT_THAT(trace.records(), testing::ElementsAre(begin, id, values, values, end));
 }
 
@@ -311,9 +312,9 @@ TEST_F(ServicePortGem, EveryTextIsFreedOnceOverAThousandCommits) {
   const std::string incomplete =
       element("service-port", element("id", "0") + element("gpon", element("id", "1/1/1")));
   for (int i = 0; i < kRounds; ++i) {
-    expect_rejected(service_port(1, "gpon", "1/1/1", 1, 3), gem_missing(1, 3, 1));
-    expect_rejected(incomplete, "");
-    expect_accepted(service_port(1, "gpon", "1/1/1", 1, 1 + i % 2));
+    EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 3)), Rejected(gem_missing(1, 3, 1)));
+    EXPECT_THAT(answer_for(incomplete), Rejected(""));
+    EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 1 + i % 2)), Accepted());
   }
   // An interface and a line profile, an interface, and again both.
   EXPECT_EQ(calls(PlatformCall::confd_free_value), kRounds * (2U + 1U + 2U));

@@ -68,16 +68,7 @@ class ServicePortGlobal : public CardTest {
     insert(card);
   }
 
-  void expect_accepted(const std::string& change) {
-    const Answer answer = answer_of(kGlobal, change);
-    EXPECT_EQ(answer.result, Verdict::kOk);
-    EXPECT_EQ(answer.text, "");
-  }
-  void expect_rejected(const std::string& change, const std::string& text) {
-    const Answer answer = answer_of(kGlobal, change);
-    EXPECT_EQ(answer.result, Verdict::kError);
-    EXPECT_EQ(answer.text, text);
-  }
+  Answer answer_for(const std::string& change) { return answer_of(kGlobal, change); }
 
   /// The whole-list check on what the change leaves; the text that it sets.
   std::string text_of_list_check(std::int32_t expected_result) {
@@ -96,81 +87,81 @@ class ServicePortGlobal : public CardTest {
 
 TEST_F(ServicePortGlobal, APortWithTrafficOfItsOwnIsAccepted) {
   running(service_port(1, "gpon", "1/1/1", 1, 1, 10));
-  expect_accepted(service_port(2, "gpon", "1/1/1", 1, 1, 11));
-  expect_accepted(service_port(3, "xgspon", "1/1/1", 1, 1, 10));
-  expect_accepted(service_port(4, "gpon", "1/1/1", 1, 1));
+  EXPECT_THAT(answer_for(service_port(2, "gpon", "1/1/1", 1, 1, 11)), Accepted());
+  EXPECT_THAT(answer_for(service_port(3, "xgspon", "1/1/1", 1, 1, 10)), Accepted());
+  EXPECT_THAT(answer_for(service_port(4, "gpon", "1/1/1", 1, 1)), Accepted());
 }
 
 TEST_F(ServicePortGlobal, APortWithTheTrafficOfAnotherIsRejected) {
   running(service_port(7, "gpon", "1/1/1", 1, 1, 10) + service_port(9, "xgspon", "1/1/2", 1, 1));
-  expect_rejected(service_port(8, "gpon", "1/1/1", 1, 1, 10), conflict(7, 8));
-  expect_rejected(service_port(5, "gpon", "1/1/1", 1, 1, 10), conflict(5, 7));
-  expect_rejected(service_port(10, "xgspon", "1/1/2", 1, 1), conflict(9, 10));
+  EXPECT_THAT(answer_for(service_port(8, "gpon", "1/1/1", 1, 1, 10)), Rejected(conflict(7, 8)));
+  EXPECT_THAT(answer_for(service_port(5, "gpon", "1/1/1", 1, 1, 10)), Rejected(conflict(5, 7)));
+  EXPECT_THAT(answer_for(service_port(10, "xgspon", "1/1/2", 1, 1)), Rejected(conflict(9, 10)));
 }
 
 TEST_F(ServicePortGlobal, AModificationIsLookedAtToo) {
   running(service_port(1, "gpon", "1/1/1", 1, 1, 10) + service_port(2, "gpon", "1/1/1", 1, 1, 11));
-  expect_rejected(
-      element("service-port",
-              element("id", "2") + element("match", element("vlan", element("vlan-id", "10")))),
-      conflict(1, 2));
+  EXPECT_THAT(answer_for(element("service-port",
+                                 element("id", "2") +
+                                     element("match", element("vlan", element("vlan-id", "10"))))),
+              Rejected(conflict(1, 2)));
 }
 
 TEST_F(ServicePortGlobal, DeletionsAloneDoNotReadTheList) {
   running(own_port(1) + same_as(1, 2) + own_port(3));
-  expect_accepted(deleted_service_port(3));
+  EXPECT_THAT(answer_for(deleted_service_port(3)), Accepted());
   EXPECT_EQ(calls(PlatformCall::maapi_get_objects), 0U);
   EXPECT_EQ(calls(PlatformCall::maapi_init_cursor), 0U);
 }
 
 TEST_F(ServicePortGlobal, ADeletionBesideACreationDoesNotHideIt) {
   running(own_port(1) + own_port(2));
-  expect_rejected(deleted_service_port(1) + same_as(2, 3), conflict(2, 3));
+  EXPECT_THAT(answer_for(deleted_service_port(1) + same_as(2, 3)), Rejected(conflict(2, 3)));
 }
 
 TEST_F(ServicePortGlobal, TheTrafficOfADeletedPortIsFree) {
   running(own_port(1));
-  expect_accepted(deleted_service_port(1) + same_as(1, 2));
+  EXPECT_THAT(answer_for(deleted_service_port(1) + same_as(1, 2)), Accepted());
 }
 
 TEST_F(ServicePortGlobal, AFailedIterationIsRejectedWithoutAText) {
   running(own_port(1));
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
-  expect_rejected(own_port(2), "");
+  EXPECT_THAT(answer_for(own_port(2)), Rejected(""));
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 0U);
 }
 
 TEST_F(ServicePortGlobal, AsManyAsTheCardAllowsAreAccepted) {
   limit_to(3);
   running(own_ports(1, 2));
-  expect_accepted(own_port(3));
-  expect_rejected(own_port(4), limit(4, 3));
+  EXPECT_THAT(answer_for(own_port(3)), Accepted());
+  EXPECT_THAT(answer_for(own_port(4)), Rejected(limit(4, 3)));
 }
 
 TEST_F(ServicePortGlobal, ACardWithoutALimitAllows4096) {
   running(own_ports(1, 4095));
-  expect_accepted(own_port(4096));
-  expect_rejected(own_port(4097), limit(4097, 4096));
+  EXPECT_THAT(answer_for(own_port(4096)), Accepted());
+  EXPECT_THAT(answer_for(own_port(4097)), Rejected(limit(4097, 4096)));
 }
 
 TEST_F(ServicePortGlobal, TheLimitIsToldBeforeAConflict) {
   limit_to(2);
   running(own_ports(1, 3));
   // The conflict is the last port, so three count before it.
-  expect_rejected(same_as(1, 4), limit(3, 2));
+  EXPECT_THAT(answer_for(same_as(1, 4)), Rejected(limit(3, 2)));
 }
 
 TEST_F(ServicePortGlobal, ConflictingPortsAreNotCounted) {
   limit_to(3);
   running(own_ports(1, 3));
-  expect_rejected(same_as(1, 4), conflict(1, 4));
+  EXPECT_THAT(answer_for(same_as(1, 4)), Rejected(conflict(1, 4)));
 }
 
 TEST_F(ServicePortGlobal, PortsWithoutALinkAreNeitherCountedNorCompared) {
   limit_to(1);
   running(port_without_link(1) + port_without_link(2));
-  expect_accepted(own_port(3));
-  expect_rejected(own_port(4), limit(2, 1));
+  EXPECT_THAT(answer_for(own_port(3)), Accepted());
+  EXPECT_THAT(answer_for(own_port(4)), Rejected(limit(2, 1)));
 }
 
 TEST_F(ServicePortGlobal, PortsWithBothLinksAreNeitherCountedNorCompared) {
@@ -247,10 +238,10 @@ TEST_F(ServicePortGlobal, PortsOfAnAbandonedBatchMayBeRepeated) {
 TEST_F(ServicePortGlobal, AFailedReadIsRejectedWithAnEmptyText) {
   running(own_port(1));
   fail_call(PlatformCall::maapi_get_objects);
-  expect_rejected(own_port(2), "");
+  EXPECT_THAT(answer_for(own_port(2)), Rejected(""));
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 1U);
   fail_call(PlatformCall::maapi_init_cursor);
-  expect_rejected(own_port(2), "");
+  EXPECT_THAT(answer_for(own_port(2)), Rejected(""));
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 2U);
 }
 
@@ -272,7 +263,7 @@ TEST_F(ServicePortGlobal, TheListIsReadInBatchesAndNotByLeaf) {
                                      std::pair(kBatch, 2), std::pair(kBatch + 1, 2)}) {
     running(own_ports(2, ports));
     const std::uint64_t before = calls(PlatformCall::maapi_get_objects);
-    expect_accepted(own_port(1));
+    EXPECT_THAT(answer_for(own_port(1)), Accepted());
     EXPECT_EQ(calls(PlatformCall::maapi_get_objects) - before, static_cast<unsigned>(reads))
         << ports;
   }
@@ -303,9 +294,9 @@ TEST_F(ServicePortGlobal, TheCursorIsClosed) {
 TEST_F(ServicePortGlobal, EachPortIsTracedAtItsOwnLevel) {
   running(service_port(1, "gpon", "1/1/1", 2, 3, 10));
   TraceCapture trace(TraceLevel::kEntry);
-  expect_rejected(
-      service_port(4, "xgspon", "1/1/5", 6, 7) + service_port(8, "gpon", "1/1/1", 2, 3, 10),
-      conflict(1, 8));
+  EXPECT_THAT(answer_for(service_port(4, "xgspon", "1/1/5", 6, 7) +
+                         service_port(8, "gpon", "1/1/1", 2, 3, 10)),
+              Rejected(conflict(1, 8)));
   const std::vector<std::string> expected{
       "service_port_global_validation begin",
       "Validate SP 1 (gpon=1 1 1, onu=2, gem=3) Match Vlan 10 begin.",
@@ -327,7 +318,7 @@ TEST_F(ServicePortGlobal, KeypathsAreTracedInDetail) {
   running(own_port(1));
   TraceCapture trace(TraceLevel::kDetail);
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
-  expect_rejected(own_port(2), "");
+  EXPECT_THAT(answer_for(own_port(2)), Rejected(""));
   EXPECT_TRUE(trace.has("Validating keypath: /config/service-port"));
   EXPECT_TRUE(trace.has("Error iterating keypath: /config/service-port"));
 }
@@ -335,11 +326,11 @@ TEST_F(ServicePortGlobal, KeypathsAreTracedInDetail) {
 TEST_F(ServicePortGlobal, TheFlowTellsBeginAndEndOnly) {
   running(own_port(1));
   TraceCapture accepted(TraceLevel::kFlow);
-  expect_accepted(own_port(2));
+  EXPECT_THAT(answer_for(own_port(2)), Accepted());
   EXPECT_EQ(accepted.records().size(), 2U);
   TraceCapture failed(TraceLevel::kFlow);
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
-  expect_rejected(own_port(3), "");
+  EXPECT_THAT(answer_for(own_port(3)), Rejected(""));
   EXPECT_EQ(failed.records().size(), 2U);
 }
 
@@ -389,9 +380,9 @@ TEST_F(ServicePortGlobal, EveryNameIsFreedOnceOverAThousandCommits) {
   constexpr int kRounds = 334;
   for (int i = 0; i < kRounds; ++i) {
     running(own_ports(1, 3));
-    expect_rejected(same_as(1, 4) + own_port(5), conflict(1, 4));
-    expect_rejected(incomplete_port(0) + own_port(4), "");
-    expect_accepted(own_port(4) + port_without_link(5));
+    EXPECT_THAT(answer_for(same_as(1, 4) + own_port(5)), Rejected(conflict(1, 4)));
+    EXPECT_THAT(answer_for(incomplete_port(0) + own_port(4)), Rejected(""));
+    EXPECT_THAT(answer_for(own_port(4) + port_without_link(5)), Accepted());
   }
   EXPECT_EQ(calls(PlatformCall::confd_free_value), kRounds * (5U + 5U + 4U));
 }
@@ -411,21 +402,13 @@ class ServicePortDeleteAll : public CardTest {
  protected:
   static std::string link_with_onu() { return gpon_link(1) + xgspon_link(2, onu(1)); }
 
-  void expect_accepted(const std::string& change) {
-    const Answer answer = answer_of(kDeleteAll, change);
-    EXPECT_EQ(answer.result, Verdict::kOk);
-    EXPECT_EQ(answer.text, "");
-  }
-  void expect_warning(const std::string& change, const std::string& text = kWarning) {
-    const Answer answer = answer_of(kDeleteAll, change);
-    EXPECT_EQ(answer.result, Verdict::kWarning);
-    EXPECT_EQ(answer.text, text);
-  }
+  Answer answer_for(const std::string& change) { return answer_of(kDeleteAll, change); }
 };
 
 TEST_F(ServicePortDeleteAll, AllOfSeveralGoingIsWarnedOf) {
   running(link_with_onu() + own_ports(1, 2));
-  expect_warning(deleted_service_port(1) + deleted_service_port(2));
+  EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2)),
+              AsksToConfirm(kWarning));
 }
 
 TEST_F(ServicePortDeleteAll, ConfirmedTheyGo) {
@@ -439,39 +422,40 @@ TEST_F(ServicePortDeleteAll, ConfirmedTheyGo) {
 
 TEST_F(ServicePortDeleteAll, OneOfTwoMayGo) {
   running(link_with_onu() + own_ports(1, 2));
-  expect_accepted(deleted_service_port(1));
+  EXPECT_THAT(answer_for(deleted_service_port(1)), Accepted());
 }
 
 TEST_F(ServicePortDeleteAll, ALonePortMayGo) {
   running(link_with_onu() + own_port(1));
-  expect_accepted(deleted_service_port(1));
+  EXPECT_THAT(answer_for(deleted_service_port(1)), Accepted());
 }
 
 TEST_F(ServicePortDeleteAll, AllReplacedByAnotherMayGo) {
   running(link_with_onu() + own_ports(1, 2));
-  expect_accepted(deleted_service_port(1) + deleted_service_port(2) + own_port(3));
+  EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2) + own_port(3)),
+              Accepted());
 }
 
 TEST_F(ServicePortDeleteAll, OnusOnLinksOfBothKindsCount) {
   const std::string change = deleted_service_port(1) + deleted_service_port(2);
   running(own_ports(1, 2) + gpon_link(1) + gpon_link(2, onu(5)));
-  expect_warning(change);
+  EXPECT_THAT(answer_for(change), AsksToConfirm(kWarning));
   running(own_ports(1, 2) + gpon_link(1) + xgspon_link(2) + xgspon_link(3, onu(5)));
-  expect_warning(change);
+  EXPECT_THAT(answer_for(change), AsksToConfirm(kWarning));
 }
 
 TEST_F(ServicePortDeleteAll, WithoutOnusAllMayGo) {
   const std::string ports = deleted_service_port(1) + deleted_service_port(2);
   running(own_ports(1, 2) + gpon_link(1) + xgspon_link(2));
-  expect_accepted(ports);
+  EXPECT_THAT(answer_for(ports), Accepted());
   running(own_ports(1, 2) + gpon_link(1, onu(1)));
-  expect_accepted(ports + gpon_link(1, onu(1, "", "delete")));
+  EXPECT_THAT(answer_for(ports + gpon_link(1, onu(1, "", "delete"))), Accepted());
 }
 
 TEST_F(ServicePortDeleteAll, WithoutASessionThereIsNoWarning) {
   running(link_with_onu() + own_ports(1, 2));
   fail_call(PlatformCall::qzconfd_config_session_start);
-  expect_accepted(deleted_service_port(1) + deleted_service_port(2));
+  EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2)), Accepted());
   EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end), 1U);
   EXPECT_EQ(calls(PlatformCall::maapi_num_instances), 0U);
 }
@@ -481,7 +465,7 @@ TEST_F(ServicePortDeleteAll, ACountThatCannotBeReadIsNoReasonToWarn) {
        {PlatformCall::cdb_num_instances, PlatformCall::maapi_num_instances}) {
     running(link_with_onu() + own_ports(1, 2));
     fail_call(count);
-    expect_accepted(deleted_service_port(1) + deleted_service_port(2));
+    EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2)), Accepted());
   }
 }
 
@@ -491,21 +475,21 @@ TEST_F(ServicePortDeleteAll, ALinkThatCannotBeReadHasNoOnus) {
     running(own_ports(1, 2) + gpon_link(1, onu(1)));
     TraceCapture trace(TraceLevel::kFlow);
     fail_call(PlatformCall::maapi_num_instances, 2);
-    expect_accepted(change);
+    EXPECT_THAT(answer_for(change), Accepted());
     EXPECT_TRUE(trace.has("FLOW get_number_onus_in_candidate "));
     EXPECT_TRUE(
         trace.has(std::string("Failed to get number of ONUs. (err: ") + confd_lasterr() + ")."));
   }
   running(own_ports(1, 2) + gpon_link(1, onu(1)) + gpon_link(2, onu(1) + onu(2)));
   fail_call(PlatformCall::maapi_num_instances, 2);
-  expect_warning(change);
+  EXPECT_THAT(answer_for(change), AsksToConfirm(kWarning));
 }
 
 TEST_F(ServicePortDeleteAll, AListOfLinksThatCannotBeReadHasNoOnus) {
   for (const PlatformCall step : {PlatformCall::maapi_init_cursor, PlatformCall::maapi_get_next}) {
     running(own_ports(1, 2) + gpon_link(1, onu(1)));
     fail_call(step);
-    expect_accepted(deleted_service_port(1) + deleted_service_port(2));
+    EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2)), Accepted());
   }
 }
 
@@ -544,7 +528,8 @@ TEST_F(ServicePortDeleteAll, ThePlatformIsAskedInThisOrder) {
 TEST_F(ServicePortDeleteAll, TheFiguresAreTraced) {
   running(link_with_onu() + own_ports(1, 2));
   TraceCapture trace(TraceLevel::kFlow);
-  expect_warning(deleted_service_port(1) + deleted_service_port(2));
+  EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2)),
+              AsksToConfirm(kWarning));
   ASSERT_EQ(trace.records().size(), 3U);
   EXPECT_TRUE(trace.has("service_port_delete_all_warning begin"));
   EXPECT_TRUE(trace.has("FLOW service_port_delete_all_warning "));
@@ -570,11 +555,11 @@ TEST_F(ServicePortDeleteAll, TheDaemonMayPutAnotherText) {
   running(link_with_onu() + own_ports(1, 2));
   {
     const ReplacedWarning replaced("100% of them%s?");
-    expect_warning(change, "100% of them%s?");
+    EXPECT_THAT(answer_for(change), AsksToConfirm("100% of them%s?"));
   }
   const std::string long_text(9000, 'x');
   const ReplacedWarning replaced(long_text.c_str());
-  expect_warning(change, long_text.substr(0, 8191));
+  EXPECT_THAT(answer_for(change), AsksToConfirm(long_text.substr(0, 8191)));
 }
 
 }  // namespace

@@ -39,65 +39,56 @@ class VlanLimit : public CardTest {
   Answer answer_for(const std::string& content) {
     return answer_of(kRequest, service_profile("sp", content));
   }
-
-  void expect_accepted(const std::string& content) {
-    const Answer answer = answer_for(content);
-    EXPECT_EQ(answer.result, Verdict::kOk);
-    EXPECT_EQ(answer.text, "");
-  }
-
-  void expect_rejected(const std::string& content, const std::string& text) {
-    const Answer answer = answer_for(content);
-    EXPECT_EQ(answer.result, Verdict::kError);
-    EXPECT_EQ(answer.text, text);
-  }
 };
 
 TEST_F(VlanLimit, AnEthernetPortTakesTwentyMappings) {
-  expect_accepted(mappings(20, "a", on_ethernet({1})));
+  EXPECT_THAT(answer_for(mappings(20, "a", on_ethernet({1}))), Accepted());
 }
 
 TEST_F(VlanLimit, TheTwentyFirstMappingOfAnEthernetPortIsRejected) {
-  expect_rejected(mappings(21, "a", on_ethernet({1})), kTooMany);
+  EXPECT_THAT(answer_for(mappings(21, "a", on_ethernet({1}))), Rejected(kTooMany));
 }
 
 TEST_F(VlanLimit, EveryPortHasItsOwnCount) {
-  expect_accepted(mappings(20, "a", on_ethernet({1})) + mappings(20, "b", on_ethernet({2})));
-  expect_accepted(mappings(20, "c", on_ethernet({3, 4})));
+  EXPECT_THAT(answer_for(mappings(20, "a", on_ethernet({1})) + mappings(20, "b", on_ethernet({2}))),
+              Accepted());
+  EXPECT_THAT(answer_for(mappings(20, "c", on_ethernet({3, 4}))), Accepted());
 }
 
 TEST_F(VlanLimit, AnyPortOfAMappingMayExceedTheLimit) {
-  expect_rejected(mappings(20, "a", on_ethernet({2})) + vlan_mapping("b", on_ethernet({1, 2, 3})),
-                  kTooMany);
+  EXPECT_THAT(
+      answer_for(mappings(20, "a", on_ethernet({2})) + vlan_mapping("b", on_ethernet({1, 2, 3}))),
+      Rejected(kTooMany));
 }
 
 TEST_F(VlanLimit, TheVeipHasTheSameLimitAndText) {
-  expect_accepted(mappings(20, "a", on_veip()));
-  expect_rejected(mappings(21, "a", on_veip()), kTooMany);
+  EXPECT_THAT(answer_for(mappings(20, "a", on_veip())), Accepted());
+  EXPECT_THAT(answer_for(mappings(21, "a", on_veip())), Rejected(kTooMany));
 }
 
 TEST_F(VlanLimit, TheVeipSharesItsCountWithEthernetPort127) {
-  expect_rejected(mappings(20, "a", on_ethernet({127})) + vlan_mapping("b", on_veip()), kTooMany);
+  EXPECT_THAT(answer_for(mappings(20, "a", on_ethernet({127})) + vlan_mapping("b", on_veip())),
+              Rejected(kTooMany));
 }
 
 TEST_F(VlanLimit, BesideEthernetPortsTheVeipIsNotCounted) {
   std::string content = mappings(20, "a", on_veip());
   content += vlan_mapping("b", on_ethernet({1}) + on_veip());
-  expect_accepted(content);
+  EXPECT_THAT(answer_for(content), Accepted());
 }
 
 TEST_F(VlanLimit, AMappingWithoutAPortIsNotCounted) {
-  expect_accepted(mappings(20, "a", on_ethernet({1})) + mappings(21, "b", ""));
+  EXPECT_THAT(answer_for(mappings(20, "a", on_ethernet({1})) + mappings(21, "b", "")), Accepted());
 }
 
 TEST_F(VlanLimit, OnlyTheMappingsOfTheProfileCount) {
   running(service_profile("other", mappings(20, "a", on_ethernet({1}))));
-  expect_accepted(vlan_mapping("a1", on_ethernet({1})));
+  EXPECT_THAT(answer_for(vlan_mapping("a1", on_ethernet({1}))), Accepted());
 }
 
 TEST_F(VlanLimit, ACommittedProfileTakesNoTwentyFirstMapping) {
   running(service_profile("sp", mappings(20, "a", on_ethernet({1}))));
-  expect_rejected(vlan_mapping("b", on_ethernet({1})), kTooMany);
+  EXPECT_THAT(answer_for(vlan_mapping("b", on_ethernet({1}))), Rejected(kTooMany));
 }
 
 TEST_F(VlanLimit, AProfileWithoutMappingsIsAccepted) {
@@ -116,7 +107,7 @@ TEST_F(VlanLimit, NamesMayHoldPercentSignsAndQuotes) {
 TEST_F(VlanLimit, UnreadablePortsReject) {
   const std::string content = mappings(3, "a", on_ethernet({1}));
   fail_call(PlatformCall::maapi_get_list_elem, 2);
-  expect_rejected(content, kUnreadable);
+  EXPECT_THAT(answer_for(content), Rejected(kUnreadable));
   EXPECT_EQ(calls(PlatformCall::Logger_Debug), 1U);
   EXPECT_EQ(calls(PlatformCall::maapi_get_list_elem), 2U) << "the walk must end there";
 }
@@ -124,7 +115,7 @@ TEST_F(VlanLimit, UnreadablePortsReject) {
 TEST_F(VlanLimit, UnreadablePortsAreNotedInTheDebugLog) {
   TraceCapture trace(TraceLevel::kDetail);
   fail_call(PlatformCall::maapi_get_list_elem);
-  expect_rejected(vlan_mapping("a", on_ethernet({1})), kUnreadable);
+  EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1}))), Rejected(kUnreadable));
   EXPECT_TRUE(trace.has(kUnreadableNote));
 }
 
@@ -158,7 +149,7 @@ TEST_F(VlanLimit, WhatIsOpenedIsClosedWhateverTheAnswer) {
 }
 
 TEST_F(VlanLimit, EveryPortValueIsReleased) {
-  expect_accepted(mappings(2, "a", on_ethernet({1, 2, 3})));
+  EXPECT_THAT(answer_for(mappings(2, "a", on_ethernet({1, 2, 3}))), Accepted());
   // Each of the two new mappings is validated, and each time both are read.
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 12U);
 }
@@ -181,7 +172,7 @@ TEST_F(VlanLimit, ThePlatformIsCalledInOrder) {
 
 TEST_F(VlanLimit, TheTraceTellsTheResult) {
   TraceCapture trace(TraceLevel::kFlow);
-  expect_rejected(mappings(21, "a", on_veip()), kTooMany);
+  EXPECT_THAT(answer_for(mappings(21, "a", on_veip())), Rejected(kTooMany));
   EXPECT_TRUE(trace.has("validate_vlan_limit begin"));
   EXPECT_TRUE(trace.has("validate_vlan_limit end - ERROR - elapsed time "));
 }

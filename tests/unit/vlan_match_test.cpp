@@ -65,18 +65,6 @@ class VlanMatch : public CardTest {
         vlan_mapping("a", matching(pair.first.vlan, pair.first.cos) + first_target) +
         vlan_mapping("b", matching(pair.second.vlan, pair.second.cos) + second_target));
   }
-
-  void expect_accepted(const std::string& content) {
-    const Answer answer = answer_for(content);
-    EXPECT_EQ(answer.result, Verdict::kOk);
-    EXPECT_EQ(answer.text, "");
-  }
-
-  void expect_rejected(const std::string& content, const std::string& text) {
-    const Answer answer = answer_for(content);
-    EXPECT_EQ(answer.result, Verdict::kError);
-    EXPECT_EQ(answer.text, text);
-  }
 };
 
 TEST_F(VlanMatch, ConflictingMatchesOnOnePortAreRejectedInEitherOrder) {
@@ -113,11 +101,11 @@ TEST_F(VlanMatch, OnePortInCommonIsEnough) {
 }
 
 TEST_F(VlanMatch, EveryEarlierMatchOfThePortIsCompared) {
-  expect_rejected(vlan_mapping("a", matching("100", "1") + on_ethernet({1})) +
-                      vlan_mapping("b", matching("200", "2") + on_ethernet({1})) +
-                      vlan_mapping("c", matching("300", "1") + on_ethernet({1})) +
-                      vlan_mapping("d", matching("200", "any") + on_ethernet({1})),
-                  kSameMatch);
+  EXPECT_THAT(answer_for(vlan_mapping("a", matching("100", "1") + on_ethernet({1})) +
+                         vlan_mapping("b", matching("200", "2") + on_ethernet({1})) +
+                         vlan_mapping("c", matching("300", "1") + on_ethernet({1})) +
+                         vlan_mapping("d", matching("200", "any") + on_ethernet({1}))),
+              Rejected(kSameMatch));
 }
 
 TEST_F(VlanMatch, TheVeipComparesItsMatches) {
@@ -131,13 +119,13 @@ TEST_F(VlanMatch, TheVeipSharesEthernetPort127) {
 }
 
 TEST_F(VlanMatch, AMatchThatIsNotConfiguredIsAny) {
-  expect_rejected(vlan_mapping("a", on_ethernet({1})) +
-                      vlan_mapping("b", matching("100", "3") + on_ethernet({1})),
-                  kSameMatch);
+  EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1})) +
+                         vlan_mapping("b", matching("100", "3") + on_ethernet({1}))),
+              Rejected(kSameMatch));
 }
 
 TEST_F(VlanMatch, AMappingWithoutAPortIsRejected) {
-  expect_rejected(vlan_mapping("a", matching("100", "3")), kUnreadable);
+  EXPECT_THAT(answer_for(vlan_mapping("a", matching("100", "3"))), Rejected(kUnreadable));
   EXPECT_EQ(calls(PlatformCall::Logger_Debug), 0U);
 }
 
@@ -169,7 +157,8 @@ TEST_F(VlanMatch, WhatCannotBeReadRejects) {
     running("");
     const std::uint64_t noted = calls(PlatformCall::Logger_Debug);
     fail_call(failure.call, failure.nth);
-    expect_rejected(vlan_mapping("a", matching("100", "3") + on_ethernet({1})), kUnreadable);
+    EXPECT_THAT(answer_for(vlan_mapping("a", matching("100", "3") + on_ethernet({1}))),
+                Rejected(kUnreadable));
     EXPECT_EQ(calls(PlatformCall::Logger_Debug), noted + 1)
         << to_string(failure.call) << " " << failure.nth;
   }
@@ -192,7 +181,7 @@ TEST_F(VlanMatch, WhatIsOpenedIsClosedWhateverTheAnswer) {
 }
 
 TEST_F(VlanMatch, EveryPortValueIsReleased) {
-  expect_accepted(vlan_mapping("a", on_ethernet({1, 2, 3})));
+  EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1, 2, 3}))), Accepted());
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 3U);
 }
 
@@ -221,14 +210,14 @@ TEST_F(VlanMatch, ThePlatformIsCalledInOrder) {
 
 TEST_F(VlanMatch, NoTraceRecordIsWritten) {
   TraceCapture trace(TraceLevel::kDetail);
-  expect_accepted(vlan_mapping("a", on_ethernet({1})));
+  EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1}))), Accepted());
   EXPECT_EQ(trace.records(), std::vector<std::string>());
 }
 
 TEST_F(VlanMatch, UnreadableLeavesAreNotedInTheDebugLogOnly) {
   TraceCapture trace(TraceLevel::kDetail);
   fail_call(PlatformCall::maapi_get_elem);
-  expect_rejected(vlan_mapping("a", on_ethernet({1})), kUnreadable);
+  EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1}))), Rejected(kUnreadable));
   EXPECT_TRUE(trace.has(kUnreadableNote));
   EXPECT_EQ(trace.records().size(), 1U);
 }
