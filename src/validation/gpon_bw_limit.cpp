@@ -249,18 +249,18 @@ void add_all_onus(valid::Query& onus, LinkLoad& load) {
   }
 }
 
-/// Reads what the ONUs of the link reserve. False where the query cannot be made.
+/// Reads what the ONUs of the link reserve. False when they cannot all be read.
 bool read_link_load(int sock, const confd_trans_ctx* tctx, const std::string& slot,
                     const std::string& port, LinkLoad& load) {
   const std::string xpath =
       "/config/interface/gpon[chassis-id=1 and slot-id=" + slot + " and port-id=" + port + "]/onu";
   valid::Query onus(sock, tctx, xpath.c_str(), static_cast<int>(get_num_onus_per_ponlink()),
                     kLineProfileOfOnu);
-  if (!onus.started()) {
+  add_all_onus(onus, load);
+  if (onus.failed()) {
     VALID_TRACE_AS(kPonlinkCheck, kTraceFlow, "query failed for onu. err=%s", confd_lasterr());
     return false;
   }
-  add_all_onus(onus, load);
   return true;
 }
 

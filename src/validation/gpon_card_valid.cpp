@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <exception>
 
 #include "base.h"
 #include "card/fm_card.h"
@@ -127,10 +126,6 @@ constexpr const char* kNotApplied =
 
 bool is_rg_profile_in_use(int sock, const confd_trans_ctx* tctx) {
   valid::Query onus(sock, tctx, kOnus, kDefaultChunkSize, kRgProfile);
-  if (!onus.started()) {
-    VALID_TRACE(kTraceFlow, "query failed for onu. err=%s", confd_lasterr());
-    return true;  // rather one warning too many
-  }
   while (const confd_query_result* chunk = onus.next_chunk()) {
     for (int i = 0; i < chunk->nresults; ++i) {
       VALID_TRACE(kTraceFlow, "result %d:\n", chunk->offset + i);
@@ -143,6 +138,10 @@ bool is_rg_profile_in_use(int sock, const confd_trans_ctx* tctx) {
                        valid::value_text(CONFD_GET_TAG_VALUE(tv)).c_str());
       }
     }
+  }
+  if (onus.failed()) {
+    VALID_TRACE(kTraceFlow, "query failed for onu. err=%s", confd_lasterr());
+    return true;  // rather one warning too many
   }
   return false;
 }
@@ -176,7 +175,7 @@ int validate(confd_trans_ctx* tctx, confd_hkeypath_t* keypath, confd_value_t* ne
   }
   try {
     return validator(sock, tctx, keypath, newval);
-  } catch (const std::exception&) {
+  } catch (...) {
     return CONFD_ERR;  // the daemon takes result codes only
   }
 }

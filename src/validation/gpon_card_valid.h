@@ -16,7 +16,8 @@ int get_validation_point(char* name, int size);
 
 /// Answers one validation request: the first validator whose name begins with the request (the
 /// context's `validate_opaque`) decides. Gives CONFD_OK, CONFD_ERR or CONFD_VALIDATION_WARN, with
-/// the user's text set in the context; CONFD_OK for a request that no validator answers.
+/// the user's text set in the context; CONFD_OK for a request that no validator answers, CONFD_ERR
+/// for a validator that throws, whatever it throws.
 int validate(confd_trans_ctx* tctx, confd_hkeypath_t* keypath, confd_value_t* newval);
 
 /// Does nothing; gives 0.
@@ -25,7 +26,7 @@ int lib_finish();
 
 /// "one_shot_prov_check": warns when one-shot provisioning is switched on or off while an ONU uses
 /// an RG profile. Reads the transaction's changes at and below the keypath; newval is not used. 0,
-/// or -3 with a text; an ONU query that cannot be made counts as use.
+/// or -3 with a text; a query of the ONUs that cannot be made or read to its end counts as use.
 std::int32_t validate_one_shot_prov(std::int32_t maapi_sock, confd_trans_ctx* tctx,
                                     confd_hkeypath_t* keypath, confd_value_t* newval);
 

@@ -46,7 +46,8 @@ Query::~Query() {
 
 const confd_query_result* Query::next_chunk() {
   free_chunk();
-  if (!started() || maapi_query_result(sock_, handle_, &chunk_) != CONFD_OK) {
+  failed_ = !started() || maapi_query_result(sock_, handle_, &chunk_) != CONFD_OK;
+  if (failed_) {
     return nullptr;
   }
   return chunk_->nresults > 0 ? chunk_ : nullptr;

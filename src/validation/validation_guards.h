@@ -56,8 +56,8 @@ class Cursor {
 
 /// A query over the transaction, one selected node an entry, results as tagged values:
 ///   Query onus(sock, tctx, xpath, chunk_size, "rg-profile");
-///   if (!onus.started()) ...
 ///   while (const confd_query_result* chunk = onus.next_chunk()) { ... chunk->results[i].tv ... }
+///   if (onus.failed()) ...
 class Query {
  public:
   /// chunk_size 0 leaves the size of a chunk to ConfD.
@@ -67,17 +67,21 @@ class Query {
   Query& operator=(const Query&) = delete;
   ~Query();
 
-  [[nodiscard]] bool started() const { return handle_ >= 0; }
-
   /// The next chunk with results; it lives until the next call or the query's end. Null at the end,
-  /// and where the chunk cannot be read.
+  /// and after a failure.
   const confd_query_result* next_chunk();
 
+  /// True if the last call of next_chunk() found no chunk because the query could not be started or
+  /// read.
+  [[nodiscard]] bool failed() const { return failed_; }
+
  private:
+  [[nodiscard]] bool started() const { return handle_ >= 0; }
   void free_chunk();
 
   int sock_;
   int handle_;
+  bool failed_ = false;
   confd_query_result* chunk_ = nullptr;
 };
 

@@ -49,6 +49,7 @@ class LooseModel {
     }
     std::string text = read_file(shipped_ / "base.yang");
     loosen(text, "profile-name");
+    loosen(text, "rg-profile-name");
     loosen(text, "connection-name");
     std::ofstream(folder_ / "base.yang") << text;
   }

@@ -362,6 +362,9 @@ TEST(ModelTest, ValuesAreAcceptedByTheirTypes) {
   const store::SchemaNode& gateway =
       node_at({"interface", "gpon", "onu", "ip-host", "default-gateway"});
   const store::SchemaNode& profile = node_at({"profile", "gpon", "media-profile", "name"});
+  const store::SchemaNode& mapping =
+      node_at({"profile", "gpon", "service-profile", "vlan-mapping", "name"});
+  const store::SchemaNode& gateway_profile = node_at({"profile", "gpon", "rg-profile", "name"});
   const store::SchemaNode& connection =
       node_at({"profile", "gpon", "rg-profile", "wan-ip-connection", "name"});
   const store::SchemaNode& serial =
@@ -408,6 +411,25 @@ TEST(ModelTest, ValuesAreAcceptedByTheirTypes) {
       {profile, "brace}", false},
       {profile, "a/b", false},
       {profile, "a\"b", false},
+      {mapping, "café", true},
+      {gateway_profile, "it's-100%-~!", true},
+      {gateway_profile, std::string(64, 'x'), true},
+      {gateway_profile, std::string(65, 'x'), false},
+      {gateway_profile, "", false},
+      {gateway_profile, "two words", false},
+      {gateway_profile, "a/b", false},
+      {gateway_profile, "{brace}", false},
+      {gateway_profile, "a\"b", false},
+      {gateway_profile, "café", false},
+      {gateway_profile, "delete\x7f", false},
+      {connection, "it's-100%-~!", true},
+      {connection, "café", false},
+      {connection, "delete\x7f", false},
+      {connection, "two words", false},
+      {connection, "a/b", false},
+      {connection, "{brace}", false},
+      {connection, "a\"b", false},
+      {connection, "", false},
       {connection, std::string(48, 'x'), true},
       {connection, std::string(49, 'x'), false},
       {serial, "", true},
@@ -424,6 +446,36 @@ TEST(ModelTest, ValuesAreAcceptedByTheirTypes) {
     const LY_ERR result = lyd_value_validate(schema().context(), c.leaf.lysc, c.value.c_str(),
                                              c.value.size(), nullptr, nullptr, nullptr);
     EXPECT_EQ(result == LY_SUCCESS, c.accepted) << c.leaf.path() << " = \"" << c.value << "\"";
+  }
+}
+
+TEST(ModelTest, ARefusedNameIsAnsweredWithWhatNamesHold) {
+  constexpr const char* kNoBlanks = "A name holds no blanks, braces, slashes or double quotes.";
+  struct Case {
+    const store::SchemaNode& leaf;
+    std::string name;
+    std::string message;
+  };
+  const std::vector<Case> cases = {
+      {node_at({"profile", "gpon", "line-profile", "name"}), "two words", kNoBlanks},
+      {node_at({"profile", "gpon", "rg-profile", "name"}), "two words", kNoBlanks},
+      {node_at({"profile", "gpon", "rg-profile", "name"}), "café",
+       "The name of an RG profile holds printable ASCII only."},
+      {node_at({"profile", "gpon", "rg-profile", "wan-ip-connection", "name"}), "two words",
+       kNoBlanks},
+      {node_at({"profile", "gpon", "rg-profile", "wan-ip-connection", "name"}), "café",
+       "The name of a WAN connection holds printable ASCII only."},
+  };
+  ly_ctx* const context = schema().context();
+  for (const Case& c : cases) {
+    ly_err_clean(context, nullptr);
+    EXPECT_NE(lyd_value_validate(context, c.leaf.lysc, c.name.c_str(), c.name.size(), nullptr,
+                                 nullptr, nullptr),
+              LY_SUCCESS);
+    const ly_err_item* const error = ly_err_first(context);
+    ASSERT_NE(error, nullptr) << c.leaf.path();
+    EXPECT_STREQ(error->msg, c.message.c_str()) << c.leaf.path();
+    ly_err_clean(context, nullptr);
   }
 }
 

@@ -224,6 +224,26 @@ TEST_F(BwLimit, AFailedQueryIsRejectedWithoutText) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_stop), 0U);
 }
 
+TEST_F(BwLimit, AQueryThatBreaksOffIsRejectedWithoutText) {
+  insert(card_with_onus_per_link(1));
+  running(line("l", fixed(1)) + gpon_link(3, onus({"l", "l"})));
+  constexpr int kChunks = 3;  // one for each ONU, and the end
+  for (int failing = 1; failing <= kChunks; ++failing) {
+    TraceCapture trace(TraceLevel::kFlow);
+    fail_call(PlatformCall::maapi_query_result, failing);
+    const Answer of_link = check_link();
+    fail_call(PlatformCall::maapi_query_result, failing);
+    const Answer of_all = check_all();
+    for (const Answer& answer : {of_link, of_all}) {
+      EXPECT_EQ(answer.result, Verdict::kError) << answer.request << failing;
+      EXPECT_EQ(answer.text, "") << answer.request << failing;
+    }
+    EXPECT_EQ(trace.count("FLOW validate_ponlink_bw src/validation/gpon_bw_limit.cpp:"), 2);
+    EXPECT_EQ(trace.count("query failed for onu. err="), 2);
+  }
+  EXPECT_EQ(calls(PlatformCall::maapi_query_start), calls(PlatformCall::maapi_query_stop));
+}
+
 TEST_F(BwLimit, NothingStaysOpen) {
   running(line("l", fixed(1)) + gpon_link(3, onus({"l", "a"})) + gpon_link(4, onus({"l"})));
   ValidationSession& session = open();

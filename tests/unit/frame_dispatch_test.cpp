@@ -1,4 +1,5 @@
 #include <array>
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -172,16 +173,24 @@ TEST_F(Dispatch, AMissingSocketIsTheValidatorsToNotice) {
   EXPECT_EQ(request("config_modified_check", kServicePorts, change).result, Verdict::kOk);
 }
 
-TEST_F(Dispatch, AnExceptionBecomesAnError) {
-  set_call_hook([](PlatformCall call) -> bool {
-    if (call == PlatformCall::maapi_keypath_diff_iterate) {
-      throw std::out_of_range("a test");
-    }
-    return true;
-  });
-  const Answer answer = request("config_modified_check", kServicePorts);
-  EXPECT_EQ(answer.result, Verdict::kError);
-  EXPECT_EQ(answer.text, "");
+TEST_F(Dispatch, AnExceptionOfAnyTypeBecomesAnError) {
+  struct NoStandardException {};
+  const std::array<std::function<void()>, 3> throws{
+      [] { throw std::out_of_range("a test"); },
+      [] { throw NoStandardException(); },
+      [] { throw 1; },
+  };
+  for (const auto& throw_one : throws) {
+    set_call_hook([&throw_one](PlatformCall call) {
+      if (call == PlatformCall::maapi_keypath_diff_iterate) {
+        throw_one();
+      }
+      return true;
+    });
+    const Answer answer = request("config_modified_check", kServicePorts);
+    EXPECT_EQ(answer.result, Verdict::kError);
+    EXPECT_EQ(answer.text, "");
+  }
 }
 
 TEST(ValidationPoint, HasItsName) {

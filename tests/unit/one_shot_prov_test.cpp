@@ -137,6 +137,20 @@ TEST_F(OneShotProv, AFailedQueryCountsAsUse) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_stop), 0U);
 }
 
+TEST_F(OneShotProv, AQueryThatBreaksOffCountsAsUse) {
+  running(card("") + gpon_link(3, onu(1)));
+  constexpr int kChunks = 2;  // all ONUs, and the end
+  for (int failing = 1; failing <= kChunks; ++failing) {
+    TraceCapture trace(TraceLevel::kFlow);
+    fail_call(PlatformCall::maapi_query_result, failing);
+    const Answer answer = answer_of(kSwitchRequest, card(one_shot()));
+    EXPECT_EQ(answer.result, Verdict::kWarning) << failing;
+    EXPECT_EQ(answer.text, kNotApplied) << failing;
+    EXPECT_TRUE(trace.has("query failed for onu. err=")) << failing;
+  }
+  EXPECT_EQ(calls(PlatformCall::maapi_query_stop), static_cast<std::uint64_t>(kChunks));
+}
+
 TEST_F(OneShotProv, TheQueryEndsWithTheFirstOnuThatUsesOne) {
   running(card("") + gpon_link(3, onu(1, uses_rg("rg")) + onu(2) + onu(3, uses_rg("rg"))));
   TraceCapture trace(TraceLevel::kFlow);
