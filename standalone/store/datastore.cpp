@@ -112,6 +112,26 @@ bool key_less(const lyd_node* left, const lyd_node* right) {
   return false;
 }
 
+lyd_node* child_instance(const lyd_node* parent, const SchemaNode& node) {
+  if (node.is_key()) {
+    // Keys come first in an entry and are few.
+    lyd_node* key = lyd_child(parent);
+    while (key != nullptr && key->schema != node.lysc) key = key->next;
+    return key;
+  }
+  // The others follow in the order of the model, most of them before the entries of any list. What
+  // does not stand among the first is found by its hash.
+  constexpr int kSiblingsToTry = 16;
+  lyd_node* sibling = lyd_child(parent);
+  for (int i = 0; i < kSiblingsToTry; ++i, sibling = sibling->next) {
+    if (sibling == nullptr) return nullptr;
+    if (sibling->schema == node.lysc) return sibling;
+  }
+  lyd_node* found = nullptr;
+  lyd_find_sibling_val(sibling, node.lysc, nullptr, 0, &found);
+  return found;
+}
+
 std::string_view value_text(const lyd_node* leaf) {
   return lyd_get_value(leaf);
 }
@@ -232,23 +252,7 @@ void Datastore::load(const std::string& text, Format format) {
 // Asked of the store as its entries are: callers need not know which reads do without the indexes.
 // NOLINTNEXTLINE(readability-convert-member-functions-to-static)
 lyd_node* Datastore::child(const lyd_node* parent, const SchemaNode& node) const {
-  if (node.is_key()) {
-    // Keys come first in an entry and are few.
-    lyd_node* key = lyd_child(parent);
-    while (key != nullptr && key->schema != node.lysc) key = key->next;
-    return key;
-  }
-  // The others follow in the order of the model, most of them before the entries of any list. What
-  // does not stand among the first is found by its hash.
-  constexpr int kSiblingsToTry = 16;
-  lyd_node* sibling = lyd_child(parent);
-  for (int i = 0; i < kSiblingsToTry; ++i, sibling = sibling->next) {
-    if (sibling == nullptr) return nullptr;
-    if (sibling->schema == node.lysc) return sibling;
-  }
-  lyd_node* found = nullptr;
-  lyd_find_sibling_val(sibling, node.lysc, nullptr, 0, &found);
-  return found;
+  return child_instance(parent, node);
 }
 
 lyd_node* Datastore::entry(const lyd_node* parent, const SchemaNode& list,

@@ -63,6 +63,9 @@ class Datastore {
   std::unique_ptr<TreeKeeper> keeper_;
 };
 
+/// The first instance of the model's node below the parent, or null.
+lyd_node* child_instance(const lyd_node* parent, const SchemaNode& node);
+
 /// Type and canonical text of a leaf's value; a union's value has its member's type.
 ValueKind value_kind(const lyd_node* leaf);
 std::string_view value_text(const lyd_node* leaf);

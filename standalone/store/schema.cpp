@@ -74,15 +74,17 @@ ValueKind kind_of_base_type(LY_DATA_TYPE type) {
   }
 }
 
-ValueKind value_kind_of(const lysc_node* node) {
-  const lysc_type* type = nullptr;
-  if (node->nodetype == LYS_LEAF) {
-    type = reinterpret_cast<const lysc_node_leaf*>(node)->type;
-  } else if (node->nodetype == LYS_LEAFLIST) {
-    type = reinterpret_cast<const lysc_node_leaflist*>(node)->type;
-  } else {
-    return ValueKind::kNone;
+const lysc_type* type_of(const lysc_node* node) {
+  if (node->nodetype == LYS_LEAF) return reinterpret_cast<const lysc_node_leaf*>(node)->type;
+  if (node->nodetype == LYS_LEAFLIST) {
+    return reinterpret_cast<const lysc_node_leaflist*>(node)->type;
   }
+  return nullptr;
+}
+
+ValueKind value_kind_of(const lysc_node* node) {
+  const lysc_type* type = type_of(node);
+  if (type == nullptr) return ValueKind::kNone;
   const std::string_view name = type_name(node);
   if (name == "aes-cfb-128-encrypted-string") return ValueKind::kEncrypted;
   if (name == "ipv4-address-and-prefix-length") return ValueKind::kIpv4AndPlen;
@@ -133,10 +135,20 @@ bool counts_entries(const lysc_node* node) {
   return false;
 }
 
+bool refers_elsewhere(const lysc_type* type) {
+  if (type->basetype == LY_TYPE_UNION) {
+    const auto* members = reinterpret_cast<const lysc_type_union*>(type)->types;
+    LY_ARRAY_COUNT_TYPE i = 0;
+    LY_ARRAY_FOR(members, i) {
+      if (refers_elsewhere(members[i])) return true;
+    }
+  }
+  return type->basetype == LY_TYPE_LEAFREF || type->basetype == LY_TYPE_INST;
+}
+
 bool refers_elsewhere(const lysc_node* node) {
-  if (node->nodetype != LYS_LEAF) return false;
-  const LY_DATA_TYPE type = reinterpret_cast<const lysc_node_leaf*>(node)->type->basetype;
-  return type == LY_TYPE_LEAFREF || type == LY_TYPE_INST;
+  const lysc_type* type = type_of(node);
+  return type != nullptr && refers_elsewhere(type);
 }
 
 // A transaction has only what it edited validated. That is enough as long as no rule of the model
@@ -191,6 +203,7 @@ Schema::Schema(const std::filesystem::path& model_dir) : context_(nullptr, ly_ct
   // From here on a node of the model leads to ours.
   ly_ctx_unset_options(new_context, LY_CTX_SET_PRIV_PARSED);
   for (SchemaNode& node : nodes_) const_cast<lysc_node*>(node.lysc)->priv = &node;
+  for (SchemaNode& node : nodes_) node.rules = child_rules(node.lysc);
 }
 
 Schema::~Schema() = default;

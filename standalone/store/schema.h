@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "standalone/input_error.h"
+#include "standalone/store/child_rules.h"
 
 namespace tarnd::store {
 
@@ -57,6 +58,7 @@ struct SchemaNode {
   std::size_t num_keys = 0;                 ///< of a list: its first children are the keys
   std::size_t position = 0;                 ///< rank among all nodes, in the order of the model
   std::vector<ValidationPoint> points;
+  ChildRules rules;
 
   /// The child of that name, or null.
   [[nodiscard]] const SchemaNode* child(std::string_view child_name) const;

@@ -74,6 +74,9 @@ TEST(SchemaTest, RefusesRulesThatAnEditedSliceCannotShow) {
        {"container config { leaf a { type string; must \"../b\"; } leaf b { type string; } }",
         "container config { leaf a { type string; when \"../b\"; } leaf b { type string; } }",
         "container config { leaf a { type leafref { path \"../b\"; } } leaf b { type string; } }",
+        "container config { leaf-list a { type leafref { path \"../b\"; } } leaf b {type int8;} }",
+        "container config { leaf a { type union { type int8; type leafref { path \"../b\"; } } }\n"
+        "leaf b { type string; } }",
         "container config { list a { key k; unique v; leaf k {type int8;} leaf v {type int8;} } }",
         "container config { list a { key k; max-elements 3; leaf k { type string; } } }",
         "container config { leaf-list a { type string; min-elements 1; } }"}) {

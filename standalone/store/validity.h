@@ -1,0 +1,15 @@
+#pragma once
+
+#include <libyang/libyang.h>
+
+namespace tarnd::store {
+
+/// Checks a node of a whole configuration, or of one that was edited, with all below against what
+/// the model says beyond each single value: mandatory nodes and choices exist, nodes of two cases
+/// of a choice do not, and nothing exists twice. Instances of one list or leaf-list must be
+/// neighbours. Throws InputError, whose text names the place:
+/// "/config/profile/gpon/line-profile{gold}/tcont{1}: mandatory node 'bandwidth-profile' does not
+/// exist".
+void check_subtree(const lyd_node* node);
+
+}  // namespace tarnd::store
