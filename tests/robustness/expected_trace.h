@@ -44,7 +44,7 @@ std::string end(const std::string& validator, const std::string& word);
 std::string debug_log(const std::string& text);
 
 /// A card of the test's own, and what its validators write.
-class TraceTest : public CardTest {
+class TraceTest : public CardFixture {
  protected:
   /// The records of a request on the keypath after the change.
   Records records_of(const std::string& request, const std::string& keypath,

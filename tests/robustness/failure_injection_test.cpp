@@ -8,7 +8,7 @@
 
 #include "gpon_vald_trace_itf.h"
 #include "tests/robustness/validations.h"
-#include "tests/unit/frame_trace_capture.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -265,7 +265,7 @@ bool ends_the_process(const Validation& validation, PlatformCall failing) {
          (failing == PlatformCall::confd_cs_node_cd && validation.request != "vlan_match_check");
 }
 
-class FailureInjection : public CardTest, public testing::WithParamInterface<Validation> {
+class FailureInjection : public CardFixture, public testing::WithParamInterface<Validation> {
  protected:
   FailureInjection() {
     running(whole_card());

@@ -8,7 +8,7 @@
 #include "gpon_vald_trace_itf.h"
 #include "standalone/middleware/trace.h"
 #include "tests/robustness/validations.h"
-#include "tests/unit/platform_in_place.h"
+#include "tests/support/platform_in_place.h"
 #include "valid_service_port.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.
@@ -68,7 +68,7 @@ confd_hkeypath_t link_leaf(std::uint32_t leaf, std::uint32_t list) {
                   {tag(base_config)}});
 }
 
-class HostileContext : public CardTest {
+class HostileContext : public CardFixture {
  protected:
   HostileContext() { running(whole_card()); }
 

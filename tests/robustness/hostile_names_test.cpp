@@ -498,7 +498,7 @@ TEST_F(LooseNamesDeathTest, TheFaultsTextIsCutAt349Characters) {
 
 // ---- Texts that the model lets be anything
 
-class HostileTexts : public CardTest {
+class HostileTexts : public CardFixture {
  protected:
   Outcome ask(const std::string& request, const std::string& keypath,
               const std::string& change = "") {

@@ -156,7 +156,7 @@ std::vector<Commit> round_of_commits() {
   };
 }
 
-class LongLife : public CardTest {
+class LongLife : public CardFixture {
  protected:
   LongLife() {
     CardDescription card = CardDescription::standard();

@@ -1,7 +1,7 @@
 // The records of the validators on profiles, path by path.
 
 #include "tests/robustness/expected_trace.h"
-#include "tests/unit/platform_in_place.h"
+#include "tests/support/platform_in_place.h"
 
 namespace tarnd::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
 
 namespace tarnd::test {
 

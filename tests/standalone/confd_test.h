@@ -9,12 +9,12 @@
 
 #include "confd_cdb.h"
 #include "confd_maapi.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
 
 namespace tarnd::test {
 
 /// A card with two GPON links and some of everything else, for the calls that read it.
-class ConfdTest : public CardTest {
+class ConfdTest : public CardFixture {
  protected:
   ConfdTest() { running(kConfiguration); }
 

@@ -1,4 +1,4 @@
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
 
 namespace tarnd::test {
 namespace {

@@ -2,11 +2,11 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_bw_limit.h"
 #include "gpon_capabilities.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -82,7 +82,7 @@ CardDescription card_with_onus_per_link(std::optional<std::uint32_t> count) {
   return card;
 }
 
-class BwLimit : public CardTest {
+class BwLimit : public CardFixture {
  protected:
   Answer check_link() { return request(kLinkRequest, kOnusOfLink3); }
   Answer check_all() { return request(kGlobalRequest, kLineProfiles); }
@@ -90,7 +90,9 @@ class BwLimit : public CardTest {
 
 // ---- One link
 
-TEST_F(BwLimit, ALinkMayBeFilledToTheKbit) {
+using OnuBwCheck = BwLimit;
+
+TEST_F(OnuBwCheck, ALinkMayBeFilledToTheKbit) {
   struct Row {
     const char* name;
     std::string traffic;
@@ -128,7 +130,7 @@ TEST_F(BwLimit, ALinkMayBeFilledToTheKbit) {
   }
 }
 
-TEST_F(BwLimit, TheOnuThatNoLongerFitsIsRejected) {
+TEST_F(OnuBwCheck, TheOnuThatNoLongerFitsIsRejected) {
   running(line("half", assured(kTotalCapacity / 2 - kOverhead)) +
           gpon_link(3, onus({"half", "half"})));
   const Answer answer = answer_of(kLinkRequest, gpon_link(3, onu(3, uses_line("half"))));
@@ -136,7 +138,7 @@ TEST_F(BwLimit, TheOnuThatNoLongerFitsIsRejected) {
   EXPECT_EQ(answer.text, kTotalExceeds3);
 }
 
-TEST_F(BwLimit, EveryOnuCostsItsOverhead) {
+TEST_F(OnuBwCheck, EveryOnuCostsItsOverhead) {
   // Best effort reserves nothing, but 1978 ONUs alone cost more than the link has.
   constexpr int kMostOnus = kTotalCapacity / kOverhead;
   running(line("free", element("type-4", kbits("maximum", 1))) +
@@ -147,18 +149,18 @@ TEST_F(BwLimit, EveryOnuCostsItsOverhead) {
   EXPECT_EQ(answer.text, kTotalExceeds3);
 }
 
-TEST_F(BwLimit, TheLastOnuMayGo) {
+TEST_F(OnuBwCheck, TheLastOnuMayGo) {
   running(line("l", fixed(1)) + gpon_link(3, onus({"l"})));
   EXPECT_EQ(answer_of(kLinkRequest, gpon_link(3, onu(1, "", "delete"))).result, Verdict::kOk);
 }
 
-TEST_F(BwLimit, OnlyTheLinkOfTheOnuCounts) {
+TEST_F(OnuBwCheck, OnlyTheLinkOfTheOnuCounts) {
   running(line("l", fixed(kFixedCapacity + 1)) + gpon_link(3) + gpon_link(4, onus({"l"})) +
           xgspon_link(3, onus({"l"})));
   EXPECT_EQ(check_link().result, Verdict::kOk);
 }
 
-TEST_F(BwLimit, TheLinkIsSoughtInChassis1) {
+TEST_F(OnuBwCheck, TheLinkIsSoughtInChassis1) {
   const std::string other_chassis =
       element("interface", element("gpon", element("chassis-id", "2") + element("slot-id", "1") +
                                                element("port-id", "3") + onus({"l"})));
@@ -166,52 +168,52 @@ TEST_F(BwLimit, TheLinkIsSoughtInChassis1) {
   EXPECT_EQ(request(kLinkRequest, "/config/interface/gpon{2 1 3}/onu").result, Verdict::kOk);
 }
 
-TEST_F(BwLimit, SumsAndComparisonWrapAt32Bits) {
+TEST_F(OnuBwCheck, SumsAndComparisonWrapAt32Bits) {
   running(line("l", assured(2147483648)) + gpon_link(3, onus({"l", "l"})));
   EXPECT_EQ(check_link().result, Verdict::kOk);
 }
 
-TEST_F(BwLimit, EveryMissingLineProfileOfAChunkIsNamed) {
+TEST_F(OnuBwCheck, EveryMissingLineProfileOfAChunkIsNamed) {
   running(line("l", fixed(1)) + gpon_link(3, onus({"z", "l", "a"})));
   const Answer answer = check_link();
   EXPECT_EQ(answer.result, Verdict::kError);
   EXPECT_EQ(answer.text, "Line profile z doesn't not exist.Line profile a doesn't not exist.");
 }
 
-TEST_F(BwLimit, AnOnuWithoutLineProfileIsRejected) {
+TEST_F(OnuBwCheck, AnOnuWithoutLineProfileIsRejected) {
   running(gpon_link(3, onu(1)));
   const Answer answer = check_link();
   EXPECT_EQ(answer.result, Verdict::kError);
   EXPECT_EQ(answer.text, "Line profile  doesn't not exist.");
 }
 
-TEST_F(BwLimit, AMissingLineProfileOfALaterChunkIsNotReached) {
+TEST_F(OnuBwCheck, AMissingLineProfileOfALaterChunkIsNotReached) {
   insert(card_with_onus_per_link(2));
   running(line("l", fixed(1)) + gpon_link(3, onus({"a", "l", "b"})));
   EXPECT_EQ(check_link().text, "Line profile a doesn't not exist.");
   EXPECT_EQ(calls(PlatformCall::maapi_query_result), 1U);
 }
 
-TEST_F(BwLimit, AMissingLineProfileHidesAnOverload) {
+TEST_F(OnuBwCheck, AMissingLineProfileHidesAnOverload) {
   running(line("l", fixed(kTotalCapacity)) + gpon_link(3, onus({"l", "a"})));
   EXPECT_EQ(check_link().text, "Line profile a doesn't not exist.");
 }
 
-TEST_F(BwLimit, AChunkHasAsManyOnusAsTheCardHasPerLink) {
+TEST_F(OnuBwCheck, AChunkHasAsManyOnusAsTheCardHasPerLink) {
   insert(card_with_onus_per_link(2));
   running(line("l", fixed(1)) + gpon_link(3, onus({"l", "l", "l", "l", "l"})));
   EXPECT_EQ(check_link().result, Verdict::kOk);
   EXPECT_EQ(calls(PlatformCall::maapi_query_result), 4U);  // 2, 2, 1 and the end
 }
 
-TEST_F(BwLimit, ABoardWithoutThatNumberIsCheckedAlike) {
+TEST_F(OnuBwCheck, ABoardWithoutThatNumberIsCheckedAlike) {
   insert(card_with_onus_per_link(std::nullopt));
   ASSERT_EQ(get_num_onus_per_ponlink(), 0U);
   running(line("l", fixed(kFixedCapacity / 2 + 1)) + gpon_link(3, onus({"l", "l"})));
   EXPECT_EQ(check_link().text, kFixedExceeds3);
 }
 
-TEST_F(BwLimit, AFailedQueryIsRejectedWithoutText) {
+TEST_F(OnuBwCheck, AFailedQueryIsRejectedWithoutText) {
   running(line("l", fixed(1)) + gpon_link(3, onus({"l"})));
   fail_call(PlatformCall::maapi_query_start);
   const Answer of_link = check_link();
@@ -224,7 +226,7 @@ TEST_F(BwLimit, AFailedQueryIsRejectedWithoutText) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_stop), 0U);
 }
 
-TEST_F(BwLimit, AQueryThatBreaksOffIsRejectedWithoutText) {
+TEST_F(OnuBwCheck, AQueryThatBreaksOffIsRejectedWithoutText) {
   insert(card_with_onus_per_link(1));
   running(line("l", fixed(1)) + gpon_link(3, onus({"l", "l"})));
   constexpr int kChunks = 3;  // one for each ONU, and the end
@@ -244,7 +246,7 @@ TEST_F(BwLimit, AQueryThatBreaksOffIsRejectedWithoutText) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_start), calls(PlatformCall::maapi_query_stop));
 }
 
-TEST_F(BwLimit, NothingStaysOpen) {
+TEST_F(OnuBwCheck, NothingStaysOpen) {
   running(line("l", fixed(1)) + gpon_link(3, onus({"l", "a"})) + gpon_link(4, onus({"l"})));
   ValidationSession& session = open();
   line_prof_to_bandwidth = {{"l", {1, 1, 1, 0}}};
@@ -256,7 +258,7 @@ TEST_F(BwLimit, NothingStaysOpen) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_result), calls(PlatformCall::maapi_query_free_result));
 }
 
-TEST_F(BwLimit, TheModelIsLoadedAnewForEveryCheck) {
+TEST_F(OnuBwCheck, TheModelIsLoadedAnewForEveryCheck) {
   running(line("l", fixed(1)) + gpon_link(3, onus({"l"})));
   bandwidth_prof_to_bandwidth["l"] = {kTotalCapacity, 0, 0, 0};
   line_prof_to_bandwidth["l"] = {kTotalCapacity, 0, 0, 0};
@@ -266,7 +268,7 @@ TEST_F(BwLimit, TheModelIsLoadedAnewForEveryCheck) {
   EXPECT_EQ(check_all().result, Verdict::kOk);
 }
 
-TEST_F(BwLimit, WithoutTheCheckTheLinkIsNotRead) {
+TEST_F(OnuBwCheck, WithoutTheCheckTheLinkIsNotRead) {
   insert(card_without_bw_check());
   running(line("l", fixed(kTotalCapacity)) + gpon_link(3, onus({"l", "a"})));
   EXPECT_EQ(check_link().result, Verdict::kOk);
@@ -274,7 +276,7 @@ TEST_F(BwLimit, WithoutTheCheckTheLinkIsNotRead) {
   EXPECT_EQ(calls(PlatformCall::maapi_init_cursor), 0U);
 }
 
-TEST_F(BwLimit, TheTraceOfALinkTellsTheFigures) {
+TEST_F(OnuBwCheck, TheTraceOfALinkTellsTheFigures) {
   running(line("l", fixed(1000)) + gpon_link(3, onus({"l", "l"})) + gpon_link(4, onus({"a"})));
   TraceCapture trace(TraceLevel::kFlow);
   check_link();
@@ -297,7 +299,7 @@ TEST_F(BwLimit, TheTraceOfALinkTellsTheFigures) {
   EXPECT_EQ(trace.count("validate_max_bandwidth_global end - ERROR - elapsed time "), 1);
 }
 
-TEST_F(BwLimit, TheTraceTellsWhichLinksAreChecked) {
+TEST_F(OnuBwCheck, TheTraceTellsWhichLinksAreChecked) {
   running(gpon_link(3) + gpon_link(4));
   TraceCapture trace(TraceLevel::kDetail);
   check_all();
@@ -309,7 +311,7 @@ TEST_F(BwLimit, TheTraceTellsWhichLinksAreChecked) {
   EXPECT_TRUE(trace.has("validate_max_bandwidth_global end - OK - elapsed time "));
 }
 
-TEST_F(BwLimit, TheTraceTellsThatTheTcontsAreRefused) {
+TEST_F(OnuBwCheck, TheTraceTellsThatTheTcontsAreRefused) {
   running(line_of("l", 4, 0));
   TraceCapture trace(TraceLevel::kFlow);
   check_all();
@@ -317,7 +319,7 @@ TEST_F(BwLimit, TheTraceTellsThatTheTcontsAreRefused) {
   EXPECT_FALSE(trace.has("Bandwidth check"));
 }
 
-TEST_F(BwLimit, TheTraceTellsThatTheCheckIsOff) {
+TEST_F(OnuBwCheck, TheTraceTellsThatTheCheckIsOff) {
   insert(card_without_bw_check());
   running(gpon_link(3));
   TraceCapture trace(TraceLevel::kFlow);
@@ -329,7 +331,7 @@ TEST_F(BwLimit, TheTraceTellsThatTheCheckIsOff) {
   EXPECT_TRUE(trace.has("validate_max_bandwidth_global end - OK - elapsed time "));
 }
 
-TEST_F(BwLimit, ThePlatformIsCalledInOrder) {
+TEST_F(OnuBwCheck, ThePlatformIsCalledInOrder) {
   running(line("l", fixed(kTotalCapacity)) + gpon_link(3, onus({"l"})));
   using Names = std::vector<std::string>;
   const Names model{// bandwidth profiles
@@ -367,7 +369,9 @@ TEST_F(BwLimit, ThePlatformIsCalledInOrder) {
 
 // ---- The whole card
 
-TEST_F(BwLimit, TheFirstLinkThatIsFullEndsTheWalk) {
+using PonlinkBwCheck = BwLimit;
+
+TEST_F(PonlinkBwCheck, TheFirstLinkThatIsFullEndsTheWalk) {
   running(line("small", fixed(1)) + line("big", fixed(kFixedCapacity + 1)) +
           gpon_link(1, onus({"small"})) + gpon_link(2, onus({"big"})) +
           gpon_link(3, onus({"big"})));
@@ -376,18 +380,18 @@ TEST_F(BwLimit, TheFirstLinkThatIsFullEndsTheWalk) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_start), 2U);
 }
 
-TEST_F(BwLimit, XgsPonLinksAreNotChecked) {
+TEST_F(PonlinkBwCheck, XgsPonLinksAreNotChecked) {
   running(line("big", fixed(kTotalCapacity)) + xgspon_link(3, onus({"big", "missing"})));
   EXPECT_EQ(check_all().result, Verdict::kOk);
   EXPECT_EQ(calls(PlatformCall::maapi_query_start), 0U);
 }
 
-TEST_F(BwLimit, ACardWithoutLinksIsAccepted) {
+TEST_F(PonlinkBwCheck, ACardWithoutLinksIsAccepted) {
   running(line("l", fixed(1)));
   EXPECT_EQ(check_all().result, Verdict::kOk);
 }
 
-TEST_F(BwLimit, AProfileThatGrowsIsHeldAgainstEveryLink) {
+TEST_F(PonlinkBwCheck, AProfileThatGrowsIsHeldAgainstEveryLink) {
   running(line("l", fixed(kFixedCapacity / 2)) + gpon_link(1, onus({"l"})) +
           gpon_link(3, onus({"l", "l"})));
   const Answer answer =
@@ -396,7 +400,7 @@ TEST_F(BwLimit, AProfileThatGrowsIsHeldAgainstEveryLink) {
   EXPECT_EQ(answer.text, kFixedExceeds3);
 }
 
-TEST_F(BwLimit, ALineProfileHasItsLimitsOfTconts) {
+TEST_F(PonlinkBwCheck, ALineProfileHasItsLimitsOfTconts) {
   constexpr const char* kDynamic3 =
       "Line Profile l cannot have more than 3 TCONTs with bandwidth traffic type 2 to 5.";
   constexpr const char* kDynamic4 =
@@ -431,7 +435,7 @@ TEST_F(BwLimit, ALineProfileHasItsLimitsOfTconts) {
   }
 }
 
-TEST_F(BwLimit, OneOfSeveralViolatingLineProfilesIsNamed) {
+TEST_F(PonlinkBwCheck, OneOfSeveralViolatingLineProfilesIsNamed) {
   running(bandwidth_profile("dynamic", assured(10)) + line_of("a", 4, 0) + line_of("b", 3, 0) +
           line_of("c", 4, 0));
   const std::string text = check_all().text;
@@ -442,7 +446,7 @@ TEST_F(BwLimit, OneOfSeveralViolatingLineProfilesIsNamed) {
   EXPECT_TRUE(text == named("a") || text == named("c")) << text;
 }
 
-TEST_F(BwLimit, TooManyTcontsComeBeforeAFullLink) {
+TEST_F(PonlinkBwCheck, TooManyTcontsComeBeforeAFullLink) {
   running(bandwidth_profile("dynamic", assured(kTotalCapacity)) + line_of("l", 4, 0) +
           gpon_link(3, onus({"l"})));
   EXPECT_EQ(check_all().text,
@@ -450,20 +454,20 @@ TEST_F(BwLimit, TooManyTcontsComeBeforeAFullLink) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_start), 0U);
 }
 
-TEST_F(BwLimit, TcontsWithoutBandwidthProfileCountAsDynamic) {
+TEST_F(PonlinkBwCheck, TcontsWithoutBandwidthProfileCountAsDynamic) {
   running(line_of("l", 4, 0));
   EXPECT_EQ(check_all().text,
             "Line Profile l cannot have more than 3 TCONTs with bandwidth traffic type 2 to 5.");
 }
 
-TEST_F(BwLimit, WithoutTheCheckFullLinksAreAccepted) {
+TEST_F(PonlinkBwCheck, WithoutTheCheckFullLinksAreAccepted) {
   insert(card_without_bw_check());
   running(line("l", fixed(kTotalCapacity)) + gpon_link(3, onus({"l"})));
   EXPECT_EQ(check_all().result, Verdict::kOk);
   EXPECT_EQ(calls(PlatformCall::maapi_query_start), 0U);
 }
 
-TEST_F(BwLimit, APercentSignInANameStaysOne) {
+TEST_F(PonlinkBwCheck, APercentSignInANameStaysOne) {
   running(bandwidth_profile("dynamic", assured(10)) + line_of("50%d", 4, 0));
   EXPECT_EQ(check_all().text,
             "Line Profile 50%d cannot have more than 3 TCONTs with bandwidth traffic type 2 to 5.");

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_bw_limit.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -78,7 +78,7 @@ std::string level_and_text(const std::string& record) {
   return record.substr(0, record.find(' ')) + text;
 }
 
-class BwModel : public CardTest {
+class BwModel : public CardFixture {
  protected:
   BwModel() { clear(); }
   ~BwModel() override { clear(); }

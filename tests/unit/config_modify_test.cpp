@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -30,15 +30,15 @@ std::string admin_enabled(int id, const std::string& value) {
                  element("id", std::to_string(id)) + element("admin-enabled", value));
 }
 
-class ConfigModify : public CardTest {
+class ConfigModifiedCheck : public CardFixture {
  protected:
-  ConfigModify() {
+  ConfigModifiedCheck() {
     running(bandwidth_profile("bw", type_1(1000)) + service_profile("sp", mapping("m", 1)) +
             service_port(1, "gpon", "1/1/1", 1, 1));
   }
 };
 
-TEST_F(ConfigModify, WhatComesOrGoesIsAccepted) {
+TEST_F(ConfigModifiedCheck, WhatComesOrGoesIsAccepted) {
   const std::array<std::string, 6> changes{
       bandwidth_profile("new", type_1(5)),     bandwidth_profile("bw", "", "delete"),
       service_profile("new", mapping("m", 1)), service_profile("sp", "", "delete"),
@@ -53,7 +53,7 @@ TEST_F(ConfigModify, WhatComesOrGoesIsAccepted) {
   }
 }
 
-TEST_F(ConfigModify, AChangedProfileIsRejected) {
+TEST_F(ConfigModifiedCheck, AChangedProfileIsRejected) {
   const std::array<std::string, 4> changes{
       bandwidth_profile("bw", type_1(1001)),
       bandwidth_profile("bw", element("type-4", element("maximum", "7"))),
@@ -67,20 +67,20 @@ TEST_F(ConfigModify, AChangedProfileIsRejected) {
   }
 }
 
-TEST_F(ConfigModify, AChangedServicePortIsRejected) {
+TEST_F(ConfigModifiedCheck, AChangedServicePortIsRejected) {
   const Answer answer = answer_of(kRequest, admin_enabled(1, "true"));
   EXPECT_EQ(answer.result, Verdict::kError);
   EXPECT_EQ(answer.text, kServicePortText);
 }
 
-TEST_F(ConfigModify, OneChangedAmongNewOnesIsRejected) {
+TEST_F(ConfigModifiedCheck, OneChangedAmongNewOnesIsRejected) {
   const Answer answer =
       answer_of(kRequest, service_port(0, "gpon", "1/1/1", 1, 2) + admin_enabled(1, "true") +
                               service_port(2, "gpon", "1/1/1", 1, 3));
   EXPECT_EQ(answer.text, kServicePortText);
 }
 
-TEST_F(ConfigModify, AnEntryReplacedByAnotherOfItsNameIsChanged) {
+TEST_F(ConfigModifiedCheck, AnEntryReplacedByAnotherOfItsNameIsChanged) {
   const std::string replaced = element(
       "profile",
       element("gpon", element("bandwidth-profile",
@@ -88,33 +88,33 @@ TEST_F(ConfigModify, AnEntryReplacedByAnotherOfItsNameIsChanged) {
   EXPECT_EQ(answer_of(kRequest, replaced).text, kProfileText);
 }
 
-TEST_F(ConfigModify, AValueSetAloneIsAccepted) {
+TEST_F(ConfigModifiedCheck, AValueSetAloneIsAccepted) {
   const Answer answer =
       request(kRequest, "/config/service-port{1}/admin-enabled", admin_enabled(1, "true"));
   EXPECT_EQ(answer.result, Verdict::kOk);
 }
 
-TEST_F(ConfigModify, OnlyTheServicePortNodeItselfIsCalledServicePort) {
+TEST_F(ConfigModifiedCheck, OnlyTheServicePortNodeItselfIsCalledServicePort) {
   EXPECT_EQ(request(kRequest, "/config/service-port", admin_enabled(1, "true")).text,
             kServicePortText);
   EXPECT_EQ(request(kRequest, "/config/service-port{1}", admin_enabled(1, "true")).text,
             kProfileText);
 }
 
-TEST_F(ConfigModify, AChangeElsewhereIsNotSeen) {
+TEST_F(ConfigModifiedCheck, AChangeElsewhereIsNotSeen) {
   const Answer answer =
       request(kRequest, "/config/profile/gpon/service-profile", admin_enabled(1, "true"));
   EXPECT_EQ(answer.result, Verdict::kOk);
 }
 
-TEST_F(ConfigModify, AFailedIterationIsAccepted) {
+TEST_F(ConfigModifiedCheck, AFailedIterationIsAccepted) {
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
   const Answer answer = answer_of(kRequest, admin_enabled(1, "true"));
   EXPECT_EQ(answer.result, Verdict::kOk);
   EXPECT_EQ(answer.text, "");
 }
 
-TEST_F(ConfigModify, ThePlatformIsCalledInOrder) {
+TEST_F(ConfigModifiedCheck, ThePlatformIsCalledInOrder) {
   const RecordedCalls recorded;
   answer_of(kRequest, admin_enabled(1, "true"));
   EXPECT_EQ(recorded.names(),
@@ -122,7 +122,7 @@ TEST_F(ConfigModify, ThePlatformIsCalledInOrder) {
                                       "confd_trans_seterr"}));
 }
 
-TEST_F(ConfigModify, TheTraceBracketsTheCheck) {
+TEST_F(ConfigModifiedCheck, TheTraceBracketsTheCheck) {
   TraceCapture trace(TraceLevel::kFlow);
   answer_of(kRequest, service_port(2, "gpon", "1/1/1", 1, 2));
   answer_of(kRequest, admin_enabled(1, "true"));

@@ -5,10 +5,10 @@
 #include <string_view>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_card_valid.h"
 #include "gpon_vald_trace_itf.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -108,7 +108,7 @@ std::string one_of_each() {
          named("sip-agent-profile", "si") + named("media-profile", "me");
 }
 
-class DispatchTable : public CardTest {
+class DispatchTable : public CardFixture {
  protected:
   DispatchTable() {
     CardDescription card = CardDescription::standard();

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_ponlink_fec_confirm.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 // Last, for its macros.
 #include "keypaths.h"
@@ -33,10 +33,10 @@ confd_hkeypath_t fec_keypath(std::uint32_t leaf, std::uint32_t list, std::uint32
   return link_leaf_keypath(leaf, list, 1, slot, port);
 }
 
-class FecConfirm : public CardTest {
+class FecConfirmationWarning : public CardFixture {
  protected:
   // The default of both leaves is true.
-  FecConfirm() {
+  FecConfirmationWarning() {
     running(gpon_link(3) + gpon_link(4, downstream("false") + upstream("false")) + xgspon_link(3));
   }
 
@@ -56,7 +56,7 @@ class FecConfirm : public CardTest {
   }
 };
 
-TEST_F(FecConfirm, AChangeOfEitherLeafAsksTheUser) {
+TEST_F(FecConfirmationWarning, AChangeOfEitherLeafAsksTheUser) {
   EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), AsksToConfirm(kWarning));
   EXPECT_THAT(answer_for(gpon_link(3, upstream("false"))), AsksToConfirm(kWarning));
   EXPECT_THAT(answer_for(gpon_link(4, downstream("true"))), AsksToConfirm(kWarning));
@@ -65,19 +65,19 @@ TEST_F(FecConfirm, AChangeOfEitherLeafAsksTheUser) {
   EXPECT_THAT(answer_for(xgspon_link(3, upstream("false"))), AsksToConfirm(kWarning));
 }
 
-TEST_F(FecConfirm, BackToTheDefaultIsAChange) {
+TEST_F(FecConfirmationWarning, BackToTheDefaultIsAChange) {
   EXPECT_THAT(answer_for(gpon_link(4, element("downstream-fec", "", "delete"))),
               AsksToConfirm(kWarning));
 }
 
-TEST_F(FecConfirm, AConfirmedChangeIsAccepted) {
+TEST_F(FecConfirmationWarning, AConfirmedChangeIsAccepted) {
   EXPECT_EQ(commit(gpon_link(3, downstream("false")), {kRequest}, false).result,
             CommitResult::kUnconfirmed);
   EXPECT_EQ(commit(gpon_link(3, downstream("false")), {kRequest}, true).result,
             CommitResult::kAccepted);
 }
 
-TEST_F(FecConfirm, TheValueThatTheLeafHasAlreadyIsAccepted) {
+TEST_F(FecConfirmationWarning, TheValueThatTheLeafHasAlreadyIsAccepted) {
   const std::string path = "/config/interface/gpon{1 1 3}/downstream-fec";
   const Answer same = request(kRequest, path, "", "true");
   EXPECT_EQ(same.result, Verdict::kOk);
@@ -85,12 +85,12 @@ TEST_F(FecConfirm, TheValueThatTheLeafHasAlreadyIsAccepted) {
   EXPECT_EQ(request(kRequest, path, "", "false").result, Verdict::kWarning);
 }
 
-TEST_F(FecConfirm, ANewInterfaceHasNothingToLose) {
+TEST_F(FecConfirmationWarning, ANewInterfaceHasNothingToLose) {
   EXPECT_THAT(answer_for(gpon_link(5, downstream("false"))), Accepted());
   EXPECT_THAT(answer_for(xgspon_link(4, upstream("false"))), Accepted());
 }
 
-TEST_F(FecConfirm, TheHostMayReplaceTheText) {
+TEST_F(FecConfirmationWarning, TheHostMayReplaceTheText) {
   const char* const original = FEC_WARN_MSG;
   FEC_WARN_MSG = "100%s sure?";
   EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), AsksToConfirm("100%s sure?"));
@@ -100,13 +100,13 @@ TEST_F(FecConfirm, TheHostMayReplaceTheText) {
   FEC_WARN_MSG = original;
 }
 
-TEST_F(FecConfirm, ASessionThatDoesNotOpenRejectsAndIsEndedAllTheSame) {
+TEST_F(FecConfirmationWarning, ASessionThatDoesNotOpenRejectsAndIsEndedAllTheSame) {
   fail_call(PlatformCall::qzconfd_config_session_start);
   EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), Rejected(kUnreadable));
   EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end), 1U);
 }
 
-TEST_F(FecConfirm, ThePlatformIsCalledInOrder) {
+TEST_F(FecConfirmationWarning, ThePlatformIsCalledInOrder) {
   const auto calls_with = [this](std::optional<PlatformCall> failing) {
     running(gpon_link(3));
     const RecordedCalls recorded(failing);
@@ -127,13 +127,13 @@ TEST_F(FecConfirm, ThePlatformIsCalledInOrder) {
   EXPECT_EQ(calls_with(std::nullopt), asked);
 }
 
-TEST_F(FecConfirm, AnInterfaceThatCannotBeLookedUpCountsAsNew) {
+TEST_F(FecConfirmationWarning, AnInterfaceThatCannotBeLookedUpCountsAsNew) {
   fail_call(PlatformCall::cdb_exists);
   EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), Accepted());
   EXPECT_EQ(calls(PlatformCall::cdb_get_bool), 0U);
 }
 
-TEST_F(FecConfirm, AnOldValueThatCannotBeReadRejects) {
+TEST_F(FecConfirmationWarning, AnOldValueThatCannotBeReadRejects) {
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::cdb_get_bool);
   EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), Rejected(kUnreadable));
@@ -143,21 +143,21 @@ TEST_F(FecConfirm, AnOldValueThatCannotBeReadRejects) {
   EXPECT_TRUE(trace.has("ponlink_fec_confirmation end - ERROR - elapsed time "));
 }
 
-TEST_F(FecConfirm, AnotherListRejectsWithoutASession) {
+TEST_F(FecConfirmationWarning, AnotherListRejectsWithoutASession) {
   ValidationSession& session = open();
   EXPECT_EQ(answer_to(fec_keypath(base_downstream_fec, base_onu, 1, 3)), CONFD_ERR);
   EXPECT_EQ(session.error_text(), kUnreadable);
   EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_start), 0U);
 }
 
-TEST_F(FecConfirm, TheChassisOfTheKeypathIsNotRead) {
+TEST_F(FecConfirmationWarning, TheChassisOfTheKeypathIsNotRead) {
   open();
   confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 1, 3);
   CONFD_SET_NOEXISTS(&keypath.v[1][0]);
   EXPECT_EQ(answer_to(keypath), CONFD_VALIDATION_WARN);
 }
 
-TEST_F(FecConfirm, TheTraceTellsWhatBecameOfTheLeaf) {
+TEST_F(FecConfirmationWarning, TheTraceTellsWhatBecameOfTheLeaf) {
   const struct {
     std::string change;
     std::string record;
@@ -178,7 +178,7 @@ TEST_F(FecConfirm, TheTraceTellsWhatBecameOfTheLeaf) {
   }
 }
 
-TEST_F(FecConfirm, TheTraceTellsThatNothingChanged) {
+TEST_F(FecConfirmationWarning, TheTraceTellsThatNothingChanged) {
   TraceCapture trace(TraceLevel::kDetail);
   request(kRequest, "/config/interface/xgspon{1 1 3}/upstream-fec", "", "true");
   EXPECT_TRUE(trace.has_record("DETAIL",
@@ -186,9 +186,9 @@ TEST_F(FecConfirm, TheTraceTellsThatNothingChanged) {
   EXPECT_TRUE(trace.has("ponlink_fec_confirmation end - OK - elapsed time "));
 }
 
-using FecConfirmDeathTest = FecConfirm;
+using FecConfirmationWarningDeathTest = FecConfirmationWarning;
 
-TEST_F(FecConfirmDeathTest, AnotherLeafEndsTheProcessWithAFault) {
+TEST_F(FecConfirmationWarningDeathTest, AnotherLeafEndsTheProcessWithAFault) {
   open();
   EXPECT_EXIT(answer_to(fec_keypath(base_operation_mode, base_xgspon, 1, 3)),
               testing::ExitedWithCode(1),
@@ -196,7 +196,7 @@ TEST_F(FecConfirmDeathTest, AnotherLeafEndsTheProcessWithAFault) {
               "src/validation/gpon_ponlink_fec_confirm.cpp:[0-9]+: XMLTAG is invalid");
 }
 
-TEST_F(FecConfirmDeathTest, AKeypathOfOtherTypesEndsTheProcess) {
+TEST_F(FecConfirmationWarningDeathTest, AKeypathOfOtherTypesEndsTheProcess) {
   open();
   const struct {
     int element;
@@ -215,7 +215,7 @@ TEST_F(FecConfirmDeathTest, AKeypathOfOtherTypesEndsTheProcess) {
   }
 }
 
-TEST_F(FecConfirmDeathTest, ANewValueThatIsNoBooleanEndsTheProcess) {
+TEST_F(FecConfirmationWarningDeathTest, ANewValueThatIsNoBooleanEndsTheProcess) {
   open();
   confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 1, 3);
   confd_value_t number;
@@ -224,7 +224,7 @@ TEST_F(FecConfirmDeathTest, ANewValueThatIsNoBooleanEndsTheProcess) {
                "\\(newval\\)->type == C_BOOL");
 }
 
-TEST_F(FecConfirm, TheNewValueOfAnUncommittedInterfaceIsNotRead) {
+TEST_F(FecConfirmationWarning, TheNewValueOfAnUncommittedInterfaceIsNotRead) {
   open();
   confd_hkeypath_t keypath = fec_keypath(base_downstream_fec, base_gpon, 1, 9);
   EXPECT_EQ(ponlink_fec_confirmation(sock(), tctx(), &keypath, nullptr), CONFD_OK);

@@ -4,8 +4,8 @@
 
 #include "gpon_capabilities.h"
 #include "gpon_card_valid.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
 
 namespace tarnd::test {
 namespace {
@@ -194,7 +194,7 @@ TEST(Accessors, TheTcontLimitsFollowTheBandwidthCheck) {
   EXPECT_EQ(valid::max_static_tconts(), 3U);
 }
 
-class TcontLimits : public CardTest {
+class TcontLimits : public CardFixture {
  protected:
   /// Asks for a line profile with so many TCONTs of traffic type 4 and of type 1.
   Verdict verdict(int dynamic_tconts, int static_tconts) {

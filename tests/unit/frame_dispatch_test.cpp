@@ -3,10 +3,10 @@
 #include <stdexcept>
 #include <string>
 
-#include "frame_trace_capture.h"
 #include "gpon_card_valid.h"
 #include "gpon_vald_trace_itf.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -39,7 +39,7 @@ std::string one_of_each() {
          service_port(1, "gpon", "1/1/1", 1, 1);
 }
 
-class Dispatch : public CardTest {
+class Dispatch : public CardFixture {
  protected:
   Dispatch() { running(one_of_each()); }
 

@@ -1,7 +1,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
 #include "validation_guards.h"
 
 // Its macros would change the headers above.
@@ -14,7 +14,7 @@ using AfterFailedStart = valid::ConfigSession::AfterFailedStart;
 
 constexpr const char* kOnus = "/config/interface/gpon/onu";
 
-class Guards : public CardTest {
+class Guards : public CardFixture {
  protected:
   Guards() {
     running(gpon_link(1, onu(1, element("rg-profile", "a")) + onu(2) +

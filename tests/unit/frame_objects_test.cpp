@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "confd_get_objects_itf.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
 #include "validation_guards.h"
 
 namespace tarnd::test {
@@ -27,7 +27,7 @@ std::string bandwidth_profiles(int count) {
   return text;
 }
 
-class Objects : public CardTest {
+class Objects : public CardFixture {
  protected:
   /// The sizes of the batches, up to and with the one that is 0 or -1.
   static std::vector<int> batches(ConfdGetObjsItf& reader) {

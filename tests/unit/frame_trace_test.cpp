@@ -7,9 +7,9 @@
 #include <type_traits>
 
 #include "cl_elapsed_time.h"
-#include "frame_trace_capture.h"
 #include "gpon_vald_trace_itf.h"
 #include "standalone/platform_calls.h"
+#include "tests/support/trace_capture.h"
 #include "validation_guards.h"
 
 namespace tarnd::test {

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_itf_grp_validation.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -32,7 +32,7 @@ std::string pool(const std::string& start, const std::string& end) {
                  element("start-address", start) + element("end-address", end));
 }
 
-class ItfGrpNetwork : public CardTest {
+class ItfGrpValidationOfNetworks : public CardFixture {
  protected:
   std::string text_for(const std::string& wans) {
     const Answer answer = answer_of(kRequest, rg_profile("home", wans));
@@ -61,7 +61,7 @@ class ItfGrpNetwork : public CardTest {
   }
 };
 
-TEST_F(ItfGrpNetwork, NetworksDoNotOverlap) {
+TEST_F(ItfGrpValidationOfNetworks, NetworksDoNotOverlap) {
   struct Row {
     std::string wans;
     std::string text;
@@ -99,12 +99,12 @@ TEST_F(ItfGrpNetwork, NetworksDoNotOverlap) {
   }
 }
 
-TEST_F(ItfGrpNetwork, OtherProfilesMayHaveTheSameNetwork) {
+TEST_F(ItfGrpValidationOfNetworks, OtherProfilesMayHaveTheSameNetwork) {
   running(rg_profile("work", wan(kIp, "a", network("10.0.0.1/24"))));
   EXPECT_EQ(text_for(wan(kIp, "a", network("10.0.0.1/24"))), "");
 }
 
-TEST_F(ItfGrpNetwork, APoolIsOrderedAndInsideItsNetwork) {
+TEST_F(ItfGrpValidationOfNetworks, APoolIsOrderedAndInsideItsNetwork) {
   struct Row {
     std::string grouping;
     std::string text;
@@ -138,14 +138,14 @@ TEST_F(ItfGrpNetwork, APoolIsOrderedAndInsideItsNetwork) {
   }
 }
 
-TEST_F(ItfGrpNetwork, APoolWithoutANetworkIsNotLookedAt) {
+TEST_F(ItfGrpValidationOfNetworks, APoolWithoutANetworkIsNotLookedAt) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_EQ(text_for(wan(kIp, "a", pool("10.0.0.9", "10.0.0.1"))), "");
   EXPECT_TRUE(has_record(trace, "DETAIL",
                          "IP not configured for this Interface grouping, skipping validation"));
 }
 
-TEST_F(ItfGrpNetwork, APoolWithoutItsServerIsNotLookedAt) {
+TEST_F(ItfGrpValidationOfNetworks, APoolWithoutItsServerIsNotLookedAt) {
   TraceCapture trace(TraceLevel::kDetail);
   const std::string backwards =
       element("dhcp-server-address-pool",
@@ -156,7 +156,7 @@ TEST_F(ItfGrpNetwork, APoolWithoutItsServerIsNotLookedAt) {
       trace, "FLOW", "DHCP not enabled for this Interface grouping, skipping validation of DHCP"));
 }
 
-TEST_F(ItfGrpNetwork, ThePoolOfABridgeIsNeverRead) {
+TEST_F(ItfGrpValidationOfNetworks, ThePoolOfABridgeIsNeverRead) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_EQ(text_for(wan(kBridge, "a", network("10.0.0.1/24") + pool("9.9.9.9", "1.1.1.1"))), "");
   EXPECT_EQ(calls(PlatformCall::maapi_get_bool_elem), 0U);
@@ -166,7 +166,7 @@ TEST_F(ItfGrpNetwork, ThePoolOfABridgeIsNeverRead) {
                  "WAN bridge does not have DHCP configuration, skipping this part of validation"));
 }
 
-TEST_F(ItfGrpNetwork, AConflictIsFoundBeforeTheLaterPools) {
+TEST_F(ItfGrpValidationOfNetworks, AConflictIsFoundBeforeTheLaterPools) {
   EXPECT_EQ(text_for(wan(kPppoe, "a", network("10.0.0.1/24")) +
                      wan(kIp, "b", network("10.0.0.1/24") + pool("10.0.0.9", "10.0.0.1"))),
             "Network 10.0.0.1/24 from WAN b conflicts with network 10.0.0.1/24 from WAN a");
@@ -175,7 +175,7 @@ TEST_F(ItfGrpNetwork, AConflictIsFoundBeforeTheLaterPools) {
             kPoolOrder);
 }
 
-TEST_F(ItfGrpNetwork, WhatCannotBeReadIsRejectedWithoutAText) {
+TEST_F(ItfGrpValidationOfNetworks, WhatCannotBeReadIsRejectedWithoutAText) {
   const std::string wans = wan(kIp, "a", network("10.0.0.1/24") + pool("10.0.0.5", "10.0.0.9"));
   fail_call(PlatformCall::maapi_get_ipv4_and_plen_elem);
   expect_silent_rejection(wans, "DETAIL", "Failed to get ipv4 ");
@@ -187,7 +187,7 @@ TEST_F(ItfGrpNetwork, WhatCannotBeReadIsRejectedWithoutAText) {
   expect_silent_rejection(wans, "DETAIL", "Failed to get start-address");
 }
 
-TEST_F(ItfGrpNetwork, APoolWithoutAnAddressIsRejectedWithoutAText) {
+TEST_F(ItfGrpValidationOfNetworks, APoolWithoutAnAddressIsRejectedWithoutAText) {
   const std::string server = network("10.0.0.1/24") + element("dhcp-server", "true");
   const auto half_pool = [&server](const std::string& leaf) {
     return wan(kIp, "a", server + element("dhcp-server-address-pool", element(leaf, "10.0.0.5")));
@@ -197,7 +197,7 @@ TEST_F(ItfGrpNetwork, APoolWithoutAnAddressIsRejectedWithoutAText) {
   expect_silent_rejection(half_pool("end-address"), "DETAIL", "Failed to get start-address");
 }
 
-TEST_F(ItfGrpNetwork, TheTraceTellsTheStepsAndTheTime) {
+TEST_F(ItfGrpValidationOfNetworks, TheTraceTellsTheStepsAndTheTime) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_EQ(text_for(wan(kIp, "a", network("10.0.0.1/24")) + element(kIp, element("name", "b"))),
             "");
@@ -212,7 +212,7 @@ TEST_F(ItfGrpNetwork, TheTraceTellsTheStepsAndTheTime) {
   EXPECT_EQ(trace.count("FLOW "), 3) << "begin and end, and that there is no DHCP server";
 }
 
-TEST_F(ItfGrpNetwork, ThePlatformIsCalledInOrder) {
+TEST_F(ItfGrpValidationOfNetworks, ThePlatformIsCalledInOrder) {
   const std::string ports = element("ports", element("port", "eth1"));
   const RecordedCalls recorded;
   answer_of(kRequest,
@@ -234,7 +234,7 @@ TEST_F(ItfGrpNetwork, ThePlatformIsCalledInOrder) {
                 "maapi_get_ipv4_elem", "maapi_get_ipv4_elem", "confd_trans_seterr"}));
 }
 
-TEST_F(ItfGrpNetwork, OneListIsHeldAgainstTheNetworksFoundBefore) {
+TEST_F(ItfGrpValidationOfNetworks, OneListIsHeldAgainstTheNetworksFoundBefore) {
   ValidationSession& session = open(rg_profile("home", wan(kIp, "a", network("10.0.0.1/24"))));
   valid::GroupedNetworks networks;
   EXPECT_EQ(validate_itf_grp_dhcp(sock(), tctx(), kIpList, &networks, false), CONFD_OK);
@@ -250,7 +250,7 @@ TEST_F(ItfGrpNetwork, OneListIsHeldAgainstTheNetworksFoundBefore) {
   EXPECT_EQ(session.open_resources().cursors, 1);
 }
 
-TEST_F(ItfGrpNetwork, TheCursorStaysOpenAfterARejectedPool) {
+TEST_F(ItfGrpValidationOfNetworks, TheCursorStaysOpenAfterARejectedPool) {
   ValidationSession& session = open(
       rg_profile("home", wan(kIp, "a", network("10.0.0.1/24") + pool("10.0.0.9", "10.0.0.1"))));
   valid::GroupedNetworks networks;
@@ -259,7 +259,7 @@ TEST_F(ItfGrpNetwork, TheCursorStaysOpenAfterARejectedPool) {
   EXPECT_EQ(session.open_resources().cursors, 1);
 }
 
-TEST_F(ItfGrpNetwork, NamesOfFortyEightCharactersAreShownWhole) {
+TEST_F(ItfGrpValidationOfNetworks, NamesOfFortyEightCharactersAreShownWhole) {
   const std::string first(48, 'a');
   const std::string second = std::string(47, 'a') + "b";
   EXPECT_EQ(

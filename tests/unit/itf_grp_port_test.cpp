@@ -1,10 +1,10 @@
 #include <array>
 #include <string>
 
-#include "frame_trace_capture.h"
 #include "gpon_itf_grp_validation.h"
-#include "platform_in_place.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -30,7 +30,7 @@ std::string wan_without_grouping(const std::string& list, const std::string& nam
   return element(list, element("name", name));
 }
 
-class ItfGrpPort : public CardTest {
+class ItfGrpValidationOfPorts : public CardFixture {
  protected:
   std::string text_for(const std::string& wans) {
     const Answer answer = answer_of(kRequest, rg_profile("home", wans));
@@ -39,7 +39,7 @@ class ItfGrpPort : public CardTest {
   }
 };
 
-TEST_F(ItfGrpPort, APortWithItsVlanBelongsToOneGrouping) {
+TEST_F(ItfGrpValidationOfPorts, APortWithItsVlanBelongsToOneGrouping) {
   struct Row {
     std::string wans;
     std::string text;
@@ -79,7 +79,7 @@ TEST_F(ItfGrpPort, APortWithItsVlanBelongsToOneGrouping) {
   }
 }
 
-TEST_F(ItfGrpPort, AProfileWithoutGroupingsIsAccepted) {
+TEST_F(ItfGrpValidationOfPorts, AProfileWithoutGroupingsIsAccepted) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_EQ(text_for(wan_without_grouping(kPppoe, "a") + wan_without_grouping(kBridge, "b")), "");
   for (const std::string name : {"a", "b"}) {
@@ -88,16 +88,16 @@ TEST_F(ItfGrpPort, AProfileWithoutGroupingsIsAccepted) {
   }
 }
 
-TEST_F(ItfGrpPort, AnEmptyProfileIsAccepted) {
+TEST_F(ItfGrpValidationOfPorts, AnEmptyProfileIsAccepted) {
   EXPECT_EQ(text_for(""), "");
 }
 
-TEST_F(ItfGrpPort, OtherProfilesMayUseTheSamePort) {
+TEST_F(ItfGrpValidationOfPorts, OtherProfilesMayUseTheSamePort) {
   running(rg_profile("work", wan(kIp, "a", port("eth1"))));
   EXPECT_EQ(text_for(wan(kIp, "a", port("eth1"))), "");
 }
 
-TEST_F(ItfGrpPort, TheListsGoPppoeThenIpThenBridge) {
+TEST_F(ItfGrpValidationOfPorts, TheListsGoPppoeThenIpThenBridge) {
   const std::string wans = wan(kBridge, "a", port("eth1")) + wan(kBridge, "b", port("eth2")) +
                            wan(kIp, "a", port("eth1")) + wan(kPppoe, "a", port("eth2"));
   TraceCapture trace(TraceLevel::kDetail);
@@ -107,14 +107,14 @@ TEST_F(ItfGrpPort, TheListsGoPppoeThenIpThenBridge) {
   EXPECT_EQ(trace.count("Checking port 0 vlan 0 itf grp"), 2);
 }
 
-TEST_F(ItfGrpPort, NamesOfFortyEightCharactersAreRead) {
+TEST_F(ItfGrpValidationOfPorts, NamesOfFortyEightCharactersAreRead) {
   const std::string first(48, 'a');
   const std::string second = std::string(47, 'a') + "b";
   EXPECT_EQ(text_for(wan(kIp, first, port("eth1")) + wan(kIp, second, port("eth1"))),
             "Port eth1 untagged cannot be used in more than one interface grouping");
 }
 
-TEST_F(ItfGrpPort, AProfileWithTheLongestNameIsRead) {
+TEST_F(ItfGrpValidationOfPorts, AProfileWithTheLongestNameIsRead) {
   const Answer answer = answer_of(
       kRequest,
       rg_profile(std::string(64, 'p'), wan(kIp, std::string(48, 'a'), port("eth1")) +
@@ -122,12 +122,12 @@ TEST_F(ItfGrpPort, AProfileWithTheLongestNameIsRead) {
   EXPECT_EQ(answer.text, "Port eth1 untagged cannot be used in more than one interface grouping");
 }
 
-TEST_F(ItfGrpPort, ANameMayHoldQuotesAndPercentSigns) {
+TEST_F(ItfGrpValidationOfPorts, ANameMayHoldQuotesAndPercentSigns) {
   EXPECT_EQ(text_for(wan(kIp, "%s%n", port("eth1")) + wan(kIp, "o'hara", port("eth1"))),
             "Port eth1 untagged cannot be used in more than one interface grouping");
 }
 
-TEST_F(ItfGrpPort, AVlanThatCannotBeReadIsRejectedWithoutAText) {
+TEST_F(ItfGrpValidationOfPorts, AVlanThatCannotBeReadIsRejectedWithoutAText) {
   fail_call(PlatformCall::maapi_get_u_int32_elem);
   TraceCapture trace(TraceLevel::kFlow);
   const Answer answer = answer_of(kRequest, rg_profile("home", wan(kIp, "a", port("eth1", 100))));
@@ -138,7 +138,7 @@ TEST_F(ItfGrpPort, AVlanThatCannotBeReadIsRejectedWithoutAText) {
   EXPECT_TRUE(trace.has(" validate_itf_grp end - ERROR"));
 }
 
-TEST_F(ItfGrpPort, TheTraceTellsTheStepsAndTheTime) {
+TEST_F(ItfGrpValidationOfPorts, TheTraceTellsTheStepsAndTheTime) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_EQ(text_for(wan(kIp, "a", port("eth1", 100) + port("wl0-vap1"))), "");
   EXPECT_TRUE(trace.has(" validate_itf_grp begin"));
@@ -154,7 +154,7 @@ TEST_F(ItfGrpPort, TheTraceTellsTheStepsAndTheTime) {
   EXPECT_EQ(trace.count("FLOW "), 2) << "begin and end";
 }
 
-TEST_F(ItfGrpPort, TheTraceShowsFortyEightCharactersOfTheProfilesName) {
+TEST_F(ItfGrpValidationOfPorts, TheTraceShowsFortyEightCharactersOfTheProfilesName) {
   TraceCapture trace(TraceLevel::kDetail);
   answer_of(kRequest, rg_profile(std::string(64, 'p'), ""));
   const std::string end = " from RG-profile " + std::string(48, 'p');
@@ -162,14 +162,14 @@ TEST_F(ItfGrpPort, TheTraceShowsFortyEightCharactersOfTheProfilesName) {
   EXPECT_EQ(trace.count(end + "p"), 0);
 }
 
-TEST_F(ItfGrpPort, TheNetworksAreNotLookedAtAfterARejectedPort) {
+TEST_F(ItfGrpValidationOfPorts, TheNetworksAreNotLookedAtAfterARejectedPort) {
   TraceCapture trace(TraceLevel::kDetail);
   text_for(wan(kIp, "a", port("eth2")) + wan(kIp, "b", port("eth2")));
   EXPECT_FALSE(trace.has("validate_itf_grp_net"));
   EXPECT_FALSE(trace.has("usecs to validate"));
 }
 
-TEST_F(ItfGrpPort, OneListIsHeldAgainstThePortsSeenBefore) {
+TEST_F(ItfGrpValidationOfPorts, OneListIsHeldAgainstThePortsSeenBefore) {
   const std::string list = "/config/profile/gpon/rg-profile{home}/wan-ip-connection";
   ValidationSession& session = open(rg_profile("home", wan(kIp, "a", port("eth2", 5))));
 
@@ -184,9 +184,9 @@ TEST_F(ItfGrpPort, OneListIsHeldAgainstThePortsSeenBefore) {
   EXPECT_EQ(session.open_resources().cursors, 2) << "of the WANs and of the ports";
 }
 
-using ItfGrpPortDeathTest = ItfGrpPort;
+using ItfGrpValidationOfPortsDeathTest = ItfGrpValidationOfPorts;
 
-TEST_F(ItfGrpPortDeathTest, APortThatIsNoEnumerationIsImpossible) {
+TEST_F(ItfGrpValidationOfPortsDeathTest, APortThatIsNoEnumerationIsImpossible) {
   open(rg_profile("home", wan(kIp, "a", port("eth2"))));
   const InPlace in_place;
   InPlace::entry = [](maapi_cursor& cursor) {
@@ -198,7 +198,7 @@ TEST_F(ItfGrpPortDeathTest, APortThatIsNoEnumerationIsImpossible) {
                R"(\(&port_cursor\.keys\[0\]\)->type == C_ENUM_VALUE)");
 }
 
-TEST_F(ItfGrpPort, CursorsStayOpenWhereAVlanCannotBeRead) {
+TEST_F(ItfGrpValidationOfPorts, CursorsStayOpenWhereAVlanCannotBeRead) {
   ValidationSession& session = open(rg_profile("home", wan(kIp, "a", port("eth2", 5))));
   fail_call(PlatformCall::maapi_get_u_int32_elem);
   valid::GroupedPorts seen;

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_capabilities.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -29,7 +29,7 @@ std::string links(Link link, int first, int last, const std::string& op = "") {
   return all;
 }
 
-class PonInterfaces : public CardTest {
+class PonInterfaces : public CardFixture {
  protected:
   void manage(std::uint32_t link_count) {
     CardDescription card = CardDescription::standard();
@@ -38,7 +38,10 @@ class PonInterfaces : public CardTest {
   }
 };
 
-TEST_F(PonInterfaces, AsManyAsTheCardManagesMustRemain) {
+using InterfaceGponValidation = PonInterfaces;
+using InterfaceXgsValidation = PonInterfaces;  // and those that have to do with both
+
+TEST_F(InterfaceXgsValidation, AsManyAsTheCardManagesMustRemain) {
   manage(16);
   running(links(gpon_link, 1, 17) + links(xgspon_link, 1, 17));
 
@@ -48,27 +51,27 @@ TEST_F(PonInterfaces, AsManyAsTheCardManagesMustRemain) {
   EXPECT_THAT(answer_of(kXgsRequest, xgspon_link(16, "", "delete")), Rejected(kXgsText));
 }
 
-TEST_F(PonInterfaces, WhichOneIsDeletedDoesNotMatter) {
+TEST_F(InterfaceGponValidation, WhichOneIsDeletedDoesNotMatter) {
   manage(2);
   running(links(gpon_link, 1, 3));
   EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, "", "delete")), Accepted());
   EXPECT_THAT(answer_of(kGponRequest, gpon_link(3, "", "delete")), Rejected(kGponText));
 }
 
-TEST_F(PonInterfaces, ADeletionMadeUpForIsAccepted) {
+TEST_F(InterfaceGponValidation, ADeletionMadeUpForIsAccepted) {
   manage(2);
   running(links(gpon_link, 1, 2));
   EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, "", "delete") + gpon_link(3)), Accepted());
 }
 
-TEST_F(PonInterfaces, MoreThanTheCardManagesMayBeAdded) {
+TEST_F(InterfaceXgsValidation, MoreThanTheCardManagesMayBeAdded) {
   manage(2);
   running(links(gpon_link, 1, 2) + links(xgspon_link, 1, 2));
   EXPECT_THAT(answer_of(kGponRequest, gpon_link(3)), Accepted());
   EXPECT_THAT(answer_of(kXgsRequest, xgspon_link(3)), Accepted());
 }
 
-TEST_F(PonInterfaces, AListWithTooFewRefusesEveryEdit) {
+TEST_F(InterfaceGponValidation, AListWithTooFewRefusesEveryEdit) {
   manage(3);
   running(gpon_link(1));
   EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, onu(1))), Rejected(kGponText));
@@ -76,20 +79,20 @@ TEST_F(PonInterfaces, AListWithTooFewRefusesEveryEdit) {
   EXPECT_THAT(answer_of(kGponRequest, gpon_link(2) + gpon_link(3)), Accepted());
 }
 
-TEST_F(PonInterfaces, TheTypesAreCountedApart) {
+TEST_F(InterfaceXgsValidation, TheTypesAreCountedApart) {
   manage(2);
   running(links(gpon_link, 1, 2) + xgspon_link(1));
   EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, onu(1))), Accepted());
   EXPECT_THAT(answer_of(kXgsRequest, xgspon_link(1, onu(1))), Rejected(kXgsText));
 }
 
-TEST_F(PonInterfaces, ACardWithoutManageableLinksMissesNone) {
+TEST_F(InterfaceGponValidation, ACardWithoutManageableLinksMissesNone) {
   manage(0);
   running(gpon_link(1));
   EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, "", "delete")), Accepted());
 }
 
-TEST_F(PonInterfaces, ACountThatCannotBeReadRejectsWithoutAText) {
+TEST_F(InterfaceGponValidation, ACountThatCannotBeReadRejectsWithoutAText) {
   running(gpon_link(1));
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::maapi_num_instances);
@@ -99,7 +102,7 @@ TEST_F(PonInterfaces, ACountThatCannotBeReadRejectsWithoutAText) {
   EXPECT_TRUE(trace.has("validate_itf_pon end - ERROR - elapsed time "));
 }
 
-TEST_F(PonInterfaces, AnXgsCountThatCannotBeReadNamesItsList) {
+TEST_F(InterfaceXgsValidation, AnXgsCountThatCannotBeReadNamesItsList) {
   running(xgspon_link(1));
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::maapi_num_instances);
@@ -107,7 +110,7 @@ TEST_F(PonInterfaces, AnXgsCountThatCannotBeReadNamesItsList) {
   EXPECT_TRUE(trace.has("Failed getting xgspon ports ("));
 }
 
-TEST_F(PonInterfaces, BothValidatorsTraceUnderOneName) {
+TEST_F(InterfaceXgsValidation, BothValidatorsTraceUnderOneName) {
   running(gpon_link(1) + xgspon_link(1));
   TraceCapture trace(TraceLevel::kFlow);
   EXPECT_THAT(answer_of(kGponRequest, gpon_link(1, onu(1))), Accepted());
@@ -116,7 +119,7 @@ TEST_F(PonInterfaces, BothValidatorsTraceUnderOneName) {
   EXPECT_EQ(trace.count("validate_itf_pon end - OK - elapsed time "), 2);
 }
 
-TEST_F(PonInterfaces, ThePlatformIsCalledInOrder) {
+TEST_F(InterfaceXgsValidation, ThePlatformIsCalledInOrder) {
   using Names = std::vector<std::string>;
   manage(2);
   running(gpon_link(1) + xgspon_link(1));
@@ -133,7 +136,7 @@ TEST_F(PonInterfaces, ThePlatformIsCalledInOrder) {
                                      "maapi_num_instances", "confd_trans_seterr"}));
 }
 
-TEST_F(PonInterfaces, ARefusalIsTracedAsAnError) {
+TEST_F(InterfaceGponValidation, ARefusalIsTracedAsAnError) {
   manage(2);
   running(gpon_link(1));
   TraceCapture trace(TraceLevel::kFlow);
@@ -141,7 +144,7 @@ TEST_F(PonInterfaces, ARefusalIsTracedAsAnError) {
   EXPECT_TRUE(trace.has("validate_itf_pon end - ERROR - elapsed time "));
 }
 
-TEST_F(PonInterfaces, AnotherTypeIsRejectedButTracedAsASuccess) {
+TEST_F(InterfaceGponValidation, AnotherTypeIsRejectedButTracedAsASuccess) {
   ValidationSession& session = open();
   TraceCapture trace(TraceLevel::kFlow);
   EXPECT_EQ(validate_itf_pon(sock(), tctx(), nullptr), CONFD_ERR);
@@ -151,7 +154,7 @@ TEST_F(PonInterfaces, AnotherTypeIsRejectedButTracedAsASuccess) {
   EXPECT_EQ(calls(PlatformCall::maapi_num_instances), 0U);
 }
 
-TEST_F(PonInterfaces, AllManageableLinksAreEnough) {
+TEST_F(InterfaceGponValidation, AllManageableLinksAreEnough) {
   set_num_manageable_ponlinks(16);
   EXPECT_FALSE(num_pon_links_ok(15));
   EXPECT_TRUE(num_pon_links_ok(16));

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_link_mode_validation.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 // Last, for its macros.
 #include "keypaths.h"
@@ -41,9 +41,9 @@ confd_value_t mode_value(std::int32_t number) {
   return value;
 }
 
-class LinkMode : public CardTest {};
+class PonModeValidation : public CardFixture {};
 
-TEST_F(LinkMode, AnEmptyLinkChangesWithANoticeToTheUser) {
+TEST_F(PonModeValidation, AnEmptyLinkChangesWithANoticeToTheUser) {
   for (const std::string name : {"gpon", "combo"}) {
     running(xgspon_link(3));
     const CommitReport report = commit(xgspon_link(3, mode(name)), {kRequest});
@@ -55,14 +55,14 @@ TEST_F(LinkMode, AnEmptyLinkChangesWithANoticeToTheUser) {
   }
 }
 
-TEST_F(LinkMode, BackToTheDefaultIsAChangeToXgspon) {
+TEST_F(PonModeValidation, BackToTheDefaultIsAChangeToXgspon) {
   running(xgspon_link(3, mode("combo")));
   const CommitReport report =
       commit(xgspon_link(3, element("operation-mode", "", "delete")), {kRequest});
   EXPECT_EQ(report.messages, std::vector<std::string>{notice("1 1 3", "xgspon")});
 }
 
-TEST_F(LinkMode, ALinkWithOnusKeepsItsMode) {
+TEST_F(PonModeValidation, ALinkWithOnusKeepsItsMode) {
   running(xgspon_link(3, onu(1)));
   for (const std::string name : {"gpon", "combo"}) {
     const CommitReport report = commit(xgspon_link(3, mode(name)), {kRequest});
@@ -74,14 +74,14 @@ TEST_F(LinkMode, ALinkWithOnusKeepsItsMode) {
   }
 }
 
-TEST_F(LinkMode, TheSameModeIsRefusedLikeAnyOther) {
+TEST_F(PonModeValidation, TheSameModeIsRefusedLikeAnyOther) {
   running(xgspon_link(3, onu(1)));
   const Answer answer = request(kRequest, kMode3, "", "xgspon");
   EXPECT_EQ(answer.result, Verdict::kError);
   EXPECT_EQ(answer.text, refusal("1 1 3", "xgspon"));
 }
 
-TEST_F(LinkMode, TheOnusThatTheTransactionLeavesCount) {
+TEST_F(PonModeValidation, TheOnusThatTheTransactionLeavesCount) {
   running(xgspon_link(3, onu(1)));
   EXPECT_EQ(answer_of(kRequest, xgspon_link(3, mode("combo") + onu(1, "", "delete"))).result,
             Verdict::kOk);
@@ -90,12 +90,12 @@ TEST_F(LinkMode, TheOnusThatTheTransactionLeavesCount) {
             refusal("1 1 3", "combo"));
 }
 
-TEST_F(LinkMode, OnusOfOtherLinksDoNotCount) {
+TEST_F(PonModeValidation, OnusOfOtherLinksDoNotCount) {
   running(xgspon_link(3) + xgspon_link(4, onu(1)) + gpon_link(3, onu(1)));
   EXPECT_EQ(answer_of(kRequest, xgspon_link(3, mode("gpon"))).result, Verdict::kOk);
 }
 
-TEST_F(LinkMode, ANumberOfOnusThatCannotBeReadRefusesLikeAnyOther) {
+TEST_F(PonModeValidation, ANumberOfOnusThatCannotBeReadRefusesLikeAnyOther) {
   running(xgspon_link(3));
   fail_call(PlatformCall::maapi_num_instances);
   const CommitReport report = commit(xgspon_link(3, mode("gpon")), {kRequest});
@@ -105,13 +105,13 @@ TEST_F(LinkMode, ANumberOfOnusThatCannotBeReadRefusesLikeAnyOther) {
   EXPECT_TRUE(report.messages.empty());
 }
 
-TEST_F(LinkMode, ANoticeThatCannotBeSentRejectsNothing) {
+TEST_F(PonModeValidation, ANoticeThatCannotBeSentRejectsNothing) {
   running(xgspon_link(3));
   fail_call(PlatformCall::maapi_prio_message);
   EXPECT_EQ(answer_of(kRequest, xgspon_link(3, mode("gpon"))).result, Verdict::kOk);
 }
 
-TEST_F(LinkMode, TheNoticeGoesToTheUserOfTheTransactionOnly) {
+TEST_F(PonModeValidation, TheNoticeGoesToTheUserOfTheTransactionOnly) {
   running(xgspon_link(3));
   ValidationSession& session = open();
   confd_hkeypath_t keypath = mode_keypath(1, 1, 3);
@@ -126,7 +126,7 @@ TEST_F(LinkMode, TheNoticeGoesToTheUserOfTheTransactionOnly) {
   EXPECT_EQ(session.messages().size(), 1U);
 }
 
-TEST_F(LinkMode, AModeOutsideTheModelHasAnEmptyName) {
+TEST_F(PonModeValidation, AModeOutsideTheModelHasAnEmptyName) {
   running(xgspon_link(3) + xgspon_link(4, onu(1)));
   for (const std::int32_t number : {-1, 3}) {
     ValidationSession& session = open();
@@ -141,7 +141,7 @@ TEST_F(LinkMode, AModeOutsideTheModelHasAnEmptyName) {
   }
 }
 
-TEST_F(LinkMode, KeysAreUnsignedNumbers) {
+TEST_F(PonModeValidation, KeysAreUnsignedNumbers) {
   ValidationSession& session = open();
   confd_hkeypath_t keypath = mode_keypath(4294967295U, 2, 3000000000U);
   confd_value_t gpon = mode_value(0);
@@ -150,7 +150,7 @@ TEST_F(LinkMode, KeysAreUnsignedNumbers) {
             std::vector<std::string>{notice("4294967295 2 3000000000", "gpon")});
 }
 
-TEST_F(LinkMode, TheTraceTellsKeypathAndOnusAndHasNoBracket) {
+TEST_F(PonModeValidation, TheTraceTellsKeypathAndOnusAndHasNoBracket) {
   running(xgspon_link(3, onu(1) + onu(2)));
   TraceCapture trace(TraceLevel::kDetail);
   answer_of(kRequest, xgspon_link(3, mode("combo")));
@@ -161,7 +161,7 @@ TEST_F(LinkMode, TheTraceTellsKeypathAndOnusAndHasNoBracket) {
   EXPECT_TRUE(trace.has("There are 2 ONUS associated with Pon Link 1 1 3"));
 }
 
-TEST_F(LinkMode, ThePlatformIsCalledInOrder) {
+TEST_F(PonModeValidation, ThePlatformIsCalledInOrder) {
   using Names = std::vector<std::string>;
   running(xgspon_link(3) + xgspon_link(4, onu(1)));
   {
@@ -176,15 +176,15 @@ TEST_F(LinkMode, ThePlatformIsCalledInOrder) {
             (Names{"qzconfd_maapi_socket_get", "maapi_num_instances", "confd_trans_seterr"}));
 }
 
-TEST_F(LinkMode, NoKeypathIsPrintedForATraceThatIsOff) {
+TEST_F(PonModeValidation, NoKeypathIsPrintedForATraceThatIsOff) {
   running(xgspon_link(3));
   answer_of(kRequest, xgspon_link(3, mode("combo")));
   EXPECT_EQ(calls(PlatformCall::confd_pp_kpath), 0U);
 }
 
-using LinkModeDeathTest = LinkMode;
+using PonModeValidationDeathTest = PonModeValidation;
 
-TEST_F(LinkModeDeathTest, KeysThatAreNoNumbersEndTheProcess) {
+TEST_F(PonModeValidationDeathTest, KeysThatAreNoNumbersEndTheProcess) {
   open();
   confd_value_t gpon = mode_value(0);
   const std::array<std::string, 3> assertions{
@@ -199,7 +199,7 @@ TEST_F(LinkModeDeathTest, KeysThatAreNoNumbersEndTheProcess) {
   }
 }
 
-TEST_F(LinkModeDeathTest, ANewValueThatIsNoModeEndsTheProcess) {
+TEST_F(PonModeValidationDeathTest, ANewValueThatIsNoModeEndsTheProcess) {
   open();
   confd_hkeypath_t keypath = mode_keypath(1, 1, 3);
   confd_value_t number;

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_card_valid.h"
 #include "gpon_onu_rg_profile_validation.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 // Its names are macros and would hit those of the headers above.
 #include "base.h"
@@ -70,11 +70,11 @@ confd_hkeypath_t keypath_to_entry() {
   return keypath;
 }
 
-using OneShotProv = CardTest;
-
 // ---- The switch
 
-TEST_F(OneShotProv, SwitchingItWarnsWhileAnOnuUsesAnRgProfile) {
+using OneShotProvCheck = CardFixture;
+
+TEST_F(OneShotProvCheck, SwitchingItWarnsWhileAnOnuUsesAnRgProfile) {
   const std::string in_use = gpon_link(2, onu(1)) + gpon_link(3, onu(4) + onu(5, uses_rg("rg")));
   const std::string unused = gpon_link(3, onu(5, rg_override("home")));
   const std::string switch_on = card(one_shot());
@@ -104,7 +104,7 @@ TEST_F(OneShotProv, SwitchingItWarnsWhileAnOnuUsesAnRgProfile) {
   }
 }
 
-TEST_F(OneShotProv, OnlyOnusOfChassis1Slot1AreAsked) {
+TEST_F(OneShotProvCheck, OnlyOnusOfChassis1Slot1AreAsked) {
   const auto link_of = [](const char* chassis, const char* slot) {
     return element("interface",
                    element("gpon", element("chassis-id", chassis) + element("slot-id", slot) +
@@ -114,7 +114,7 @@ TEST_F(OneShotProv, OnlyOnusOfChassis1Slot1AreAsked) {
   EXPECT_EQ(answer_of(kSwitchRequest, card(one_shot())).result, Verdict::kOk);
 }
 
-TEST_F(OneShotProv, AnotherChangeOfTheCardIsNoSwitch) {
+TEST_F(OneShotProvCheck, AnotherChangeOfTheCardIsNoSwitch) {
   running(card(one_shot()) + onu_5(uses_rg("rg")));
   const Answer answer =
       answer_of(kSwitchRequest, card(element("onu-auth-method", "password")) + card("", "1/2"));
@@ -122,13 +122,13 @@ TEST_F(OneShotProv, AnotherChangeOfTheCardIsNoSwitch) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_start), 0U);
 }
 
-TEST_F(OneShotProv, AFailedIterationFindsNoSwitch) {
+TEST_F(OneShotProvCheck, AFailedIterationFindsNoSwitch) {
   running(card("") + onu_5(uses_rg("rg")));
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
   EXPECT_EQ(answer_of(kSwitchRequest, card(one_shot())).result, Verdict::kOk);
 }
 
-TEST_F(OneShotProv, AFailedQueryCountsAsUse) {
+TEST_F(OneShotProvCheck, AFailedQueryCountsAsUse) {
   running(card(""));
   fail_call(PlatformCall::maapi_query_start);
   const Answer answer = answer_of(kSwitchRequest, card(one_shot()));
@@ -137,7 +137,7 @@ TEST_F(OneShotProv, AFailedQueryCountsAsUse) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_stop), 0U);
 }
 
-TEST_F(OneShotProv, AQueryThatBreaksOffCountsAsUse) {
+TEST_F(OneShotProvCheck, AQueryThatBreaksOffCountsAsUse) {
   running(card("") + gpon_link(3, onu(1)));
   constexpr int kChunks = 2;  // all ONUs, and the end
   for (int failing = 1; failing <= kChunks; ++failing) {
@@ -151,7 +151,7 @@ TEST_F(OneShotProv, AQueryThatBreaksOffCountsAsUse) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_stop), static_cast<std::uint64_t>(kChunks));
 }
 
-TEST_F(OneShotProv, TheQueryEndsWithTheFirstOnuThatUsesOne) {
+TEST_F(OneShotProvCheck, TheQueryEndsWithTheFirstOnuThatUsesOne) {
   running(card("") + gpon_link(3, onu(1, uses_rg("rg")) + onu(2) + onu(3, uses_rg("rg"))));
   TraceCapture trace(TraceLevel::kFlow);
   EXPECT_EQ(answer_of(kSwitchRequest, card(one_shot())).result, Verdict::kWarning);
@@ -162,7 +162,7 @@ TEST_F(OneShotProv, TheQueryEndsWithTheFirstOnuThatUsesOne) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_stop), 1U);
 }
 
-TEST_F(OneShotProv, TheTraceTellsOfEveryOnuWithoutOne) {
+TEST_F(OneShotProvCheck, TheTraceTellsOfEveryOnuWithoutOne) {
   running(card("") + gpon_link(3, onu(1) + onu(2)));
   TraceCapture trace(TraceLevel::kFlow);
   answer_of(kSwitchRequest, card(one_shot()));
@@ -182,7 +182,7 @@ TEST_F(OneShotProv, TheTraceTellsOfEveryOnuWithoutOne) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_result), 2U) << "all in one chunk, and the end";
 }
 
-TEST_F(OneShotProv, TheTraceTellsThatTheQueryFailed) {
+TEST_F(OneShotProvCheck, TheTraceTellsThatTheQueryFailed) {
   running(card(""));
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::maapi_query_start);
@@ -191,7 +191,7 @@ TEST_F(OneShotProv, TheTraceTellsThatTheQueryFailed) {
   EXPECT_TRUE(trace.has("validate_one_shot_prov end - WARNING - elapsed time "));
 }
 
-TEST_F(OneShotProv, TheIterationStopsAtTheSwitchAlone) {
+TEST_F(OneShotProvCheck, TheIterationStopsAtTheSwitchAlone) {
   struct Row {
     const char* name;
     confd_hkeypath_t keypath;
@@ -225,7 +225,7 @@ TEST_F(OneShotProv, TheIterationStopsAtTheSwitchAlone) {
   }
 }
 
-TEST_F(OneShotProv, TheTraceTellsOfEveryChangeThatIsLookedAt) {
+TEST_F(OneShotProvCheck, TheTraceTellsOfEveryChangeThatIsLookedAt) {
   confd_hkeypath_t keypath = keypath_to(base_rg_profile);
   confd_value_t old_value;
   confd_value_t new_value;
@@ -243,14 +243,16 @@ TEST_F(OneShotProv, TheTraceTellsOfEveryChangeThatIsLookedAt) {
   EXPECT_TRUE(trace.has_record("DETAIL", text.data()));
 }
 
-TEST_F(OneShotProv, TheNodesHaveTheNumbersThatTheDaemonKnows) {
+TEST_F(OneShotProvCheck, TheNodesHaveTheNumbersThatTheDaemonKnows) {
   EXPECT_EQ(base_rg_one_shot_prov, 0x4de0ba35);
   EXPECT_EQ(base_rg_profile, 0x31a8c1d5);
 }
 
 // ---- The RG settings of an ONU
 
-TEST_F(OneShotProv, AnExchangedRgProfileOrAChangedOverrideWarns) {
+using RgProfOneShotCheck = CardFixture;
+
+TEST_F(RgProfOneShotCheck, AnExchangedRgProfileOrAChangedOverrideWarns) {
   struct Row {
     const char* name;
     std::string before;
@@ -278,25 +280,25 @@ TEST_F(OneShotProv, AnExchangedRgProfileOrAChangedOverrideWarns) {
   }
 }
 
-TEST_F(OneShotProv, TheSwitchOfCard11Decides) {
+TEST_F(RgProfOneShotCheck, TheSwitchOfCard11Decides) {
   running(card(one_shot(), "1/2") + onu_5(uses_rg("rg")));
   EXPECT_EQ(answer_of(kRgRequest, onu_5(uses_rg("other"))).result, Verdict::kOk);
   EXPECT_EQ(answer_of(kRgRequest, onu_5(uses_rg("third")) + card(one_shot())).result,
             Verdict::kWarning);
 }
 
-TEST_F(OneShotProv, AnUnchangedOverrideIsAccepted) {
+TEST_F(RgProfOneShotCheck, AnUnchangedOverrideIsAccepted) {
   running(card(one_shot()) + onu_5(rg_override("home")));
   EXPECT_EQ(request(kRgRequest, kOverride).result, Verdict::kOk);
 }
 
-TEST_F(OneShotProv, AFailedExistenceTestCountsAsSwitchedOff) {
+TEST_F(RgProfOneShotCheck, AFailedExistenceTestCountsAsSwitchedOff) {
   running(card(one_shot()) + onu_5(uses_rg("rg")));
   fail_call(PlatformCall::maapi_exists);
   EXPECT_EQ(answer_of(kRgRequest, onu_5(uses_rg("other"))).result, Verdict::kOk);
 }
 
-TEST_F(OneShotProv, ACommittedConfigurationThatCannotBeReadIsRejected) {
+TEST_F(RgProfOneShotCheck, ACommittedConfigurationThatCannotBeReadIsRejected) {
   running(card(one_shot()) + onu_5(uses_rg("rg")));
   struct Row {
     PlatformCall failing;
@@ -317,7 +319,7 @@ TEST_F(OneShotProv, ACommittedConfigurationThatCannotBeReadIsRejected) {
   }
 }
 
-TEST_F(OneShotProv, ThePlatformIsCalledInOrder) {
+TEST_F(RgProfOneShotCheck, ThePlatformIsCalledInOrder) {
   running(card(one_shot()) + onu_5(uses_rg("rg")));
   const auto calls_for = [this](const char* request, const std::string& change,
                                 std::optional<PlatformCall> failing = std::nullopt) {
@@ -344,7 +346,7 @@ TEST_F(OneShotProv, ThePlatformIsCalledInOrder) {
   EXPECT_EQ(calls_for(kRgRequest, onu_5(uses_rg("other")), PlatformCall::cdb_exists), exchanged);
 }
 
-TEST_F(OneShotProv, TheTraceTellsWhatBecameOfAnRgChange) {
+TEST_F(RgProfOneShotCheck, TheTraceTellsWhatBecameOfAnRgChange) {
   running(card(one_shot()) + onu_5(uses_rg("rg") + rg_override("home")));
   {
     TraceCapture trace(TraceLevel::kDetail);
@@ -365,7 +367,7 @@ TEST_F(OneShotProv, TheTraceTellsWhatBecameOfAnRgChange) {
   EXPECT_TRUE(trace.has_record("FLOW", "The rg-one-shot-prov is disabled."));
 }
 
-TEST_F(OneShotProv, AnyChangeEndsTheIterationOverAnOverride) {
+TEST_F(RgProfOneShotCheck, AnyChangeEndsTheIterationOverAnOverride) {
   struct Row {
     maapi_iter_op op;
     maapi_iter_ret result;
@@ -390,9 +392,9 @@ TEST_F(OneShotProv, AnyChangeEndsTheIterationOverAnOverride) {
   }
 }
 
-using OneShotProvDeathTest = OneShotProv;
+using RgProfOneShotCheckDeathTest = CardFixture;
 
-TEST_F(OneShotProvDeathTest, AnEntryHasNoRgSettings) {
+TEST_F(RgProfOneShotCheckDeathTest, AnEntryHasNoRgSettings) {
   running(card(one_shot()));
   open();
   confd_hkeypath_t keypath = keypath_to_entry();
@@ -400,7 +402,7 @@ TEST_F(OneShotProvDeathTest, AnEntryHasNoRgSettings) {
                "\\(&keypath->v\\[0\\]\\[0\\]\\)->type == C_XMLTAG");
 }
 
-TEST_F(OneShotProv, WithoutOneShotProvisioningTheKeypathIsNotLookedAt) {
+TEST_F(RgProfOneShotCheck, WithoutOneShotProvisioningTheKeypathIsNotLookedAt) {
   running(card(""));
   open();
   confd_hkeypath_t keypath = keypath_to_entry();

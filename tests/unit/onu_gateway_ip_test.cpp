@@ -2,10 +2,10 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_onu_gateway_ip.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -19,9 +19,9 @@ std::string ip_host(const std::string& address, const std::string& gateway) {
   return element("ip-host", element("address", address) + element("default-gateway", gateway));
 }
 
-using OnuGatewayIp = CardTest;
+using OnuGatewayIpCheck = CardFixture;
 
-TEST_F(OnuGatewayIp, TheGatewayIsAnotherHostOfTheNetwork) {
+TEST_F(OnuGatewayIpCheck, TheGatewayIsAnotherHostOfTheNetwork) {
   struct Row {
     const char* address;
     const char* gateway;
@@ -52,12 +52,12 @@ TEST_F(OnuGatewayIp, TheGatewayIsAnotherHostOfTheNetwork) {
   }
 }
 
-TEST_F(OnuGatewayIp, OnusOnXgsPonLinksAreCheckedToo) {
+TEST_F(OnuGatewayIpCheck, OnusOnXgsPonLinksAreCheckedToo) {
   EXPECT_EQ(answer_of(kRequest, xgspon_link(3, onu(5, ip_host("10.0.0.5/24", "10.0.1.1")))).text,
             kOtherNetwork);
 }
 
-TEST_F(OnuGatewayIp, AChangedGatewayIsHeldAgainstTheCommittedAddress) {
+TEST_F(OnuGatewayIpCheck, AChangedGatewayIsHeldAgainstTheCommittedAddress) {
   running(gpon_link(3, onu(5, ip_host("10.0.0.5/24", "10.0.0.1"))));
   EXPECT_EQ(
       answer_of(kRequest,
@@ -66,7 +66,7 @@ TEST_F(OnuGatewayIp, AChangedGatewayIsHeldAgainstTheCommittedAddress) {
       kSameAddress);
 }
 
-TEST_F(OnuGatewayIp, ADeletedHostIsAcceptedWithoutReads) {
+TEST_F(OnuGatewayIpCheck, ADeletedHostIsAcceptedWithoutReads) {
   running(gpon_link(3, onu(5, ip_host("10.0.0.5/24", "10.0.0.1"))));
   const Answer answer =
       request(kRequest, kIpHost, gpon_link(3, onu(5, element("ip-host", "", "delete"))));
@@ -76,7 +76,7 @@ TEST_F(OnuGatewayIp, ADeletedHostIsAcceptedWithoutReads) {
   EXPECT_EQ(calls(PlatformCall::maapi_get_ipv4_elem), 0U);
 }
 
-TEST_F(OnuGatewayIp, AFailedReadIsRejectedWithoutText) {
+TEST_F(OnuGatewayIpCheck, AFailedReadIsRejectedWithoutText) {
   running(gpon_link(3, onu(5, ip_host("10.0.0.5/24", "10.0.0.5"))));
   for (const PlatformCall call :
        {PlatformCall::maapi_get_ipv4_and_plen_elem, PlatformCall::maapi_get_ipv4_elem}) {
@@ -87,7 +87,7 @@ TEST_F(OnuGatewayIp, AFailedReadIsRejectedWithoutText) {
   }
 }
 
-TEST_F(OnuGatewayIp, AFailedExistenceTestLeavesItToTheReads) {
+TEST_F(OnuGatewayIpCheck, AFailedExistenceTestLeavesItToTheReads) {
   running(gpon_link(3, onu(5, ip_host("10.0.0.5/24", "10.0.0.1"))) +
           gpon_link(4, onu(5, ip_host("10.0.0.5/24", "10.0.0.5"))));
   struct Row {
@@ -108,7 +108,7 @@ TEST_F(OnuGatewayIp, AFailedExistenceTestLeavesItToTheReads) {
   }
 }
 
-TEST_F(OnuGatewayIp, ThePlatformIsCalledInOrder) {
+TEST_F(OnuGatewayIpCheck, ThePlatformIsCalledInOrder) {
   running(gpon_link(3, onu(5, ip_host("10.0.0.5/24", "10.0.0.5"))));
   const RecordedCalls recorded;
   request(kRequest, kIpHost);
@@ -118,7 +118,7 @@ TEST_F(OnuGatewayIp, ThePlatformIsCalledInOrder) {
                                       "confd_trans_seterr"}));
 }
 
-TEST_F(OnuGatewayIp, TheTraceBracketsTheCheck) {
+TEST_F(OnuGatewayIpCheck, TheTraceBracketsTheCheck) {
   running(gpon_link(3, onu(5, ip_host("10.0.0.5/24", "10.0.0.5"))));
   TraceCapture trace(TraceLevel::kFlow);
   request(kRequest, kIpHost);

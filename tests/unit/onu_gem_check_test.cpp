@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_onu_gem_check.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.
 #include "keypath_elements.h"
@@ -42,7 +42,7 @@ std::string gem_missing(int sp, int gem_id, int onu_id) {
          "] was not configured to onu [" + std::to_string(onu_id) + "]";
 }
 
-class OnuGemCheck : public CardTest {
+class OnuGemCheck : public CardFixture {
  protected:
   OnuGemCheck() {
     running(line_profiles() + gpon_link(2, onu(3, uses_line("both")) + onu(4, uses_line("both"))) +

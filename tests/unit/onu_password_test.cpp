@@ -3,11 +3,11 @@
 #include <utility>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_onu_password_valid.h"
-#include "platform_in_place.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 // Its names are macros and would hit those of the headers above.
 #include "base.h"
@@ -56,7 +56,7 @@ confd_hkeypath_t onu_list_keypath(std::uint32_t chassis, std::uint32_t slot, std
   return keypath;
 }
 
-class OnuPassword : public CardTest {
+class OnuPwdSnUniqueCheck : public CardFixture {
  protected:
   Answer check() { return request(kRequest, kOnuList); }
 
@@ -75,7 +75,7 @@ class OnuPassword : public CardTest {
 
 // ---- The authentication method
 
-TEST_F(OnuPassword, TheMethodIsThatOfTheCard) {
+TEST_F(OnuPwdSnUniqueCheck, TheMethodIsThatOfTheCard) {
   struct Row {
     std::string card;
     int method;
@@ -94,7 +94,7 @@ TEST_F(OnuPassword, TheMethodIsThatOfTheCard) {
   }
 }
 
-TEST_F(OnuPassword, ChassisAndSlotTellTheCard) {
+TEST_F(OnuPwdSnUniqueCheck, ChassisAndSlotTellTheCard) {
   running(element("gpon", element("slot", "2/7") + element("onu-auth-method", kByPassword)) +
           card(kByBoth));
   open();
@@ -103,16 +103,16 @@ TEST_F(OnuPassword, ChassisAndSlotTellTheCard) {
   EXPECT_EQ(auth_method(1, 7), 0);
 }
 
-TEST_F(OnuPassword, AnUnreadableMethodIsZero) {
+TEST_F(OnuPwdSnUniqueCheck, AnUnreadableMethodIsZero) {
   running(card(kByPassword));
   open();
   fail_call(PlatformCall::maapi_get_enum_value_elem);
   EXPECT_EQ(auth_method(), 0);
 }
 
-using OnuPasswordDeathTest = OnuPassword;
+using OnuPwdSnUniqueCheckDeathTest = OnuPwdSnUniqueCheck;
 
-TEST_F(OnuPasswordDeathTest, AnEntryWithoutTwoNumbersIsImpossible) {
+TEST_F(OnuPwdSnUniqueCheckDeathTest, AnEntryWithoutTwoNumbersIsImpossible) {
   running("");
   open();
   confd_hkeypath_t keypath = onu_list_keypath(1, 1, 3);
@@ -126,7 +126,7 @@ TEST_F(OnuPasswordDeathTest, AnEntryWithoutTwoNumbersIsImpossible) {
 
 // ---- One credential
 
-TEST_F(OnuPassword, TheMethodDecidesWhichCredentialIsRead) {
+TEST_F(OnuPwdSnUniqueCheck, TheMethodDecidesWhichCredentialIsRead) {
   running(gpon_link(3, onu(5, credentials("ZQRT0000ABCD", "secret"))));
   open();
   const std::string label = "interface gpon 3 onu 5";
@@ -152,7 +152,7 @@ TEST_F(OnuPassword, TheMethodDecidesWhichCredentialIsRead) {
   }
 }
 
-TEST_F(OnuPassword, ASerialNumberIsUpperCaseFromTheFifthCharacterOn) {
+TEST_F(OnuPwdSnUniqueCheck, ASerialNumberIsUpperCaseFromTheFifthCharacterOn) {
   struct Row {
     const char* configured;
     const char* compared;
@@ -173,13 +173,13 @@ TEST_F(OnuPassword, ASerialNumberIsUpperCaseFromTheFifthCharacterOn) {
   }
 }
 
-TEST_F(OnuPassword, APasswordIsTakenAsItStands) {
+TEST_F(OnuPwdSnUniqueCheck, APasswordIsTakenAsItStands) {
   running(gpon_link(3, onu(5, password("seCret%s"))));
   open();
   EXPECT_EQ(collect("password", 2), (Pairs{{"seCret%s", "interface gpon 3 onu 5"}}));
 }
 
-TEST_F(OnuPassword, ACredentialThatCannotBeReadIsLeftOut) {
+TEST_F(OnuPwdSnUniqueCheck, ACredentialThatCannotBeReadIsLeftOut) {
   running(gpon_link(3, onu(5, serial_number("ZQRT00000001"))));
   open();
   EXPECT_EQ(collect("password", 2), Pairs{});
@@ -187,7 +187,7 @@ TEST_F(OnuPassword, ACredentialThatCannotBeReadIsLeftOut) {
   EXPECT_EQ(collect("serial-number", 0), Pairs{});
 }
 
-TEST_F(OnuPassword, ACredentialMayHave8191Characters) {
+TEST_F(OnuPwdSnUniqueCheck, ACredentialMayHave8191Characters) {
   for (const std::size_t length : {8191U, 8192U}) {
     const std::string text(length, 'x');
     running(gpon_link(3, onu(5, password(text))));
@@ -229,7 +229,7 @@ TEST(EvaluateOnuSerialPassword, EveryMemberOfAGroupHasOneLine) {
 
 // ---- The whole card
 
-TEST_F(OnuPassword, PasswordsAreUniquePerInterfaceUnderPasswordAuthentication) {
+TEST_F(OnuPwdSnUniqueCheck, PasswordsAreUniquePerInterfaceUnderPasswordAuthentication) {
   const std::string same_interface =
       gpon_link(3, onu(1, password("one")) + onu(2, password("one")));
   struct Row {
@@ -261,7 +261,7 @@ TEST_F(OnuPassword, PasswordsAreUniquePerInterfaceUnderPasswordAuthentication) {
   }
 }
 
-TEST_F(OnuPassword, ThePasswordReportGoesThroughTheInterfacesInOrder) {
+TEST_F(OnuPwdSnUniqueCheck, ThePasswordReportGoesThroughTheInterfacesInOrder) {
   const auto twice = [](const std::string& first, const std::string& second) {
     return onu(1, password(second)) + onu(2, password(first)) + onu(3, password(second)) +
            onu(4, password(first));
@@ -283,7 +283,7 @@ TEST_F(OnuPassword, ThePasswordReportGoesThroughTheInterfacesInOrder) {
                               "interface gpon 1 onu 3 password: [b]\n");
 }
 
-TEST_F(OnuPassword, SerialNumbersAreUniqueOnTheWholeCard) {
+TEST_F(OnuPwdSnUniqueCheck, SerialNumbersAreUniqueOnTheWholeCard) {
   const std::string sn = "ZQRT0000ABCD";
   const std::string both_kinds =
       gpon_link(3, onu(5, serial_number(sn))) + xgspon_link(4, onu(6, serial_number(sn)));
@@ -321,7 +321,7 @@ TEST_F(OnuPassword, SerialNumbersAreUniqueOnTheWholeCard) {
   }
 }
 
-TEST_F(OnuPassword, TheOnuThatRepeatsASerialNumberIsRejected) {
+TEST_F(OnuPwdSnUniqueCheck, TheOnuThatRepeatsASerialNumberIsRejected) {
   running(card(kBySerial) + gpon_link(3, onu(5, serial_number("ZQRT00000001"))));
   const Answer answer = answer_of(kRequest, xgspon_link(4, onu(6, serial_number("ZQRT00000001"))));
   EXPECT_EQ(answer.text, std::string(kSerialHead) +
@@ -329,14 +329,14 @@ TEST_F(OnuPassword, TheOnuThatRepeatsASerialNumberIsRejected) {
                              "interface gpon 4 onu 6 serial-number: [ZQRT00000001]\n");
 }
 
-TEST_F(OnuPassword, APercentSignInACredentialStaysOne) {
+TEST_F(OnuPwdSnUniqueCheck, APercentSignInACredentialStaysOne) {
   running(card(kByPassword) + gpon_link(3, onu(1, password("%d%s")) + onu(2, password("%d%s"))));
   EXPECT_EQ(check().text, std::string(kPasswordHead) +
                               "interface gpon 3 onu 1 password: [%d%s]\n"
                               "interface gpon 3 onu 2 password: [%d%s]\n");
 }
 
-TEST_F(OnuPassword, TheOnusAreReadInChassis1) {
+TEST_F(OnuPwdSnUniqueCheck, TheOnusAreReadInChassis1) {
   const std::string twins =
       onu(1, serial_number("ZQRT00000001")) + onu(2, serial_number("ZQRT00000001"));
   running(
@@ -345,7 +345,7 @@ TEST_F(OnuPassword, TheOnusAreReadInChassis1) {
   EXPECT_EQ(check().result, Verdict::kOk);
 }
 
-TEST_F(OnuPassword, AnOnuCostsOneRead) {
+TEST_F(OnuPwdSnUniqueCheck, AnOnuCostsOneRead) {
   const auto onus = [] {
     std::string text;
     for (int id = 1; id <= 10; ++id) {
@@ -364,7 +364,7 @@ TEST_F(OnuPassword, AnOnuCostsOneRead) {
   EXPECT_EQ(calls(PlatformCall::maapi_get_enum_value_elem), 4U);
 }
 
-TEST_F(OnuPassword, ThePlatformIsCalledInOrder) {
+TEST_F(OnuPwdSnUniqueCheck, ThePlatformIsCalledInOrder) {
   running(gpon_link(3, onu(1, serial_number(""))));
   const RecordedCalls recorded;
   check();
@@ -379,7 +379,7 @@ TEST_F(OnuPassword, ThePlatformIsCalledInOrder) {
                 "maapi_destroy_cursor", "confd_trans_seterr"}));
 }
 
-TEST_F(OnuPassword, TheWalkGivesTheSlotAndReportsPasswords) {
+TEST_F(OnuPwdSnUniqueCheck, TheWalkGivesTheSlotAndReportsPasswords) {
   running(gpon_link(3, onu(1, password("a")) + onu(2, password("a"))));
   ValidationSession& session = open();
   Credentials serials;
@@ -396,7 +396,7 @@ TEST_F(OnuPassword, TheWalkGivesTheSlotAndReportsPasswords) {
   EXPECT_EQ(session.open_resources().cursors, 0);
 }
 
-TEST_F(OnuPassword, SlotAndPortAreTheLastTwoKeysOfAnInterface) {
+TEST_F(OnuPwdSnUniqueCheck, SlotAndPortAreTheLastTwoKeysOfAnInterface) {
   running(gpon_link(3, onu(1, password("a")) + onu(2, password("a"))));
   open();
   const InPlace in_place;
@@ -418,7 +418,7 @@ TEST_F(OnuPassword, SlotAndPortAreTheLastTwoKeysOfAnInterface) {
             "interface gpon 3 onu 1 password: [a]\ninterface gpon 3 onu 2 password: [a]\n");
 }
 
-TEST_F(OnuPassword, AnUnreadableListIsPassedOver) {
+TEST_F(OnuPwdSnUniqueCheck, AnUnreadableListIsPassedOver) {
   const std::string twins =
       onu(1, serial_number("ZQRT00000001")) + onu(2, serial_number("ZQRT00000001"));
   running(gpon_link(3, twins));
@@ -431,7 +431,7 @@ TEST_F(OnuPassword, AnUnreadableListIsPassedOver) {
   EXPECT_EQ(check().result, Verdict::kError);
 }
 
-TEST_F(OnuPassword, AnUnreadableMethodComparesSerialNumbers) {
+TEST_F(OnuPwdSnUniqueCheck, AnUnreadableMethodComparesSerialNumbers) {
   running(card(kByPassword) + gpon_link(3, onu(1, credentials("ZQRT00000001", "a")) +
                                                onu(2, credentials("ZQRT00000001", "a"))));
   fail_call(PlatformCall::maapi_get_enum_value_elem, 1);
@@ -440,7 +440,7 @@ TEST_F(OnuPassword, AnUnreadableMethodComparesSerialNumbers) {
                               "interface gpon 3 onu 2 serial-number: [ZQRT00000001]\n");
 }
 
-TEST_F(OnuPassword, NullArgumentsAreRejectedWithoutText) {
+TEST_F(OnuPwdSnUniqueCheck, NullArgumentsAreRejectedWithoutText) {
   running("");
   ValidationSession& session = open();
   confd_hkeypath_t keypath = onu_list_keypath(1, 1, 3);

@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_onu_snmp_rt_confirm.h"
-#include "platform_in_place.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -41,7 +41,7 @@ std::string card(int gpon_onus, int xgspon_onus) {
          xgspon_link(2, monitored_onus(xgspon_onus) + onu(1000));
 }
 
-class OnuSnmpRt : public CardTest {
+class OnuSnmpRtWarn : public CardFixture {
  protected:
   Answer check() { return request(kRequest, "/config/interface/gpon{1 1 1}/onu"); }
 
@@ -56,7 +56,7 @@ class OnuSnmpRt : public CardTest {
   }
 };
 
-TEST_F(OnuSnmpRt, MoreThan128OnusOfBothKindsWarn) {
+TEST_F(OnuSnmpRtWarn, MoreThan128OnusOfBothKindsWarn) {
   struct Row {
     int gpon;
     int xgspon;
@@ -81,24 +81,24 @@ TEST_F(OnuSnmpRt, MoreThan128OnusOfBothKindsWarn) {
   }
 }
 
-TEST_F(OnuSnmpRt, TheChangeThatCrossesTheLimitWarns) {
+TEST_F(OnuSnmpRtWarn, TheChangeThatCrossesTheLimitWarns) {
   running(card(128, 0));
   EXPECT_EQ(answer_of(kRequest, xgspon_link(2, onu(1, real_time()))).text, warning(129));
 }
 
-TEST_F(OnuSnmpRt, DisablingOneStillWarnsWhileTooManyRemain) {
+TEST_F(OnuSnmpRtWarn, DisablingOneStillWarnsWhileTooManyRemain) {
   running(card(130, 0));
   const Answer answer = answer_of(kRequest, gpon_link(1, onu(1, real_time("delete"))));
   EXPECT_EQ(answer.result, Verdict::kWarning);
   EXPECT_EQ(answer.text, warning(129));
 }
 
-TEST_F(OnuSnmpRt, ACardWithoutLinksIsAccepted) {
+TEST_F(OnuSnmpRtWarn, ACardWithoutLinksIsAccepted) {
   running("");
   EXPECT_EQ(check().result, Verdict::kOk);
 }
 
-TEST_F(OnuSnmpRt, TwoEvaluationsAreAllThatIsRead) {
+TEST_F(OnuSnmpRtWarn, TwoEvaluationsAreAllThatIsRead) {
   running(card(100, 100));
   const RecordedCalls recorded;
   check();
@@ -107,7 +107,7 @@ TEST_F(OnuSnmpRt, TwoEvaluationsAreAllThatIsRead) {
                                       "maapi_xpath_eval_expr", "confd_trans_seterr"}));
 }
 
-TEST_F(OnuSnmpRt, AFailedEvaluationIsRejected) {
+TEST_F(OnuSnmpRtWarn, AFailedEvaluationIsRejected) {
   struct Row {
     int failing;
     std::uint64_t evaluations;
@@ -132,7 +132,7 @@ TEST_F(OnuSnmpRt, AFailedEvaluationIsRejected) {
   }
 }
 
-TEST_F(OnuSnmpRt, ACountThatIsNoNumberIsRejected) {
+TEST_F(OnuSnmpRtWarn, ACountThatIsNoNumberIsRejected) {
   const InPlace in_place;
   running(card(129, 0));
   InPlace::xpath = {CONFD_OK, "many"};
@@ -145,7 +145,7 @@ TEST_F(OnuSnmpRt, ACountThatIsNoNumberIsRejected) {
       "FLOW", "There was an error checking how many GPON ONUs have SNMP real-time enabled."));
 }
 
-TEST_F(OnuSnmpRt, TheTraceTellsTheDecision) {
+TEST_F(OnuSnmpRtWarn, TheTraceTellsTheDecision) {
   running(card(129, 0));
   {
     TraceCapture trace(TraceLevel::kFlow);
@@ -164,7 +164,7 @@ TEST_F(OnuSnmpRt, TheTraceTellsTheDecision) {
 
 // ---- The count
 
-TEST_F(OnuSnmpRt, ACountIsTheNumberThatTheExpressionGives) {
+TEST_F(OnuSnmpRtWarn, ACountIsTheNumberThatTheExpressionGives) {
   running(card(3, 2));
   open();
   struct Row {
@@ -183,7 +183,7 @@ TEST_F(OnuSnmpRt, ACountIsTheNumberThatTheExpressionGives) {
   }
 }
 
-TEST_F(OnuSnmpRt, ATextWithoutDigitsFails) {
+TEST_F(OnuSnmpRtWarn, ATextWithoutDigitsFails) {
   TraceCapture trace(TraceLevel::kFlow);
   for (const char* const text : {"many", "", "-"}) {
     describe(text);
@@ -194,14 +194,14 @@ TEST_F(OnuSnmpRt, ATextWithoutDigitsFails) {
   EXPECT_EQ(trace.count(" (stoi) retrieving the number of onus with snmp real-time."), 3);
 }
 
-TEST_F(OnuSnmpRt, WhatFollowsTheDigitsIsIgnored) {
+TEST_F(OnuSnmpRtWarn, WhatFollowsTheDigitsIsIgnored) {
   describe("12 or so");
   int result = -7;
   EXPECT_EQ(count(kDescription, result), 0);
   EXPECT_EQ(result, 12);
 }
 
-TEST_F(OnuSnmpRt, AFailedEvaluationCountsNone) {
+TEST_F(OnuSnmpRtWarn, AFailedEvaluationCountsNone) {
   running(card(3, 0));
   open();
   fail_call(PlatformCall::maapi_xpath_eval_expr);
@@ -210,7 +210,7 @@ TEST_F(OnuSnmpRt, AFailedEvaluationCountsNone) {
   EXPECT_EQ(result, 0);
 }
 
-TEST_F(OnuSnmpRt, AnEvaluationNeedsBothItsResultAndItsText) {
+TEST_F(OnuSnmpRtWarn, AnEvaluationNeedsBothItsResultAndItsText) {
   const InPlace in_place;
   open();
   const std::array<InPlace::Xpath, 3> answers{
@@ -225,7 +225,7 @@ TEST_F(OnuSnmpRt, AnEvaluationNeedsBothItsResultAndItsText) {
   }
 }
 
-TEST_F(OnuSnmpRt, ANumberBeyondIntIsNotHandledHere) {
+TEST_F(OnuSnmpRtWarn, ANumberBeyondIntIsNotHandledHere) {
   describe("2147483648");
   int result = -7;
   EXPECT_THROW(count(kDescription, result), std::out_of_range);

@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_line_profile_confirm.h"
-#include "platform_in_place.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/suite_name.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -101,7 +102,7 @@ std::string use_of(const Kind& kind, const std::string& name = "gold", int pots 
   return ports;
 }
 
-class ProfileConfirmation : public CardTest {
+class ProfileConfirmation : public CardFixture {
  protected:
   /// Whatever comes back with it, the result text alone counts.
   static void count_as(const std::string& text) { InPlace::xpath = {CONFD_ERR, text}; }
@@ -126,12 +127,8 @@ class ProfileConfirmation : public CardTest {
 class EveryProfileConfirmation : public ProfileConfirmation,
                                  public ::testing::WithParamInterface<Kind> {};
 
-INSTANTIATE_TEST_SUITE_P(Kinds, EveryProfileConfirmation, ::testing::ValuesIn(kinds()),
-                         [](const auto& tested) {
-                           std::string name = tested.param.word;
-                           std::replace(name.begin(), name.end(), '-', '_');
-                           return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Of, EveryProfileConfirmation, ::testing::ValuesIn(kinds()),
+                         [](const auto& tested) { return suite_name(tested.param.request); });
 
 TEST_P(EveryProfileConfirmation, AProfileThatIsCreatedIsNotAskedAboutEvenWithUsers) {
   const Kind& kind = GetParam();

@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "both_branches.h"
-#include "frame_trace_capture.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/both_branches.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.
@@ -33,33 +33,33 @@ std::string gem_missing(int sp, int gem_id, int onu_id) {
          "] was not configured to onu [" + std::to_string(onu_id) + "]";
 }
 
-class ServicePortGem : public CardTest {
+class SpGemCheck : public CardFixture {
  protected:
-  ServicePortGem() { running(card()); }
+  SpGemCheck() { running(card()); }
 
   Answer answer_for(const std::string& change) { return answer_of(kRequest, change); }
 };
 
-TEST_F(ServicePortGem, AGemPortOfTheOnusLineProfileIsAccepted) {
+TEST_F(SpGemCheck, AGemPortOfTheOnusLineProfileIsAccepted) {
   EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 2)), Accepted());
   EXPECT_THAT(answer_for(service_port(2, "xgspon", "1/1/1", 3, 1)), Accepted());
 }
 
-TEST_F(ServicePortGem, AGemPortThatTheLineProfileLacksIsRejected) {
+TEST_F(SpGemCheck, AGemPortThatTheLineProfileLacksIsRejected) {
   EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/1", 1, 3)), Rejected(gem_missing(9, 3, 1)));
   EXPECT_THAT(answer_for(service_port(9, "xgspon", "1/1/1", 3, 3)), Rejected(gem_missing(9, 3, 3)));
 }
 
-TEST_F(ServicePortGem, AnOnuWithoutALineProfileHasNoGemPort) {
+TEST_F(SpGemCheck, AnOnuWithoutALineProfileHasNoGemPort) {
   EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/1", 2, 1)), Rejected(gem_missing(9, 1, 2)));
 }
 
-TEST_F(ServicePortGem, AnOnuWithADanglingLineProfileHasNoGemPort) {
+TEST_F(SpGemCheck, AnOnuWithADanglingLineProfileHasNoGemPort) {
   running(card() + gpon_link(2, onu(1, uses_line("gone"))));
   EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/2", 1, 1)), Rejected(gem_missing(9, 1, 1)));
 }
 
-TEST_F(ServicePortGem, OfAMissingOnuTheGemPortIsTold) {
+TEST_F(SpGemCheck, OfAMissingOnuTheGemPortIsTold) {
   EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/1", 3, 1)), Rejected(gem_missing(9, 1, 3)));
   EXPECT_THAT(answer_for(service_port(9, "xgspon", "1/1/1", 1, 1)), Rejected(gem_missing(9, 1, 1)));
   EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/2", 1, 1)), Rejected(gem_missing(9, 1, 1)));
@@ -67,7 +67,7 @@ TEST_F(ServicePortGem, OfAMissingOnuTheGemPortIsTold) {
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 6U);
 }
 
-TEST_F(ServicePortGem, AModificationIsLookedAt) {
+TEST_F(SpGemCheck, AModificationIsLookedAt) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 1));
   EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 3)), Rejected(gem_missing(1, 3, 1)));
   // Any change of a port brings it before the check, one that dangled before too.
@@ -77,30 +77,30 @@ TEST_F(ServicePortGem, AModificationIsLookedAt) {
       Rejected(gem_missing(1, 3, 1)));
 }
 
-TEST_F(ServicePortGem, APortThatDoesNotChangeIsNotLookedAt) {
+TEST_F(SpGemCheck, APortThatDoesNotChangeIsNotLookedAt) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 3));
   EXPECT_THAT(answer_for(service_port(2, "gpon", "1/1/1", 1, 1)), Accepted());
 }
 
-TEST_F(ServicePortGem, ADeletionIsAlwaysAccepted) {
+TEST_F(SpGemCheck, ADeletionIsAlwaysAccepted) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 3));
   EXPECT_THAT(answer_for(deleted_service_port(1)), Accepted());
   EXPECT_EQ(calls(PlatformCall::maapi_get_values), 0U);
 }
 
-TEST_F(ServicePortGem, ADeletionDoesNotHideWhatComesBehindIt) {
+TEST_F(SpGemCheck, ADeletionDoesNotHideWhatComesBehindIt) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 1));
   EXPECT_THAT(answer_for(deleted_service_port(1) + service_port(2, "gpon", "1/1/1", 1, 3)),
               Rejected(gem_missing(2, 3, 1)));
 }
 
-TEST_F(ServicePortGem, WhatTheSameTransactionBringsCounts) {
+TEST_F(SpGemCheck, WhatTheSameTransactionBringsCounts) {
   EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 4, 7) +
                          gpon_link(1, onu(4, uses_line("new"))) + line_profile("new", gem(7))),
               Accepted());
 }
 
-TEST_F(ServicePortGem, TheFirstFailureEndsTheCheck) {
+TEST_F(SpGemCheck, TheFirstFailureEndsTheCheck) {
   EXPECT_THAT(
       answer_for(service_port(1, "gpon", "1/1/1", 1, 3) + service_port(2, "gpon", "1/1/1", 1, 4)),
       Rejected(gem_missing(1, 3, 1)));
@@ -110,14 +110,14 @@ TEST_F(ServicePortGem, TheFirstFailureEndsTheCheck) {
       Rejected(gem_missing(2, 4, 1)));
 }
 
-TEST_F(ServicePortGem, APortWithoutALinkIsPassedOver) {
+TEST_F(SpGemCheck, APortWithoutALinkIsPassedOver) {
   const std::string port = element("service-port", element("id", "1"));
   EXPECT_THAT(answer_for(port), Accepted());
   EXPECT_THAT(answer_for(port + service_port(2, "gpon", "1/1/1", 1, 3)),
               Rejected(gem_missing(2, 3, 1)));
 }
 
-TEST_F(ServicePortGem, APortWithBothLinksIsPassedOver) {
+TEST_F(SpGemCheck, APortWithBothLinksIsPassedOver) {
   ValidationSession& session = open(service_port(7, "gpon", "1/1/1", 1, 3));
   add_xgspon_branch(session, "7");
   confd_hkeypath_t path = service_port_keypath(7);
@@ -129,7 +129,7 @@ TEST_F(ServicePortGem, APortWithBothLinksIsPassedOver) {
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 2U);
 }
 
-TEST_F(ServicePortGem, AnIncompletePortIsRejectedWithoutAText) {
+TEST_F(SpGemCheck, AnIncompletePortIsRejectedWithoutAText) {
   const std::string only_interface = element("gpon", element("id", "1/1/1"));
   const std::string without_gem =
       element("xgspon", element("id", "1/1/1") + element("onu", element("id", "3")));
@@ -144,13 +144,13 @@ TEST_F(ServicePortGem, AnIncompletePortIsRejectedWithoutAText) {
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 0U);
 }
 
-TEST_F(ServicePortGem, AFailedIterationIsRejectedWithoutAText) {
+TEST_F(SpGemCheck, AFailedIterationIsRejectedWithoutAText) {
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
   EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 1)), Rejected(""));
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 0U);
 }
 
-TEST_F(ServicePortGem, APortThatCannotBeReadEndsTheCheckWithSuccess) {
+TEST_F(SpGemCheck, APortThatCannotBeReadEndsTheCheckWithSuccess) {
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::maapi_get_values);
   EXPECT_THAT(
@@ -162,7 +162,7 @@ TEST_F(ServicePortGem, APortThatCannotBeReadEndsTheCheckWithSuccess) {
   EXPECT_TRUE(trace.has("validate_sp_gem_check end - OK - "));
 }
 
-TEST_F(ServicePortGem, AnExistenceTestThatFailsIsNoFinding) {
+TEST_F(SpGemCheck, AnExistenceTestThatFailsIsNoFinding) {
   // The tests in order: the ONU, its line profile, the GEM port.
   const std::string missing_onu = service_port(1, "gpon", "1/1/1", 3, 1);
   fail_call(PlatformCall::maapi_exists, 1);
@@ -174,12 +174,12 @@ TEST_F(ServicePortGem, AnExistenceTestThatFailsIsNoFinding) {
   EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 3)), Accepted());
 }
 
-TEST_F(ServicePortGem, ALineProfileThatCannotBeReadHasNoGemPort) {
+TEST_F(SpGemCheck, ALineProfileThatCannotBeReadHasNoGemPort) {
   fail_call(PlatformCall::maapi_get_elem);
   EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 1)), Rejected(gem_missing(1, 1, 1)));
 }
 
-TEST_F(ServicePortGem, TheKeypathMustBeOfServicePorts) {
+TEST_F(SpGemCheck, TheKeypathMustBeOfServicePorts) {
   TraceCapture trace(TraceLevel::kFlow);
   const Answer answer =
       request(kRequest, "/config/interface/gpon", gpon_link(1, onu(1, uses_line("gone"))));
@@ -188,11 +188,11 @@ TEST_F(ServicePortGem, TheKeypathMustBeOfServicePorts) {
   EXPECT_TRUE(trace.has("Error reading sp id from confd"));
 }
 
-TEST_F(ServicePortGem, AnInterfaceNameIsNoFormat) {
+TEST_F(SpGemCheck, AnInterfaceNameIsNoFormat) {
   EXPECT_THAT(answer_for(service_port(1, "gpon", "50%d", 1, 1)), Rejected(gem_missing(1, 1, 1)));
 }
 
-class SingleServicePort : public ServicePortGem {
+class SingleServicePort : public SpGemCheck {
  protected:
   std::string session_text(std::int32_t expected_result, std::uint32_t onu_id, std::uint32_t gem_id,
                            limid_type_t type) {
@@ -218,7 +218,7 @@ TEST_F(SingleServicePort, OfAnUnknownKindOfLinkFails) {
   EXPECT_EQ(calls(PlatformCall::maapi_exists), 3U);
 }
 
-TEST_F(ServicePortGem, TheCheckIsTraced) {
+TEST_F(SpGemCheck, TheCheckIsTraced) {
   running(card() + service_port(2, "gpon", "1/1/1", 1, 1));
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_THAT(answer_for(service_port(1, "xgspon", "1/1/1", 3, 1) + deleted_service_port(2)),
@@ -234,7 +234,7 @@ TEST_F(ServicePortGem, TheCheckIsTraced) {
   }
 }
 
-TEST_F(ServicePortGem, TheFlowTellsNoDetails) {
+TEST_F(SpGemCheck, TheFlowTellsNoDetails) {
   running(card() + service_port(2, "gpon", "1/1/1", 1, 1));
   const auto begin = testing::HasSubstr("validate_sp_gem_check begin");
   const auto id = testing::HasSubstr("FLOW sp_get_id ");
@@ -253,7 +253,7 @@ TEST_F(ServicePortGem, TheFlowTellsNoDetails) {
   EXPECT_THAT(trace.records(), testing::ElementsAre(begin, id, values, values, end));
 }
 
-TEST_F(ServicePortGem, RecordsOfAChangeEndWithALineOfTheirOwn) {
+TEST_F(SpGemCheck, RecordsOfAChangeEndWithALineOfTheirOwn) {
   open(service_port(7, "gpon", "1/1/1", 1, 1));
   confd_hkeypath_t path = service_port_keypath(7);
   TraceCapture trace(TraceLevel::kDetail);
@@ -275,7 +275,7 @@ TEST_F(SingleServicePort, ThePlatformIsAskedInThisOrder) {
                            "confd_pp_value", "confd_free_value", "maapi_exists"));
 }
 
-TEST_F(ServicePortGem, OtherOperationsArePassedOver) {
+TEST_F(SpGemCheck, OtherOperationsArePassedOver) {
   confd_hkeypath_t path = service_port_keypath(7);
   for (const maapi_iter_op op : {MOP_NOOP, MOP_MOVED_AFTER, MOP_ATTR_SET}) {
     TraceCapture trace(TraceLevel::kFlow);
@@ -288,7 +288,7 @@ TEST_F(ServicePortGem, OtherOperationsArePassedOver) {
   }
 }
 
-TEST_F(ServicePortGem, AValueSetInAnEntryIsLookedAt) {
+TEST_F(SpGemCheck, AValueSetInAnEntryIsLookedAt) {
   ValidationSession& session = open(service_port(7, "gpon", "1/1/1", 1, 3));
   confd_hkeypath_t path = service_port_keypath(7);
   sp_gem_check_state state{true, sock(), tctx()};
@@ -298,7 +298,7 @@ TEST_F(ServicePortGem, AValueSetInAnEntryIsLookedAt) {
   EXPECT_EQ(session.error_text(), gem_missing(7, 3, 1));
 }
 
-TEST_F(ServicePortGem, AGoodPortDoesNotMakeUpForABadOne) {
+TEST_F(SpGemCheck, AGoodPortDoesNotMakeUpForABadOne) {
   open(service_port(7, "gpon", "1/1/1", 1, 1));
   confd_hkeypath_t path = service_port_keypath(7);
   sp_gem_check_state state{false, sock(), tctx()};
@@ -307,7 +307,7 @@ TEST_F(ServicePortGem, AGoodPortDoesNotMakeUpForABadOne) {
   EXPECT_FALSE(state.all_good);
 }
 
-TEST_F(ServicePortGem, EveryTextIsFreedOnceOverAThousandCommits) {
+TEST_F(SpGemCheck, EveryTextIsFreedOnceOverAThousandCommits) {
   constexpr int kRounds = 334;
   const std::string incomplete =
       element("service-port", element("id", "0") + element("gpon", element("id", "1/1/1")));

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "both_branches.h"
-#include "frame_trace_capture.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/both_branches.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.
@@ -60,7 +60,7 @@ std::string incomplete_port(int id) {
                  element("id", std::to_string(id)) + element("gpon", element("id", "1/1/1")));
 }
 
-class ServicePortGlobal : public CardTest {
+class ServicePortGlobalValidation : public CardFixture {
  protected:
   void limit_to(std::uint32_t max) {
     CardDescription card = CardDescription::standard();
@@ -85,21 +85,21 @@ class ServicePortGlobal : public CardTest {
   ValidationSession* session_ = nullptr;
 };
 
-TEST_F(ServicePortGlobal, APortWithTrafficOfItsOwnIsAccepted) {
+TEST_F(ServicePortGlobalValidation, APortWithTrafficOfItsOwnIsAccepted) {
   running(service_port(1, "gpon", "1/1/1", 1, 1, 10));
   EXPECT_THAT(answer_for(service_port(2, "gpon", "1/1/1", 1, 1, 11)), Accepted());
   EXPECT_THAT(answer_for(service_port(3, "xgspon", "1/1/1", 1, 1, 10)), Accepted());
   EXPECT_THAT(answer_for(service_port(4, "gpon", "1/1/1", 1, 1)), Accepted());
 }
 
-TEST_F(ServicePortGlobal, APortWithTheTrafficOfAnotherIsRejected) {
+TEST_F(ServicePortGlobalValidation, APortWithTheTrafficOfAnotherIsRejected) {
   running(service_port(7, "gpon", "1/1/1", 1, 1, 10) + service_port(9, "xgspon", "1/1/2", 1, 1));
   EXPECT_THAT(answer_for(service_port(8, "gpon", "1/1/1", 1, 1, 10)), Rejected(conflict(7, 8)));
   EXPECT_THAT(answer_for(service_port(5, "gpon", "1/1/1", 1, 1, 10)), Rejected(conflict(5, 7)));
   EXPECT_THAT(answer_for(service_port(10, "xgspon", "1/1/2", 1, 1)), Rejected(conflict(9, 10)));
 }
 
-TEST_F(ServicePortGlobal, AModificationIsLookedAtToo) {
+TEST_F(ServicePortGlobalValidation, AModificationIsLookedAtToo) {
   running(service_port(1, "gpon", "1/1/1", 1, 1, 10) + service_port(2, "gpon", "1/1/1", 1, 1, 11));
   EXPECT_THAT(answer_for(element("service-port",
                                  element("id", "2") +
@@ -107,64 +107,64 @@ TEST_F(ServicePortGlobal, AModificationIsLookedAtToo) {
               Rejected(conflict(1, 2)));
 }
 
-TEST_F(ServicePortGlobal, DeletionsAloneDoNotReadTheList) {
+TEST_F(ServicePortGlobalValidation, DeletionsAloneDoNotReadTheList) {
   running(own_port(1) + same_as(1, 2) + own_port(3));
   EXPECT_THAT(answer_for(deleted_service_port(3)), Accepted());
   EXPECT_EQ(calls(PlatformCall::maapi_get_objects), 0U);
   EXPECT_EQ(calls(PlatformCall::maapi_init_cursor), 0U);
 }
 
-TEST_F(ServicePortGlobal, ADeletionBesideACreationDoesNotHideIt) {
+TEST_F(ServicePortGlobalValidation, ADeletionBesideACreationDoesNotHideIt) {
   running(own_port(1) + own_port(2));
   EXPECT_THAT(answer_for(deleted_service_port(1) + same_as(2, 3)), Rejected(conflict(2, 3)));
 }
 
-TEST_F(ServicePortGlobal, TheTrafficOfADeletedPortIsFree) {
+TEST_F(ServicePortGlobalValidation, TheTrafficOfADeletedPortIsFree) {
   running(own_port(1));
   EXPECT_THAT(answer_for(deleted_service_port(1) + same_as(1, 2)), Accepted());
 }
 
-TEST_F(ServicePortGlobal, AFailedIterationIsRejectedWithoutAText) {
+TEST_F(ServicePortGlobalValidation, AFailedIterationIsRejectedWithoutAText) {
   running(own_port(1));
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
   EXPECT_THAT(answer_for(own_port(2)), Rejected(""));
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 0U);
 }
 
-TEST_F(ServicePortGlobal, AsManyAsTheCardAllowsAreAccepted) {
+TEST_F(ServicePortGlobalValidation, AsManyAsTheCardAllowsAreAccepted) {
   limit_to(3);
   running(own_ports(1, 2));
   EXPECT_THAT(answer_for(own_port(3)), Accepted());
   EXPECT_THAT(answer_for(own_port(4)), Rejected(limit(4, 3)));
 }
 
-TEST_F(ServicePortGlobal, ACardWithoutALimitAllows4096) {
+TEST_F(ServicePortGlobalValidation, ACardWithoutALimitAllows4096) {
   running(own_ports(1, 4095));
   EXPECT_THAT(answer_for(own_port(4096)), Accepted());
   EXPECT_THAT(answer_for(own_port(4097)), Rejected(limit(4097, 4096)));
 }
 
-TEST_F(ServicePortGlobal, TheLimitIsToldBeforeAConflict) {
+TEST_F(ServicePortGlobalValidation, TheLimitIsToldBeforeAConflict) {
   limit_to(2);
   running(own_ports(1, 3));
   // The conflict is the last port, so three count before it.
   EXPECT_THAT(answer_for(same_as(1, 4)), Rejected(limit(3, 2)));
 }
 
-TEST_F(ServicePortGlobal, ConflictingPortsAreNotCounted) {
+TEST_F(ServicePortGlobalValidation, ConflictingPortsAreNotCounted) {
   limit_to(3);
   running(own_ports(1, 3));
   EXPECT_THAT(answer_for(same_as(1, 4)), Rejected(conflict(1, 4)));
 }
 
-TEST_F(ServicePortGlobal, PortsWithoutALinkAreNeitherCountedNorCompared) {
+TEST_F(ServicePortGlobalValidation, PortsWithoutALinkAreNeitherCountedNorCompared) {
   limit_to(1);
   running(port_without_link(1) + port_without_link(2));
   EXPECT_THAT(answer_for(own_port(3)), Accepted());
   EXPECT_THAT(answer_for(own_port(4)), Rejected(limit(2, 1)));
 }
 
-TEST_F(ServicePortGlobal, PortsWithBothLinksAreNeitherCountedNorCompared) {
+TEST_F(ServicePortGlobalValidation, PortsWithBothLinksAreNeitherCountedNorCompared) {
   limit_to(1);
   running(own_port(1));
   ValidationSession& session = open_with(same_as(1, 2));
@@ -174,7 +174,7 @@ TEST_F(ServicePortGlobal, PortsWithBothLinksAreNeitherCountedNorCompared) {
   EXPECT_EQ(text_of_list_check(CONFD_OK), "no text");
 }
 
-TEST_F(ServicePortGlobal, NamesOfSkippedPortsAreFreed) {
+TEST_F(ServicePortGlobalValidation, NamesOfSkippedPortsAreFreed) {
   running(own_port(1));
   ValidationSession& session = open_with(same_as(1, 2));
   add_xgspon_branch(session, "2");
@@ -182,7 +182,7 @@ TEST_F(ServicePortGlobal, NamesOfSkippedPortsAreFreed) {
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 3U);
 }
 
-TEST_F(ServicePortGlobal, AnIncompletePortIsRejectedWithAnEmptyText) {
+TEST_F(ServicePortGlobalValidation, AnIncompletePortIsRejectedWithAnEmptyText) {
   running("");
   open_with(incomplete_port(1));
   TraceCapture trace(TraceLevel::kFlow);
@@ -195,7 +195,7 @@ TEST_F(ServicePortGlobal, AnIncompletePortIsRejectedWithAnEmptyText) {
 
 // The ports of the tests below: the second is a conflict, and more of them follow.
 
-TEST_F(ServicePortGlobal, TheRestOfABatchIsNeitherCountedNorCompared) {
+TEST_F(ServicePortGlobalValidation, TheRestOfABatchIsNeitherCountedNorCompared) {
   limit_to(1);
   running("");
   open_with(own_port(1) + same_as(1, 2) + own_port(3) + same_as(3, 4));
@@ -205,14 +205,14 @@ TEST_F(ServicePortGlobal, TheRestOfABatchIsNeitherCountedNorCompared) {
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 4U);
 }
 
-TEST_F(ServicePortGlobal, TheNextBatchIsCounted) {
+TEST_F(ServicePortGlobalValidation, TheNextBatchIsCounted) {
   limit_to(3);
   running("");
   open_with(own_port(1) + same_as(1, 2) + own_ports(3, kBatch) + own_ports(kBatch + 1, kBatch + 3));
   EXPECT_EQ(text_of_list_check(CONFD_ERR), limit(1 + 3, 3));
 }
 
-TEST_F(ServicePortGlobal, TheNextBatchIsComparedAndTheFirstConflictIsTold) {
+TEST_F(ServicePortGlobalValidation, TheNextBatchIsComparedAndTheFirstConflictIsTold) {
   running("");
   open_with(own_port(1) + same_as(1, 2) + own_ports(3, kBatch) + same_as(1, kBatch + 1));
   TraceCapture trace(TraceLevel::kFlow);
@@ -221,13 +221,13 @@ TEST_F(ServicePortGlobal, TheNextBatchIsComparedAndTheFirstConflictIsTold) {
   EXPECT_EQ(calls(PlatformCall::confd_free_value), static_cast<unsigned>(kBatch + 1));
 }
 
-TEST_F(ServicePortGlobal, AConflictAfterAnIncompletePortIsTold) {
+TEST_F(ServicePortGlobalValidation, AConflictAfterAnIncompletePortIsTold) {
   running("");
   open_with(incomplete_port(1) + own_ports(2, kBatch + 1) + same_as(kBatch + 1, kBatch + 2));
   EXPECT_EQ(text_of_list_check(CONFD_ERR), conflict(kBatch + 1, kBatch + 2));
 }
 
-TEST_F(ServicePortGlobal, PortsOfAnAbandonedBatchMayBeRepeated) {
+TEST_F(ServicePortGlobalValidation, PortsOfAnAbandonedBatchMayBeRepeated) {
   running("");
   open_with(own_port(1) + same_as(1, 2) + own_ports(3, kBatch) + same_as(3, kBatch + 1));
   TraceCapture trace(TraceLevel::kFlow);
@@ -235,7 +235,7 @@ TEST_F(ServicePortGlobal, PortsOfAnAbandonedBatchMayBeRepeated) {
   EXPECT_EQ(trace.count("Service Port Validation failed."), 1);
 }
 
-TEST_F(ServicePortGlobal, AFailedReadIsRejectedWithAnEmptyText) {
+TEST_F(ServicePortGlobalValidation, AFailedReadIsRejectedWithAnEmptyText) {
   running(own_port(1));
   fail_call(PlatformCall::maapi_get_objects);
   EXPECT_THAT(answer_for(own_port(2)), Rejected(""));
@@ -245,7 +245,7 @@ TEST_F(ServicePortGlobal, AFailedReadIsRejectedWithAnEmptyText) {
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 2U);
 }
 
-TEST_F(ServicePortGlobal, AfterAFailedReadTheLimitAndTheConflictAreStillTold) {
+TEST_F(ServicePortGlobalValidation, AfterAFailedReadTheLimitAndTheConflictAreStillTold) {
   limit_to(kBatch - 1);
   running("");
   open_with(own_ports(1, kBatch + 1));
@@ -258,7 +258,7 @@ TEST_F(ServicePortGlobal, AfterAFailedReadTheLimitAndTheConflictAreStillTold) {
   EXPECT_EQ(text_of_list_check(CONFD_ERR), conflict(1, kBatch));
 }
 
-TEST_F(ServicePortGlobal, TheListIsReadInBatchesAndNotByLeaf) {
+TEST_F(ServicePortGlobalValidation, TheListIsReadInBatchesAndNotByLeaf) {
   for (const auto& [ports, reads] : {std::pair(1, 1), std::pair(kBatch - 1, 1),
                                      std::pair(kBatch, 2), std::pair(kBatch + 1, 2)}) {
     running(own_ports(2, ports));
@@ -272,7 +272,7 @@ TEST_F(ServicePortGlobal, TheListIsReadInBatchesAndNotByLeaf) {
   EXPECT_EQ(calls(PlatformCall::confd_pp_kpath), 0U);
 }
 
-TEST_F(ServicePortGlobal, ThePlatformIsAskedInThisOrder) {
+TEST_F(ServicePortGlobalValidation, ThePlatformIsAskedInThisOrder) {
   running("");
   open_with(own_port(1));
   const RecordedCalls recorded;
@@ -284,14 +284,14 @@ TEST_F(ServicePortGlobal, ThePlatformIsAskedInThisOrder) {
                            "maapi_get_objects", "confd_free_value", "maapi_destroy_cursor"));
 }
 
-TEST_F(ServicePortGlobal, TheCursorIsClosed) {
+TEST_F(ServicePortGlobalValidation, TheCursorIsClosed) {
   running("");
   ValidationSession& session = open_with(own_port(1) + same_as(1, 2));
   text_of_list_check(CONFD_ERR);
   EXPECT_EQ(session.open_resources().cursors, 0);
 }
 
-TEST_F(ServicePortGlobal, EachPortIsTracedAtItsOwnLevel) {
+TEST_F(ServicePortGlobalValidation, EachPortIsTracedAtItsOwnLevel) {
   running(service_port(1, "gpon", "1/1/1", 2, 3, 10));
   TraceCapture trace(TraceLevel::kEntry);
   EXPECT_THAT(answer_for(service_port(4, "xgspon", "1/1/5", 6, 7) +
@@ -314,7 +314,7 @@ TEST_F(ServicePortGlobal, EachPortIsTracedAtItsOwnLevel) {
   EXPECT_TRUE(trace.has("ENTRY service_port_validate src/validation/valid_service_port.cpp:"));
 }
 
-TEST_F(ServicePortGlobal, KeypathsAreTracedInDetail) {
+TEST_F(ServicePortGlobalValidation, KeypathsAreTracedInDetail) {
   running(own_port(1));
   TraceCapture trace(TraceLevel::kDetail);
   fail_call(PlatformCall::maapi_keypath_diff_iterate);
@@ -323,7 +323,7 @@ TEST_F(ServicePortGlobal, KeypathsAreTracedInDetail) {
   EXPECT_TRUE(trace.has("Error iterating keypath: /config/service-port"));
 }
 
-TEST_F(ServicePortGlobal, TheFlowTellsBeginAndEndOnly) {
+TEST_F(ServicePortGlobalValidation, TheFlowTellsBeginAndEndOnly) {
   running(own_port(1));
   TraceCapture accepted(TraceLevel::kFlow);
   EXPECT_THAT(answer_for(own_port(2)), Accepted());
@@ -341,7 +341,7 @@ struct Iteration {
   const char* record;
 };
 
-TEST_F(ServicePortGlobal, CreationsAndModificationsEndTheIteration) {
+TEST_F(ServicePortGlobalValidation, CreationsAndModificationsEndTheIteration) {
   const std::array<Iteration, 7> rows{{
       {MOP_CREATED, true, ITER_STOP, "DETAIL iterate_detect_change_on_sp"},
       {MOP_MODIFIED, true, ITER_STOP, "service-port /config/service-port modified"},
@@ -363,7 +363,7 @@ TEST_F(ServicePortGlobal, CreationsAndModificationsEndTheIteration) {
   }
 }
 
-TEST_F(ServicePortGlobal, RecordsOfAChangeEndWithALineOfTheirOwn) {
+TEST_F(ServicePortGlobalValidation, RecordsOfAChangeEndWithALineOfTheirOwn) {
   confd_hkeypath_t path = service_ports_keypath();
   for (const maapi_iter_op op : {MOP_CREATED, MOP_MODIFIED, MOP_DELETED}) {
     TraceCapture trace(TraceLevel::kDetail);
@@ -376,7 +376,7 @@ TEST_F(ServicePortGlobal, RecordsOfAChangeEndWithALineOfTheirOwn) {
   }
 }
 
-TEST_F(ServicePortGlobal, EveryNameIsFreedOnceOverAThousandCommits) {
+TEST_F(ServicePortGlobalValidation, EveryNameIsFreedOnceOverAThousandCommits) {
   constexpr int kRounds = 334;
   for (int i = 0; i < kRounds; ++i) {
     running(own_ports(1, 3));
@@ -387,9 +387,9 @@ TEST_F(ServicePortGlobal, EveryNameIsFreedOnceOverAThousandCommits) {
   EXPECT_EQ(calls(PlatformCall::confd_free_value), kRounds * (5U + 5U + 4U));
 }
 
-using ServicePortGlobalDeathTest = ServicePortGlobal;
+using ServicePortGlobalValidationDeathTest = ServicePortGlobalValidation;
 
-TEST_F(ServicePortGlobalDeathTest, AnotherObjectSizeRaisesAFaultAndEndsTheProcess) {
+TEST_F(ServicePortGlobalValidationDeathTest, AnotherObjectSizeRaisesAFaultAndEndsTheProcess) {
   running(own_port(1));
   open_with(own_port(2));
   fail_call(PlatformCall::confd_max_object_size);  // the size is then -1
@@ -398,20 +398,20 @@ TEST_F(ServicePortGlobalDeathTest, AnotherObjectSizeRaisesAFaultAndEndsTheProces
               "\\(-1\\) differs from expected \\(26\\)\\.");
 }
 
-class ServicePortDeleteAll : public CardTest {
+class ServicePortDeleteAllWarningCheck : public CardFixture {
  protected:
   static std::string link_with_onu() { return gpon_link(1) + xgspon_link(2, onu(1)); }
 
   Answer answer_for(const std::string& change) { return answer_of(kDeleteAll, change); }
 };
 
-TEST_F(ServicePortDeleteAll, AllOfSeveralGoingIsWarnedOf) {
+TEST_F(ServicePortDeleteAllWarningCheck, AllOfSeveralGoingIsWarnedOf) {
   running(link_with_onu() + own_ports(1, 2));
   EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2)),
               AsksToConfirm(kWarning));
 }
 
-TEST_F(ServicePortDeleteAll, ConfirmedTheyGo) {
+TEST_F(ServicePortDeleteAllWarningCheck, ConfirmedTheyGo) {
   running(link_with_onu() + own_ports(1, 2));
   const std::string change = deleted_service_port(1) + deleted_service_port(2);
   EXPECT_EQ(commit(change, {kDeleteAll}, false).result, CommitResult::kUnconfirmed);
@@ -420,23 +420,23 @@ TEST_F(ServicePortDeleteAll, ConfirmedTheyGo) {
   EXPECT_EQ(running_text().find("service-port"), std::string::npos);
 }
 
-TEST_F(ServicePortDeleteAll, OneOfTwoMayGo) {
+TEST_F(ServicePortDeleteAllWarningCheck, OneOfTwoMayGo) {
   running(link_with_onu() + own_ports(1, 2));
   EXPECT_THAT(answer_for(deleted_service_port(1)), Accepted());
 }
 
-TEST_F(ServicePortDeleteAll, ALonePortMayGo) {
+TEST_F(ServicePortDeleteAllWarningCheck, ALonePortMayGo) {
   running(link_with_onu() + own_port(1));
   EXPECT_THAT(answer_for(deleted_service_port(1)), Accepted());
 }
 
-TEST_F(ServicePortDeleteAll, AllReplacedByAnotherMayGo) {
+TEST_F(ServicePortDeleteAllWarningCheck, AllReplacedByAnotherMayGo) {
   running(link_with_onu() + own_ports(1, 2));
   EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2) + own_port(3)),
               Accepted());
 }
 
-TEST_F(ServicePortDeleteAll, OnusOnLinksOfBothKindsCount) {
+TEST_F(ServicePortDeleteAllWarningCheck, OnusOnLinksOfBothKindsCount) {
   const std::string change = deleted_service_port(1) + deleted_service_port(2);
   running(own_ports(1, 2) + gpon_link(1) + gpon_link(2, onu(5)));
   EXPECT_THAT(answer_for(change), AsksToConfirm(kWarning));
@@ -444,7 +444,7 @@ TEST_F(ServicePortDeleteAll, OnusOnLinksOfBothKindsCount) {
   EXPECT_THAT(answer_for(change), AsksToConfirm(kWarning));
 }
 
-TEST_F(ServicePortDeleteAll, WithoutOnusAllMayGo) {
+TEST_F(ServicePortDeleteAllWarningCheck, WithoutOnusAllMayGo) {
   const std::string ports = deleted_service_port(1) + deleted_service_port(2);
   running(own_ports(1, 2) + gpon_link(1) + xgspon_link(2));
   EXPECT_THAT(answer_for(ports), Accepted());
@@ -452,7 +452,7 @@ TEST_F(ServicePortDeleteAll, WithoutOnusAllMayGo) {
   EXPECT_THAT(answer_for(ports + gpon_link(1, onu(1, "", "delete"))), Accepted());
 }
 
-TEST_F(ServicePortDeleteAll, WithoutASessionThereIsNoWarning) {
+TEST_F(ServicePortDeleteAllWarningCheck, WithoutASessionThereIsNoWarning) {
   running(link_with_onu() + own_ports(1, 2));
   fail_call(PlatformCall::qzconfd_config_session_start);
   EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2)), Accepted());
@@ -460,7 +460,7 @@ TEST_F(ServicePortDeleteAll, WithoutASessionThereIsNoWarning) {
   EXPECT_EQ(calls(PlatformCall::maapi_num_instances), 0U);
 }
 
-TEST_F(ServicePortDeleteAll, ACountThatCannotBeReadIsNoReasonToWarn) {
+TEST_F(ServicePortDeleteAllWarningCheck, ACountThatCannotBeReadIsNoReasonToWarn) {
   for (const PlatformCall count :
        {PlatformCall::cdb_num_instances, PlatformCall::maapi_num_instances}) {
     running(link_with_onu() + own_ports(1, 2));
@@ -469,7 +469,7 @@ TEST_F(ServicePortDeleteAll, ACountThatCannotBeReadIsNoReasonToWarn) {
   }
 }
 
-TEST_F(ServicePortDeleteAll, ALinkThatCannotBeReadHasNoOnus) {
+TEST_F(ServicePortDeleteAllWarningCheck, ALinkThatCannotBeReadHasNoOnus) {
   const std::string change = deleted_service_port(1) + deleted_service_port(2);
   {
     running(own_ports(1, 2) + gpon_link(1, onu(1)));
@@ -485,7 +485,7 @@ TEST_F(ServicePortDeleteAll, ALinkThatCannotBeReadHasNoOnus) {
   EXPECT_THAT(answer_for(change), AsksToConfirm(kWarning));
 }
 
-TEST_F(ServicePortDeleteAll, AListOfLinksThatCannotBeReadHasNoOnus) {
+TEST_F(ServicePortDeleteAllWarningCheck, AListOfLinksThatCannotBeReadHasNoOnus) {
   for (const PlatformCall step : {PlatformCall::maapi_init_cursor, PlatformCall::maapi_get_next}) {
     running(own_ports(1, 2) + gpon_link(1, onu(1)));
     fail_call(step);
@@ -493,14 +493,14 @@ TEST_F(ServicePortDeleteAll, AListOfLinksThatCannotBeReadHasNoOnus) {
   }
 }
 
-TEST_F(ServicePortDeleteAll, AllOnusOfTheTransactionAreCounted) {
+TEST_F(ServicePortDeleteAllWarningCheck, AllOnusOfTheTransactionAreCounted) {
   running(gpon_link(1, onu(1) + onu(2)) + gpon_link(2) + xgspon_link(1, onu(1)));
   ValidationSession& session = open(gpon_link(2, onu(9)) + gpon_link(1, onu(1, "", "delete")));
   EXPECT_EQ(get_number_onus_in_candidate(sock(), tctx()), 3);
   EXPECT_EQ(session.open_resources().cursors, 0);
 }
 
-TEST_F(ServicePortDeleteAll, TheSessionIsClosed) {
+TEST_F(ServicePortDeleteAllWarningCheck, TheSessionIsClosed) {
   running(link_with_onu() + own_ports(1, 2));
   ValidationSession& session = open(deleted_service_port(1) + deleted_service_port(2));
   EXPECT_EQ(service_port_delete_all_warning(sock(), tctx(), nullptr, nullptr),
@@ -510,7 +510,7 @@ TEST_F(ServicePortDeleteAll, TheSessionIsClosed) {
   EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end), 1U);
 }
 
-TEST_F(ServicePortDeleteAll, ThePlatformIsAskedInThisOrder) {
+TEST_F(ServicePortDeleteAllWarningCheck, ThePlatformIsAskedInThisOrder) {
   running(link_with_onu() + own_ports(1, 2));
   open(deleted_service_port(1) + deleted_service_port(2));
   const RecordedCalls recorded;
@@ -525,7 +525,7 @@ TEST_F(ServicePortDeleteAll, ThePlatformIsAskedInThisOrder) {
                                    "qzconfd_config_session_end", "confd_trans_seterr"));
 }
 
-TEST_F(ServicePortDeleteAll, TheFiguresAreTraced) {
+TEST_F(ServicePortDeleteAllWarningCheck, TheFiguresAreTraced) {
   running(link_with_onu() + own_ports(1, 2));
   TraceCapture trace(TraceLevel::kFlow);
   EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2)),
@@ -550,7 +550,7 @@ class ReplacedWarning {
   const char* before_ = SP_DEL_ALL_WARN_MSG;
 };
 
-TEST_F(ServicePortDeleteAll, TheDaemonMayPutAnotherText) {
+TEST_F(ServicePortDeleteAllWarningCheck, TheDaemonMayPutAnotherText) {
   const std::string change = deleted_service_port(1) + deleted_service_port(2);
   running(link_with_onu() + own_ports(1, 2));
   {

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "confd_get_str.h"
-#include "frame_trace_capture.h"
 #include "service_port_batches.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.
@@ -86,7 +86,7 @@ TEST(PonlinkTypeName, OnlyTheTwoKindsOfLinksHaveOne) {
   }
 }
 
-class ServicePortRecord : public CardTest {};
+class ServicePortRecord : public CardFixture {};
 
 TEST_F(ServicePortRecord, TheBranchTellsTheKindOfLink) {
   EXPECT_EQ(Object().gpon("1/1/1").type(), FM_PORT_TYPE_GPON);
@@ -248,7 +248,7 @@ TEST_F(ServicePortRecord, TheModelHasItsEntryInTheseOrders) {
   EXPECT_EQ(second.action_vlan, 77);
 }
 
-class ServicePortBatchesTest : public CardTest {};
+class ServicePortBatchesTest : public CardFixture {};
 
 TEST_F(ServicePortBatchesTest, NamesThatNobodyTakesAreFreedWithTheNextBatchAndAtTheEnd) {
   std::string ports;
@@ -278,7 +278,7 @@ TEST_F(ServicePortBatchesTest, AFailedBatchLeavesNothingToFree) {
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 0U);
 }
 
-class ServicePortId : public CardTest {
+class ServicePortId : public CardFixture {
  protected:
   static std::optional<std::uint32_t> id_of(
       const std::vector<std::vector<confd_value_t>>& elements) {
@@ -384,7 +384,7 @@ struct Request {
   }
 };
 
-class ServicePortValues : public CardTest {};
+class ServicePortValues : public CardFixture {};
 
 TEST_F(ServicePortValues, AreTakenFromTheBranchOfTheLink) {
   Request gpon;
@@ -465,7 +465,7 @@ TEST_F(ServicePortValuesDeathTest, AValueOfAnotherTypeIsImpossible) {
   }
 }
 
-class MaxServicePorts : public CardTest {
+class MaxServicePorts : public CardFixture {
  protected:
   std::uint32_t with_card(std::optional<std::uint32_t> max_service_ports) {
     CardDescription card = CardDescription::standard();
@@ -492,7 +492,7 @@ TEST_F(MaxServicePorts, ResultsOfThePlatformAreNotLookedAt) {
   EXPECT_EQ(get_max_service_ports(), 4096U);
 }
 
-class TextFromConfd : public CardTest {
+class TextFromConfd : public CardFixture {
  protected:
   std::string text_of(const std::string& prefix, const std::string& suffix) {
     std::string read = "as before";

@@ -2,10 +2,10 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_rg_profile_validation.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 #include "base.h"  // macros, so it comes last
 
@@ -42,7 +42,7 @@ std::string thirty_two_wide_letters() {
   return text;
 }
 
-class SsidUnique : public CardTest {
+class RgProfileSsidUniqueCheck : public CardFixture {
  protected:
   std::string text_for(const std::string& wlans) {
     const Answer answer = answer_of(kRequest, rg_profile("home", wlans));
@@ -73,7 +73,7 @@ class SsidUnique : public CardTest {
   ValidationSession* session_ = nullptr;
 };
 
-TEST_F(SsidUnique, EveryWlanNeedsAnSsidOfItsOwn) {
+TEST_F(RgProfileSsidUniqueCheck, EveryWlanNeedsAnSsidOfItsOwn) {
   struct Row {
     std::string wlans;
     std::string text;
@@ -97,16 +97,16 @@ TEST_F(SsidUnique, EveryWlanNeedsAnSsidOfItsOwn) {
   }
 }
 
-TEST_F(SsidUnique, AnEmptyListIsAccepted) {
+TEST_F(RgProfileSsidUniqueCheck, AnEmptyListIsAccepted) {
   EXPECT_EQ(request(kRequest, kWlans, rg_profile("home", "")).result, Verdict::kOk);
 }
 
-TEST_F(SsidUnique, OtherProfilesMayHaveTheSameSsid) {
+TEST_F(RgProfileSsidUniqueCheck, OtherProfilesMayHaveTheSameSsid) {
   running(rg_profile("work", custom(1, "home")));
   EXPECT_EQ(text_for(custom(1, "home")), "");
 }
 
-TEST_F(SsidUnique, AWlanWithoutAnSsidIsRejected) {
+TEST_F(RgProfileSsidUniqueCheck, AWlanWithoutAnSsidIsRejected) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_EQ(text_for(element("wlan", element("id", "1"))), kNotConfigured);
   EXPECT_TRUE(trace.has_record("DETAIL", "SSID not configured"));
@@ -114,24 +114,24 @@ TEST_F(SsidUnique, AWlanWithoutAnSsidIsRejected) {
   EXPECT_FALSE(trace.has(kErrorRecord));
 }
 
-TEST_F(SsidUnique, PrefixAndSuffixAloneAreNoSsid) {
+TEST_F(RgProfileSsidUniqueCheck, PrefixAndSuffixAloneAreNoSsid) {
   EXPECT_EQ(text_for(wlan(1, element("auto", element("prefix", "A") + element("suffix", "B")))),
             kNotConfigured);
 }
 
-TEST_F(SsidUnique, TheFirstFaultInKeyOrderDecides) {
+TEST_F(RgProfileSsidUniqueCheck, TheFirstFaultInKeyOrderDecides) {
   const std::string without_ssid = element("wlan", element("id", "3"));
   EXPECT_EQ(text_for(without_ssid + custom(1, "home") + custom(2, "home")), kNotUnique);
   EXPECT_EQ(calls(PlatformCall::maapi_get_next), 2U);
   EXPECT_EQ(text_for(without_ssid + custom(2, "home") + custom(4, "home")), kNotConfigured);
 }
 
-TEST_F(SsidUnique, ACustomSsidIsAskedForFirstAndSettlesIt) {
+TEST_F(RgProfileSsidUniqueCheck, ACustomSsidIsAskedForFirstAndSettlesIt) {
   EXPECT_EQ(text_for(custom(1, "home")), "");
   EXPECT_EQ(calls(PlatformCall::maapi_exists), 1U);
 }
 
-TEST_F(SsidUnique, ThePlatformIsCalledInOrder) {
+TEST_F(RgProfileSsidUniqueCheck, ThePlatformIsCalledInOrder) {
   const auto calls_for = [this](const std::string& wlans) {
     running("");
     const RecordedCalls recorded;
@@ -161,7 +161,7 @@ TEST_F(SsidUnique, ThePlatformIsCalledInOrder) {
                   "maapi_get_str_elem", "confd_lasterr", "confd_trans_seterr"}));
 }
 
-TEST_F(SsidUnique, ACustomSsidThatCannotBeReadIsRejected) {
+TEST_F(RgProfileSsidUniqueCheck, ACustomSsidThatCannotBeReadIsRejected) {
   EXPECT_EQ(text_for(custom(1, thirty_two_wide_letters())), kUnreadable);
 
   fail_call(PlatformCall::maapi_get_str_elem);
@@ -172,18 +172,18 @@ TEST_F(SsidUnique, ACustomSsidThatCannotBeReadIsRejected) {
   EXPECT_TRUE(trace.has(kErrorRecord));
 }
 
-TEST_F(SsidUnique, AnSsidHasThirtyTwoBytesAtMost) {
+TEST_F(RgProfileSsidUniqueCheck, AnSsidHasThirtyTwoBytesAtMost) {
   EXPECT_EQ(text_for(custom(1, std::string(32, 'a'))), "");
   EXPECT_EQ(text_for(custom(1, std::string(31, 'a') + "\u00e9")), kUnreadable);
 }
 
-TEST_F(SsidUnique, PrefixAndSuffixThatCannotBeReadAreLeftOut) {
+TEST_F(RgProfileSsidUniqueCheck, PrefixAndSuffixThatCannotBeReadAreLeftOut) {
   const std::string wide = thirty_two_wide_letters();
   EXPECT_EQ(text_for(automatic(1, wide) + custom(2, "ZQRT12345678")), kNotUnique);
   EXPECT_EQ(text_for(automatic(1, "A", wide) + custom(2, "AZQRT12345678")), kNotUnique);
 }
 
-TEST_F(SsidUnique, TheTraceNamesTheProfileFirstAndThenTheList) {
+TEST_F(RgProfileSsidUniqueCheck, TheTraceNamesTheProfileFirstAndThenTheList) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_EQ(text_for(automatic(1, "A", "B") + automatic(2, "A", "B")), kNotUnique);
   EXPECT_EQ(trace.count("Checking if SSID is unique for (home) RG-Profile"), 1);
@@ -197,7 +197,7 @@ TEST_F(SsidUnique, TheTraceNamesTheProfileFirstAndThenTheList) {
   EXPECT_FALSE(trace.has(" end - "));
 }
 
-TEST_F(SsidUnique, TheCursorStaysOpenWithoutAnSsidAndAtARepeatedOne) {
+TEST_F(RgProfileSsidUniqueCheck, TheCursorStaysOpenWithoutAnSsidAndAtARepeatedOne) {
   EXPECT_EQ(check(custom(1, "home") + custom(2, "guest")), CONFD_OK);
   EXPECT_EQ(open_cursors(), 0);
 

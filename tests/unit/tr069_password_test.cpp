@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
 #include "gpon_tr069_profile_validation.h"
-#include "platform_in_place.h"
-#include "recorded_calls.h"
 #include "standalone/crypto.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -20,7 +20,7 @@ constexpr const char* kRequest = "tr069_profile_password_length_check";
 constexpr const char* kInvalid = "Invalid password length/size";
 constexpr const char* kMarker = "correct-horse-battery-st";
 
-class Tr069Password : public CardTest {
+class Tr069ProfilePasswordLengthCheck : public CardFixture {
  protected:
   /// `stored` is the leaf's text: "$0$" and a clear text, or an encrypted one.
   Answer answer_for(const std::string& stored) {
@@ -39,7 +39,7 @@ class Tr069Password : public CardTest {
   }
 };
 
-TEST_F(Tr069Password, TwentyFiveCharactersAreTheMost) {
+TEST_F(Tr069ProfilePasswordLengthCheck, TwentyFiveCharactersAreTheMost) {
   struct Row {
     std::string clear_text;
     Verdict verdict;
@@ -59,13 +59,13 @@ TEST_F(Tr069Password, TwentyFiveCharactersAreTheMost) {
   }
 }
 
-TEST_F(Tr069Password, TheLengthIsThatOfTheBytes) {
+TEST_F(Tr069ProfilePasswordLengthCheck, TheLengthIsThatOfTheBytes) {
   std::string thirteen_wide_letters;
   for (int i = 0; i < 13; ++i) thirteen_wide_letters += "\u00e9";
   EXPECT_EQ(answer_for("$0$" + thirteen_wide_letters).text, kInvalid);
 }
 
-TEST_F(Tr069Password, TheClearTextEndsAtItsFirstNul) {
+TEST_F(Tr069ProfilePasswordLengthCheck, TheClearTextEndsAtItsFirstNul) {
   open();
   std::string with_nul(40, 'a');
   with_nul[25] = '\0';
@@ -75,7 +75,7 @@ TEST_F(Tr069Password, TheClearTextEndsAtItsFirstNul) {
   EXPECT_EQ(check(encrypt_string(with_nul)), CONFD_ERR);
 }
 
-TEST_F(Tr069Password, WithoutTheKeysItIsRejectedWithTheSameText) {
+TEST_F(Tr069ProfilePasswordLengthCheck, WithoutTheKeysItIsRejectedWithTheSameText) {
   fail_call(PlatformCall::maapi_install_crypto_keys);
   const Answer answer = answer_for("$0$secret");
   EXPECT_EQ(answer.result, Verdict::kError);
@@ -83,7 +83,7 @@ TEST_F(Tr069Password, WithoutTheKeysItIsRejectedWithTheSameText) {
   EXPECT_EQ(calls(PlatformCall::confd_decrypt), 0U);
 }
 
-TEST_F(Tr069Password, WhatDoesNotDecryptIsRejectedWithTheSameText) {
+TEST_F(Tr069ProfilePasswordLengthCheck, WhatDoesNotDecryptIsRejectedWithTheSameText) {
   EXPECT_EQ(answer_for("$8$AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA").text, kInvalid);
   EXPECT_EQ(calls(PlatformCall::maapi_install_crypto_keys), 1U);
   EXPECT_EQ(calls(PlatformCall::confd_decrypt), 1U);
@@ -92,7 +92,7 @@ TEST_F(Tr069Password, WhatDoesNotDecryptIsRejectedWithTheSameText) {
   EXPECT_EQ(answer_for("$0$secret").text, kInvalid);
 }
 
-TEST_F(Tr069Password, ThePlatformIsCalledInOrder) {
+TEST_F(Tr069ProfilePasswordLengthCheck, ThePlatformIsCalledInOrder) {
   const RecordedCalls recorded;
   answer_for("$0$" + std::string(26, 'a'));
   EXPECT_EQ(recorded.names(),
@@ -100,7 +100,7 @@ TEST_F(Tr069Password, ThePlatformIsCalledInOrder) {
                                       "confd_decrypt", "confd_trans_seterr"}));
 }
 
-TEST_F(Tr069Password, OnlyTheResult0MeansThatItDecrypted) {
+TEST_F(Tr069ProfilePasswordLengthCheck, OnlyTheResult0MeansThatItDecrypted) {
   const InPlace in_place;
   open();
   const std::string encrypted = encrypt_string("secret");
@@ -112,13 +112,13 @@ TEST_F(Tr069Password, OnlyTheResult0MeansThatItDecrypted) {
   EXPECT_EQ(check(encrypted), CONFD_OK);
 }
 
-TEST_F(Tr069Password, AnEnormousTextIsRejectedBeforeItTakesTheStack) {
+TEST_F(Tr069ProfilePasswordLengthCheck, AnEnormousTextIsRejectedBeforeItTakesTheStack) {
   open();
   EXPECT_EQ(check("$8$" + std::string(std::size_t{64} << 20, 'A')), CONFD_ERR);
   EXPECT_EQ(calls(PlatformCall::confd_decrypt), 0U);
 }
 
-TEST_F(Tr069Password, TheTraceHoldsBeginAndEndAlone) {
+TEST_F(Tr069ProfilePasswordLengthCheck, TheTraceHoldsBeginAndEndAlone) {
   TraceCapture trace(TraceLevel::kDetail);
   answer_for(std::string("$0$") + kMarker);
   const auto of_the_check = [](const std::string& record) {
@@ -130,9 +130,9 @@ TEST_F(Tr069Password, TheTraceHoldsBeginAndEndAlone) {
   EXPECT_FALSE(trace.has(kMarker));
 }
 
-using Tr069PasswordDeathTest = Tr069Password;
+using Tr069ProfilePasswordLengthCheckDeathTest = Tr069ProfilePasswordLengthCheck;
 
-TEST_F(Tr069PasswordDeathTest, AValueThatIsNoTextIsImpossible) {
+TEST_F(Tr069ProfilePasswordLengthCheckDeathTest, AValueThatIsNoTextIsImpossible) {
   open();
   confd_hkeypath_t keypath{};
   confd_value_t value{};
@@ -180,7 +180,7 @@ class KeptStack {
 
 // The clear texts are long: what runs later leaves parts of them standing on the stack. Only the
 // check's own buffer is looked at; the cipher's own leavings are the platform's matter.
-TEST_F(Tr069Password, NoClearTextIsLeftOnTheStack) {
+TEST_F(Tr069ProfilePasswordLengthCheck, NoClearTextIsLeftOnTheStack) {
   const InPlace in_place;
   open();
   std::string too_long;

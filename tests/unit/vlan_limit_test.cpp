@@ -5,9 +5,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "frame_trace_capture.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 #include "vlan_profiles.h"
 
 // Last, for its macros.
@@ -34,77 +34,77 @@ std::string mappings(int count, const std::string& prefix, const std::string& ta
   return all;
 }
 
-class VlanLimit : public CardTest {
+class VlanLimitCheck : public CardFixture {
  protected:
   Answer answer_for(const std::string& content) {
     return answer_of(kRequest, service_profile("sp", content));
   }
 };
 
-TEST_F(VlanLimit, AnEthernetPortTakesTwentyMappings) {
+TEST_F(VlanLimitCheck, AnEthernetPortTakesTwentyMappings) {
   EXPECT_THAT(answer_for(mappings(20, "a", on_ethernet({1}))), Accepted());
 }
 
-TEST_F(VlanLimit, TheTwentyFirstMappingOfAnEthernetPortIsRejected) {
+TEST_F(VlanLimitCheck, TheTwentyFirstMappingOfAnEthernetPortIsRejected) {
   EXPECT_THAT(answer_for(mappings(21, "a", on_ethernet({1}))), Rejected(kTooMany));
 }
 
-TEST_F(VlanLimit, EveryPortHasItsOwnCount) {
+TEST_F(VlanLimitCheck, EveryPortHasItsOwnCount) {
   EXPECT_THAT(answer_for(mappings(20, "a", on_ethernet({1})) + mappings(20, "b", on_ethernet({2}))),
               Accepted());
   EXPECT_THAT(answer_for(mappings(20, "c", on_ethernet({3, 4}))), Accepted());
 }
 
-TEST_F(VlanLimit, AnyPortOfAMappingMayExceedTheLimit) {
+TEST_F(VlanLimitCheck, AnyPortOfAMappingMayExceedTheLimit) {
   EXPECT_THAT(
       answer_for(mappings(20, "a", on_ethernet({2})) + vlan_mapping("b", on_ethernet({1, 2, 3}))),
       Rejected(kTooMany));
 }
 
-TEST_F(VlanLimit, TheVeipHasTheSameLimitAndText) {
+TEST_F(VlanLimitCheck, TheVeipHasTheSameLimitAndText) {
   EXPECT_THAT(answer_for(mappings(20, "a", on_veip())), Accepted());
   EXPECT_THAT(answer_for(mappings(21, "a", on_veip())), Rejected(kTooMany));
 }
 
-TEST_F(VlanLimit, TheVeipSharesItsCountWithEthernetPort127) {
+TEST_F(VlanLimitCheck, TheVeipSharesItsCountWithEthernetPort127) {
   EXPECT_THAT(answer_for(mappings(20, "a", on_ethernet({127})) + vlan_mapping("b", on_veip())),
               Rejected(kTooMany));
 }
 
-TEST_F(VlanLimit, BesideEthernetPortsTheVeipIsNotCounted) {
+TEST_F(VlanLimitCheck, BesideEthernetPortsTheVeipIsNotCounted) {
   std::string content = mappings(20, "a", on_veip());
   content += vlan_mapping("b", on_ethernet({1}) + on_veip());
   EXPECT_THAT(answer_for(content), Accepted());
 }
 
-TEST_F(VlanLimit, AMappingWithoutAPortIsNotCounted) {
+TEST_F(VlanLimitCheck, AMappingWithoutAPortIsNotCounted) {
   EXPECT_THAT(answer_for(mappings(20, "a", on_ethernet({1})) + mappings(21, "b", "")), Accepted());
 }
 
-TEST_F(VlanLimit, OnlyTheMappingsOfTheProfileCount) {
+TEST_F(VlanLimitCheck, OnlyTheMappingsOfTheProfileCount) {
   running(service_profile("other", mappings(20, "a", on_ethernet({1}))));
   EXPECT_THAT(answer_for(vlan_mapping("a1", on_ethernet({1}))), Accepted());
 }
 
-TEST_F(VlanLimit, ACommittedProfileTakesNoTwentyFirstMapping) {
+TEST_F(VlanLimitCheck, ACommittedProfileTakesNoTwentyFirstMapping) {
   running(service_profile("sp", mappings(20, "a", on_ethernet({1}))));
   EXPECT_THAT(answer_for(vlan_mapping("b", on_ethernet({1}))), Rejected(kTooMany));
 }
 
-TEST_F(VlanLimit, AProfileWithoutMappingsIsAccepted) {
+TEST_F(VlanLimitCheck, AProfileWithoutMappingsIsAccepted) {
   const Answer answer = request(kRequest, kMapping);
   EXPECT_EQ(answer.result, Verdict::kOk);
   EXPECT_EQ(answer.text, "");
 }
 
-TEST_F(VlanLimit, NamesMayHoldPercentSignsAndQuotes) {
+TEST_F(VlanLimitCheck, NamesMayHoldPercentSignsAndQuotes) {
   const std::string content = mappings(21, "a'%s", on_ethernet({1}));
   const Answer answer = answer_of(kRequest, service_profile("50%d'", content));
   EXPECT_EQ(answer.result, Verdict::kError);
   EXPECT_EQ(answer.text, kTooMany);
 }
 
-TEST_F(VlanLimit, UnreadablePortsReject) {
+TEST_F(VlanLimitCheck, UnreadablePortsReject) {
   const std::string content = mappings(3, "a", on_ethernet({1}));
   fail_call(PlatformCall::maapi_get_list_elem, 2);
   EXPECT_THAT(answer_for(content), Rejected(kUnreadable));
@@ -112,28 +112,28 @@ TEST_F(VlanLimit, UnreadablePortsReject) {
   EXPECT_EQ(calls(PlatformCall::maapi_get_list_elem), 2U) << "the walk must end there";
 }
 
-TEST_F(VlanLimit, UnreadablePortsAreNotedInTheDebugLog) {
+TEST_F(VlanLimitCheck, UnreadablePortsAreNotedInTheDebugLog) {
   TraceCapture trace(TraceLevel::kDetail);
   fail_call(PlatformCall::maapi_get_list_elem);
   EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1}))), Rejected(kUnreadable));
   EXPECT_TRUE(trace.has(kUnreadableNote));
 }
 
-TEST_F(VlanLimit, AMappingWhosePortsCannotBeLookedUpIsNotCounted) {
+TEST_F(VlanLimitCheck, AMappingWhosePortsCannotBeLookedUpIsNotCounted) {
   const std::string change = service_profile("sp", mappings(21, "a", on_ethernet({1})));
   EXPECT_EQ(request(kRequest, kMapping, change).text, kTooMany);
   fail_call(PlatformCall::maapi_exists);
   EXPECT_EQ(request(kRequest, kMapping, change).result, Verdict::kOk);
 }
 
-TEST_F(VlanLimit, AListThatCannotBeWalkedIsAccepted) {
+TEST_F(VlanLimitCheck, AListThatCannotBeWalkedIsAccepted) {
   fail_call(PlatformCall::maapi_init_cursor);
   const std::string change = service_profile("sp", mappings(21, "a", on_ethernet({1})));
   EXPECT_EQ(request(kRequest, kMapping, change).result, Verdict::kOk);
   EXPECT_EQ(calls(PlatformCall::maapi_destroy_cursor), 0U);
 }
 
-TEST_F(VlanLimit, WhatIsOpenedIsClosedWhateverTheAnswer) {
+TEST_F(VlanLimitCheck, WhatIsOpenedIsClosedWhateverTheAnswer) {
   confd_hkeypath_t keypath = mapping_keypath("sp");
   const auto answer_and_open_cursors = [&](const std::string& content) {
     ValidationSession& session = open(service_profile("sp", content));
@@ -148,13 +148,13 @@ TEST_F(VlanLimit, WhatIsOpenedIsClosedWhateverTheAnswer) {
   EXPECT_EQ(answer_and_open_cursors(mappings(1, "a", on_ethernet({1}))), CONFD_ERR);
 }
 
-TEST_F(VlanLimit, EveryPortValueIsReleased) {
+TEST_F(VlanLimitCheck, EveryPortValueIsReleased) {
   EXPECT_THAT(answer_for(mappings(2, "a", on_ethernet({1, 2, 3}))), Accepted());
   // Each of the two new mappings is validated, and each time both are read.
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 12U);
 }
 
-TEST_F(VlanLimit, ThePlatformIsCalledInOrder) {
+TEST_F(VlanLimitCheck, ThePlatformIsCalledInOrder) {
   running(service_profile("sp",
                           vlan_mapping("a1", on_ethernet({1, 2})) + mappings(21, "b", on_veip())));
   const RecordedCalls recorded;
@@ -170,16 +170,16 @@ TEST_F(VlanLimit, ThePlatformIsCalledInOrder) {
   EXPECT_EQ(recorded.names(), expected);
 }
 
-TEST_F(VlanLimit, TheTraceTellsTheResult) {
+TEST_F(VlanLimitCheck, TheTraceTellsTheResult) {
   TraceCapture trace(TraceLevel::kFlow);
   EXPECT_THAT(answer_for(mappings(21, "a", on_veip())), Rejected(kTooMany));
   EXPECT_TRUE(trace.has("validate_vlan_limit begin"));
   EXPECT_TRUE(trace.has("validate_vlan_limit end - ERROR - elapsed time "));
 }
 
-using VlanLimitDeathTest = VlanLimit;
+using VlanLimitCheckDeathTest = VlanLimitCheck;
 
-TEST_F(VlanLimitDeathTest, AProfileKeyThatIsNoTextEndsTheProcess) {
+TEST_F(VlanLimitCheckDeathTest, AProfileKeyThatIsNoTextEndsTheProcess) {
   confd_hkeypath_t keypath = mapping_keypath("sp");
   CONFD_SET_UINT32(&keypath.v[2][0], 1);
   open();

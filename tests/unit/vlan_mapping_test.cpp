@@ -12,7 +12,7 @@
 #include "gpon_vlan_limit.h"
 #include "gpon_vlan_match.h"
 #include "standalone/confd/format.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
 #include "vlan_profiles.h"
 
 // Last, for its macros.
@@ -57,7 +57,7 @@ confd_value_t port(std::uint8_t number) {
   return value;
 }
 
-class PortLists : public CardTest {
+class PortLists : public CardFixture {
  protected:
   PortLists() { running(service_profile("sp", vlan_mapping("m", on_ethernet({1})))); }
   ~PortLists() override { list_in_place = nullptr; }

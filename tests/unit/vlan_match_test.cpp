@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "frame_trace_capture.h"
-#include "recorded_calls.h"
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 #include "vlan_profiles.h"
 
 // Last, for its macros.
@@ -53,7 +53,7 @@ Pair reversed(const Pair& pair) {
   return {pair.second, pair.first};
 }
 
-class VlanMatch : public CardTest {
+class VlanMatchCheck : public CardFixture {
  protected:
   Answer answer_for(const std::string& content) {
     return answer_of(kRequest, service_profile("sp", content));
@@ -67,7 +67,7 @@ class VlanMatch : public CardTest {
   }
 };
 
-TEST_F(VlanMatch, ConflictingMatchesOnOnePortAreRejectedInEitherOrder) {
+TEST_F(VlanMatchCheck, ConflictingMatchesOnOnePortAreRejectedInEitherOrder) {
   for (const Pair& conflict : kConflicts) {
     for (const Pair& pair : {conflict, reversed(conflict)}) {
       running("");
@@ -78,7 +78,7 @@ TEST_F(VlanMatch, ConflictingMatchesOnOnePortAreRejectedInEitherOrder) {
   }
 }
 
-TEST_F(VlanMatch, MatchesThatDifferOnOnePortAreAcceptedInEitherOrder) {
+TEST_F(VlanMatchCheck, MatchesThatDifferOnOnePortAreAcceptedInEitherOrder) {
   for (const Pair& different : kNoConflicts) {
     for (const Pair& pair : {different, reversed(different)}) {
       running("");
@@ -89,18 +89,18 @@ TEST_F(VlanMatch, MatchesThatDifferOnOnePortAreAcceptedInEitherOrder) {
   }
 }
 
-TEST_F(VlanMatch, DifferentPortsMayHaveTheSameMatch) {
+TEST_F(VlanMatchCheck, DifferentPortsMayHaveTheSameMatch) {
   const Pair same{{"100", "3"}, {"100", "3"}};
   EXPECT_EQ(answer_for(same, on_ethernet({1}), on_ethernet({2})).result, Verdict::kOk);
   EXPECT_EQ(answer_for(same, on_ethernet({1}), on_veip()).result, Verdict::kOk);
 }
 
-TEST_F(VlanMatch, OnePortInCommonIsEnough) {
+TEST_F(VlanMatchCheck, OnePortInCommonIsEnough) {
   const Pair same{{"100", "3"}, {"100", "3"}};
   EXPECT_EQ(answer_for(same, on_ethernet({1, 2}), on_ethernet({2, 3})).text, kSameMatch);
 }
 
-TEST_F(VlanMatch, EveryEarlierMatchOfThePortIsCompared) {
+TEST_F(VlanMatchCheck, EveryEarlierMatchOfThePortIsCompared) {
   EXPECT_THAT(answer_for(vlan_mapping("a", matching("100", "1") + on_ethernet({1})) +
                          vlan_mapping("b", matching("200", "2") + on_ethernet({1})) +
                          vlan_mapping("c", matching("300", "1") + on_ethernet({1})) +
@@ -108,41 +108,41 @@ TEST_F(VlanMatch, EveryEarlierMatchOfThePortIsCompared) {
               Rejected(kSameMatch));
 }
 
-TEST_F(VlanMatch, TheVeipComparesItsMatches) {
+TEST_F(VlanMatchCheck, TheVeipComparesItsMatches) {
   const Pair same{{"100", "3"}, {"100", "3"}};
   EXPECT_EQ(answer_for(same, on_veip(), on_veip()).text, kSameMatch);
 }
 
-TEST_F(VlanMatch, TheVeipSharesEthernetPort127) {
+TEST_F(VlanMatchCheck, TheVeipSharesEthernetPort127) {
   const Pair same{{"100", "3"}, {"100", "3"}};
   EXPECT_EQ(answer_for(same, on_veip(), on_ethernet({127})).text, kSameMatch);
 }
 
-TEST_F(VlanMatch, AMatchThatIsNotConfiguredIsAny) {
+TEST_F(VlanMatchCheck, AMatchThatIsNotConfiguredIsAny) {
   EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1})) +
                          vlan_mapping("b", matching("100", "3") + on_ethernet({1}))),
               Rejected(kSameMatch));
 }
 
-TEST_F(VlanMatch, AMappingWithoutAPortIsRejected) {
+TEST_F(VlanMatchCheck, AMappingWithoutAPortIsRejected) {
   EXPECT_THAT(answer_for(vlan_mapping("a", matching("100", "3"))), Rejected(kUnreadable));
   EXPECT_EQ(calls(PlatformCall::Logger_Debug), 0U);
 }
 
-TEST_F(VlanMatch, AProfileWithoutMappingsIsAccepted) {
+TEST_F(VlanMatchCheck, AProfileWithoutMappingsIsAccepted) {
   const Answer answer =
       request(kRequest, "/config/profile/gpon/service-profile{sp}/vlan-mapping{a}");
   EXPECT_EQ(answer.result, Verdict::kOk);
   EXPECT_EQ(answer.text, "");
 }
 
-TEST_F(VlanMatch, NamesMayHoldPercentSignsAndQuotes) {
+TEST_F(VlanMatchCheck, NamesMayHoldPercentSignsAndQuotes) {
   const std::string content = vlan_mapping("a%s'", matching("100", "3") + on_ethernet({1})) +
                               vlan_mapping("b%x'", matching("100", "3") + on_ethernet({1}));
   EXPECT_EQ(answer_of(kRequest, service_profile("50%d'", content)).text, kSameMatch);
 }
 
-TEST_F(VlanMatch, WhatCannotBeReadRejects) {
+TEST_F(VlanMatchCheck, WhatCannotBeReadRejects) {
   const struct {
     PlatformCall call;
     int nth;
@@ -164,7 +164,7 @@ TEST_F(VlanMatch, WhatCannotBeReadRejects) {
   }
 }
 
-TEST_F(VlanMatch, WhatIsOpenedIsClosedWhateverTheAnswer) {
+TEST_F(VlanMatchCheck, WhatIsOpenedIsClosedWhateverTheAnswer) {
   confd_hkeypath_t keypath = mapping_keypath("sp");
   const auto answer_and_open_cursors = [&](const std::string& content) {
     ValidationSession& session = open(service_profile("sp", content));
@@ -180,12 +180,12 @@ TEST_F(VlanMatch, WhatIsOpenedIsClosedWhateverTheAnswer) {
   EXPECT_EQ(answer_and_open_cursors(one), CONFD_ERR);
 }
 
-TEST_F(VlanMatch, EveryPortValueIsReleased) {
+TEST_F(VlanMatchCheck, EveryPortValueIsReleased) {
   EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1, 2, 3}))), Accepted());
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 3U);
 }
 
-TEST_F(VlanMatch, ThePlatformIsCalledInOrder) {
+TEST_F(VlanMatchCheck, ThePlatformIsCalledInOrder) {
   running(service_profile("sp", vlan_mapping("a", matching("1", "1") + on_ethernet({1})) +
                                     vlan_mapping("b", matching("2", "1") + on_veip()) +
                                     vlan_mapping("c", matching("2", "1") + on_veip())));
@@ -208,13 +208,13 @@ TEST_F(VlanMatch, ThePlatformIsCalledInOrder) {
   EXPECT_EQ(recorded.names(), expected);
 }
 
-TEST_F(VlanMatch, NoTraceRecordIsWritten) {
+TEST_F(VlanMatchCheck, NoTraceRecordIsWritten) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1}))), Accepted());
   EXPECT_EQ(trace.records(), std::vector<std::string>());
 }
 
-TEST_F(VlanMatch, UnreadableLeavesAreNotedInTheDebugLogOnly) {
+TEST_F(VlanMatchCheck, UnreadableLeavesAreNotedInTheDebugLogOnly) {
   TraceCapture trace(TraceLevel::kDetail);
   fail_call(PlatformCall::maapi_get_elem);
   EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1}))), Rejected(kUnreadable));
@@ -222,9 +222,9 @@ TEST_F(VlanMatch, UnreadableLeavesAreNotedInTheDebugLogOnly) {
   EXPECT_EQ(trace.records().size(), 1U);
 }
 
-using VlanMatchDeathTest = VlanMatch;
+using VlanMatchCheckDeathTest = VlanMatchCheck;
 
-TEST_F(VlanMatchDeathTest, AProfileKeyThatIsNoTextEndsTheProcess) {
+TEST_F(VlanMatchCheckDeathTest, AProfileKeyThatIsNoTextEndsTheProcess) {
   confd_hkeypath_t keypath = mapping_keypath("sp");
   CONFD_SET_UINT32(&keypath.v[2][0], 1);
   open();

@@ -3,7 +3,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
 
 namespace tarnd::test {
 

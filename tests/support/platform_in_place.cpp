@@ -1,4 +1,4 @@
-#include "platform_in_place.h"
+#include "tests/support/platform_in_place.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "tests/support/card_test.h"
+#include "tests/support/card_fixture.h"
 
 #include "gpon_card_valid.h"
 #include "tests/support/model.h"
@@ -12,23 +12,23 @@ PluginEntryPoints linked_plugin() {
 
 }  // namespace
 
-CardTest::CardTest() : datastore_(model()), counts_at_start_(platform_call_counts()) {
+CardFixture::CardFixture() : datastore_(model()), counts_at_start_(platform_call_counts()) {
   insert(CardDescription::standard());
 }
 
-CardTest::~CardTest() {
+CardFixture::~CardFixture() {
   let_calls_pass();
   session_.reset();
   transaction_.reset();
 }
 
-void CardTest::insert(const CardDescription& card) {
+void CardFixture::insert(const CardDescription& card) {
   insert_card(card);
   daemon_.reset();
   daemon_ = std::make_unique<Daemon>(datastore_, linked_plugin());
 }
 
-void CardTest::running(const std::string& content) {
+void CardFixture::running(const std::string& content) {
   session_.reset();
   transaction_.reset();
   datastore_.load(config(""), store::Format::kXml);
@@ -39,8 +39,8 @@ void CardTest::running(const std::string& content) {
   transaction.commit();
 }
 
-CommitReport CardTest::commit(const std::string& change, const std::vector<std::string>& only,
-                              bool confirm) {
+CommitReport CardFixture::commit(const std::string& change, const std::vector<std::string>& only,
+                                 bool confirm) {
   session_.reset();
   transaction_.reset();
   store::Transaction transaction(datastore_);
@@ -52,7 +52,7 @@ CommitReport CardTest::commit(const std::string& change, const std::vector<std::
   return daemon_->commit(transaction, options);
 }
 
-Answer CardTest::answer_of(const std::string& request, const std::string& change) {
+Answer CardFixture::answer_of(const std::string& request, const std::string& change) {
   const CommitReport report = commit(change, {request});
   EXPECT_FALSE(report.answers.empty()) << request << " is not called for this change";
   for (const Answer& answer : report.answers) {
@@ -61,8 +61,8 @@ Answer CardTest::answer_of(const std::string& request, const std::string& change
   return report.answers.empty() ? Answer() : report.answers.front();
 }
 
-Answer CardTest::request(const std::string& name, const std::string& keypath,
-                         const std::string& change, const std::optional<std::string>& value) {
+Answer CardFixture::request(const std::string& name, const std::string& keypath,
+                            const std::string& change, const std::optional<std::string>& value) {
   session_.reset();
   transaction_.reset();
   store::Transaction transaction(datastore_);
@@ -71,7 +71,7 @@ Answer CardTest::request(const std::string& name, const std::string& keypath,
   return daemon_->request(transaction, name, keypath, value, {}).answers.front();
 }
 
-ValidationSession& CardTest::open(const std::string& change) {
+ValidationSession& CardFixture::open(const std::string& change) {
   session_.reset();
   transaction_.reset();
   transaction_ = std::make_unique<store::Transaction>(datastore_);
@@ -82,21 +82,21 @@ ValidationSession& CardTest::open(const std::string& change) {
   return *session_;
 }
 
-void CardTest::fail_call(PlatformCall call, int nth) {
+void CardFixture::fail_call(PlatformCall call, int nth) {
   set_call_hook(
       [call, nth, seen = 0](PlatformCall made) mutable { return made != call || ++seen != nth; });
 }
 
-void CardTest::let_calls_pass() {
+void CardFixture::let_calls_pass() {
   set_call_hook({});
 }
 
-std::uint64_t CardTest::calls(PlatformCall call) const {
+std::uint64_t CardFixture::calls(PlatformCall call) const {
   const auto index = static_cast<std::size_t>(call);
   return platform_call_counts().at(index) - counts_at_start_.at(index);
 }
 
-std::string CardTest::running_text() const {
+std::string CardFixture::running_text() const {
   return datastore_.print(store::Format::kXml);
 }
 

@@ -44,10 +44,10 @@ std::string service_port(int id, const std::string& link, const std::string& itf
 std::string deleted_service_port(int id);
 
 /// A card with a running configuration. Contents are what stands inside the top-level `config`.
-class CardTest : public ::testing::Test {
+class CardFixture : public ::testing::Test {
  protected:
-  CardTest();
-  ~CardTest() override;
+  CardFixture();
+  ~CardFixture() override;
 
   /// Puts another card in and initialises the plug-in anew.
   void insert(const CardDescription& card);
