@@ -1,0 +1,79 @@
+"""What a document says: instances of the model's nodes, each with the operation of an edit."""
+
+OPERATIONS = ("merge", "replace", "create", "delete", "remove")
+CONFIGURATION = "configuration"
+CHANGE = "change"
+NETCONF = "urn:ietf:params:xml:ns:netconf:base:1.0"
+MODEL = "urn:tarnd:base"
+
+
+class Refused(Exception):
+    """The document must not be accepted, for this reason."""
+
+
+class Item:
+    """An instance of a node in a document.
+
+    `value` is the canonical text of a leaf or leaf-list value; None of a leaf that goes and whose
+    text is no value of its type. `keys` are the canonical texts of an entry's keys.
+    """
+
+    def __init__(self, node, operation=None):
+        self.node = node
+        self.operation = operation
+        self.value = None
+        self.keys = ()
+        self.below = []
+
+    @property
+    def goes(self):
+        return self.operation in ("delete", "remove")
+
+    @property
+    def slot(self):
+        """What no other instance below the same parent has."""
+        if self.node.kind == "list":
+            return (self.node.name, self.keys)
+        if self.node.kind == "leaf-list":
+            return (self.node.name, self.value)
+        return (self.node.name,)
+
+
+class Document:
+    """A document as it was read.
+
+    `doubts` are the reasons why a program may refuse it, too; if it is accepted its effect is that
+    of the items all the same.
+    """
+
+    def __init__(self, root, default_operation, doubts):
+        self.root = root
+        self.default_operation = default_operation
+        self.doubts = doubts
+
+
+def close_inner(item):
+    """Checks an inner item that is complete: each instance once, an entry with its keys."""
+    node = item.node
+    if node.kind == "list":
+        keys = {below.node.name: below.value for below in item.below if below.node.is_key}
+        missing = [key for key in node.keys if key not in keys]
+        if missing:
+            raise Refused(f"{node.path()} without its key {missing[0]}")
+        item.keys = tuple(keys[key] for key in node.keys)
+    seen = set()
+    for below in item.below:
+        if below.slot in seen:
+            raise Refused(f"{below.node.path()} {below.slot[1:]} twice")
+        seen.add(below.slot)
+
+
+def utf_8(data):
+    """The text of a file, without a byte order mark."""
+    if b"\0" in data:
+        raise Refused("a NUL byte")
+    try:
+        text = data.decode("utf-8")
+    except UnicodeDecodeError as error:
+        raise Refused(f"not UTF-8: {error}") from error
+    return text[1:] if text.startswith("\ufeff") else text

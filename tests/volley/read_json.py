@@ -1,0 +1,154 @@
+"""Reads JSON documents with Python's json module, made as strict as RFC 8259 and RFC 7951 are."""
+
+import json
+
+from document import (CONFIGURATION, OPERATIONS, Document, Item, Refused, close_inner, utf_8)
+from values import BadValue, Number
+
+OPERATION = "ietf-netconf:operation"
+PREFIX = "base:"
+
+
+class Object(list):
+    """The members of an object, in their order."""
+
+
+def members(pairs):
+    names = [name for name, _ in pairs]
+    if len(set(names)) != len(names):
+        raise Refused("a member twice")
+    for name in names:
+        check_text(name)
+    return Object(pairs)
+
+
+def check_text(text):
+    try:
+        text.encode("utf-8")
+    except UnicodeEncodeError as error:
+        raise Refused("half of a surrogate pair") from error
+
+
+def no_constant(name):
+    raise Refused(f"{name} is no JSON")
+
+
+def parsed(data):
+    try:
+        return json.loads(utf_8(data), object_pairs_hook=members, parse_int=Number,
+                          parse_float=Number, parse_constant=no_constant)
+    except (ValueError, RecursionError) as error:
+        raise Refused(f"not JSON: {error}") from error
+
+
+class Reader:
+    def __init__(self, role, doubts):
+        self.role = role
+        self.doubts = doubts
+
+    def operation(self, metadata, node):
+        """The operation in the metadata of one instance."""
+        if not isinstance(metadata, Object):
+            raise Refused(f"metadata of {node.path()} is no object")
+        if self.role == CONFIGURATION:
+            raise Refused("metadata in a configuration")
+        if node.is_key:
+            raise Refused("metadata of a key")
+        if not metadata:
+            self.doubts.append("empty metadata")
+        operation = None
+        for name, value in metadata:
+            if name != OPERATION:
+                raise Refused(f"the metadata {name!r}")
+            if isinstance(value, Number) or value not in OPERATIONS:
+                raise Refused(f"the operation {value!r}")
+            operation = value
+        return operation
+
+    def inner(self, node, value):
+        if not isinstance(value, Object):
+            raise Refused(f"{node.path()} is no object")
+        item = Item(node)
+        metadata = {}
+        values = []
+        for name, member in value:
+            if name == "@":
+                item.operation = self.operation(member, node)
+            elif name.startswith("@"):
+                metadata[self.child_node(node, name[1:])] = member
+            else:
+                values.append((self.child_node(node, name), member))
+        named = [child for child, _ in values]
+        if len(set(named)) != len(named):
+            raise Refused(f"a member of {node.path()} twice")
+        for child, member in values:
+            item.below.extend(self.items(child, member, metadata.pop(child, None)))
+        for child, of_child in metadata.items():
+            item.below.append(self.leaf_without_value(child, of_child))
+        close_inner(item)
+        return item
+
+    def child_node(self, node, name):
+        if name.startswith(PREFIX):
+            self.doubts.append("a module's name below the top level")
+            name = name[len(PREFIX):]
+        child = node.children.get(name)
+        if child is None:
+            raise Refused(f"{name!r} below {node.path()}")
+        return child
+
+    def items(self, node, value, metadata):
+        if node.is_inner and metadata is not None:
+            raise Refused(f"metadata beside {node.path()}")
+        if node.kind in ("container", "presence"):
+            return [self.inner(node, value)]
+        if node.kind == "leaf":
+            operation = None if metadata is None else self.operation(metadata, node)
+            return [self.leaf(node, value, operation)]
+        if not isinstance(value, list) or isinstance(value, Object):
+            raise Refused(f"{node.path()} is no array")
+        if node.kind == "list":
+            return [self.inner(node, entry) for entry in value]
+        return self.leaf_list(node, value, metadata)
+
+    def leaf(self, node, value, operation):
+        item = Item(node, operation)
+        if isinstance(value, str):
+            check_text(value)
+        try:
+            item.value = node.type.of_json(value, self.doubts)
+        except BadValue as error:
+            if not item.goes or node.kind != "leaf":
+                raise Refused(f"{node.path()}: {error}") from error
+            self.doubts.append("a leaf that goes, with no value of its type")
+        return item
+
+    def leaf_list(self, node, values, metadata):
+        operations = [] if metadata is None else metadata
+        if not isinstance(operations, list) or isinstance(operations, Object):
+            raise Refused(f"metadata of {node.path()} is no array")
+        if len(operations) > len(values):
+            raise Refused(f"more metadata than values of {node.path()}")
+        if metadata == [] or metadata and self.role == CONFIGURATION:
+            self.doubts.append("metadata that says nothing")
+        operations = [None if entry is None else self.operation(entry, node)
+                      for entry in operations]
+        operations += [None] * (len(values) - len(operations))
+        return [self.leaf(node, value, operation) for value, operation in zip(values, operations)]
+
+    def leaf_without_value(self, node, metadata):
+        if node.kind != "leaf":
+            raise Refused(f"metadata of {node.path()}, which is not there")
+        item = Item(node, self.operation(metadata, node))
+        if not item.goes:
+            raise Refused(f"metadata of {node.path()}, which is not there")
+        self.doubts.append("a leaf that goes, without a value")
+        return item
+
+
+def read_json(data, model, role):
+    doubts = []
+    top = parsed(data)
+    if not isinstance(top, Object) or [name for name, _ in top] != [PREFIX + model.name]:
+        raise Refused("no object with just base:config")
+    return Document(Reader(role, doubts).inner(model, top[0][1]), "merge", doubts)
