@@ -1,33 +1,66 @@
-"""Reads card files as TOML, of which they are a small part."""
+"""Reads card files: lines of key = value, and comments."""
 
 import re
-import tomllib
+import unicodedata
 
 from document import Refused, utf_8
 
 FLAGS = ("bw-check", "xgspon")
 NUMBERS = ("onus-per-link", "pon-links", "manageable-links", "max-service-ports")
 HIGHEST = 4294967295
-PLAIN_LINE = re.compile(r"[ \t]*(|#.*|[a-z-]+[ \t]*=[ \t]*(true|false|[0-9]+)[ \t]*(#.*)?)")
+ENTRY = re.compile(r"([^=]*)=(.*)")
+QUOTED = re.compile(r"""\[(.*)\]|"(.*)"|'(.*)'""")
+
+
+def bare(text, doubts):
+    """The text without quotes or brackets, which TOML has around texts and lists."""
+    text = text.strip(" \t")
+    match = QUOTED.fullmatch(text)
+    if match is None:
+        return text
+    doubts.append("quotes or brackets")
+    return bare(next(group for group in match.groups() if group is not None), doubts)
+
+
+def number_of(key, text, doubts):
+    if not re.fullmatch("[0-9]+", text) or len(text.lstrip("0")) > 10 or int(text) > HIGHEST:
+        raise Refused(f"{key} is {text!r}")
+    if text != str(int(text)):
+        doubts.append("leading zeros")
+    return int(text)
+
+
+def read_line(line, card, doubts):
+    if any(unicodedata.category(letter) == "Cc" and letter != "\t" for letter in line):
+        raise Refused(f"a control character in {line!r}")
+    if line.lstrip(" \t").startswith(";"):
+        doubts.append("a comment after a semicolon")
+        return
+    line = line.split("#")[0].strip(" \t")
+    if not line:
+        return
+    match = ENTRY.fullmatch(line)
+    if match is None:
+        doubts.append("a key by itself")
+    key, value = (bare(part, doubts) for part in (match.groups() if match else (line, "true")))
+    if key in card:
+        raise Refused(f"{key} twice")
+    if key in FLAGS:
+        if value not in ("true", "false"):
+            raise Refused(f"{key} is {value!r}")
+        card[key] = value == "true"
+    elif key in NUMBERS:
+        card[key] = number_of(key, value, doubts)
+    else:
+        raise Refused(f"the key {key!r}")
 
 
 def read_card(data):
     """The card as a dictionary, and why a program may refuse it all the same."""
-    text = utf_8(data)
-    try:
-        card = tomllib.loads(text)
-    except (tomllib.TOMLDecodeError, RecursionError) as error:
-        raise Refused(f"not TOML: {error}") from error
-    for key, value in card.items():
-        if key in FLAGS:
-            if not isinstance(value, bool):
-                raise Refused(f"{key} is {value!r}")
-        elif key not in NUMBERS:
-            raise Refused(f"the key {key!r}")
-        elif isinstance(value, bool) or not isinstance(value, int) or not 0 <= value <= HIGHEST:
-            raise Refused(f"{key} is {value!r}")
-    plain = all(PLAIN_LINE.fullmatch(line) for line in re.split(r"\r?\n", text))
-    return card, [] if plain else ["a form that TOML has and a plain card file has not"]
+    card, doubts = {}, []
+    for line in utf_8(data).split("\n"):
+        read_line(line.removesuffix("\r"), card, doubts)
+    return card, doubts
 
 
 def plain_card(card):
