@@ -12,7 +12,7 @@
 #include "valid_service_port.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.
-#include "tests/unit/keypath_elements.h"
+#include "tests/support/keypaths.h"
 
 namespace tarnd::test {
 namespace {
@@ -22,26 +22,6 @@ using Elements = std::vector<std::vector<confd_value_t>>;
 const Outcome kAccepted{CONFD_OK, ""};
 const Outcome kRejectedSilently{CONFD_ERR, ""};
 constexpr const char* kConfdUnreadable = "Failed accessing confd data.";
-
-/// The characters must outlive the value.
-confd_value_t text(const char* characters) {
-  confd_value_t value;
-  CONFD_SET_BUF(&value, reinterpret_cast<unsigned char*>(const_cast<char*>(characters)),
-                static_cast<unsigned int>(std::strlen(characters)));
-  return value;
-}
-
-confd_value_t enumeration(std::int32_t number) {
-  confd_value_t value;
-  CONFD_SET_ENUM_VALUE(&value, number);
-  return value;
-}
-
-confd_value_t boolean(int truth) {
-  confd_value_t value;
-  CONFD_SET_BOOL(&value, truth);
-  return value;
-}
 
 std::string regex_of(const std::string& plain) {
   std::string regex;
@@ -59,13 +39,9 @@ std::string assertion(const std::string& source, const std::string& function,
          "\\(.*\\): Assertion `" + regex_of(expectation) + "' failed\\.";
 }
 
-/// The keypath that a validator expects, as far as it looks.
+/// The keypath of a leaf of interface 1/1/1.
 confd_hkeypath_t link_leaf(std::uint32_t leaf, std::uint32_t list) {
-  return keypath({{tag(leaf)},
-                  {number(1), number(1), number(1)},
-                  {tag(list)},
-                  {tag(base_interface)},
-                  {tag(base_config)}});
+  return link_child_keypath(leaf, list, 1, 1, 1);
 }
 
 class HostileContext : public CardFixture {

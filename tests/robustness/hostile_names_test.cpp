@@ -4,73 +4,25 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
 
 #include "gpon_card_valid.h"
 #include "standalone/confd/model.h"
 #include "standalone/middleware/trace.h"
 #include "tests/robustness/expected_trace.h"
 #include "tests/support/model.h"
+#include "tests/support/own_model.h"
 
 namespace tarnd::test {
 namespace {
 
 // ---- A model that lets profiles and connections have any name
 
-std::string read_file(const std::filesystem::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
-}
-
-/// Makes the type a string without a length and a pattern.
-void loosen(std::string& model, const std::string& type) {
-  const std::string restricted = "type string {";
-  const std::size_t from = model.find(restricted, model.find("typedef " + type + " {"));
-  std::size_t to = from + restricted.size();
-  for (int open = 1; open > 0; ++to) {
-    if (model.at(to) == '{') ++open;
-    if (model.at(to) == '}') --open;
-  }
-  model.replace(from, to - from, "type string;");
-}
-
-/// A folder with the model so loosened.
-class LooseModel {
- public:
-  LooseModel() {
-    for (const char* file : {"tailf-common.yang", "ietf-netconf.yang", "known-numbers.txt"}) {
-      std::filesystem::copy_file(shipped_ / file, folder_ / file);
-    }
-    std::string text = read_file(shipped_ / "base.yang");
-    loosen(text, "profile-name");
-    loosen(text, "rg-profile-name");
-    loosen(text, "connection-name");
-    std::ofstream(folder_ / "base.yang") << text;
-  }
-  LooseModel(const LooseModel&) = delete;
-  LooseModel& operator=(const LooseModel&) = delete;
-  ~LooseModel() { std::filesystem::remove_all(folder_); }
-
-  [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
-
- private:
-  static std::filesystem::path make_folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "model-XXXXXX").string();
-    return mkdtemp(name.data());
-  }
-
-  const std::filesystem::path shipped_ = TARND_MODEL_DIR;
-  std::filesystem::path folder_ = make_folder();
-};
-
 const store::Schema& loose_schema() {
-  static const LooseModel loose;  // the numbers of names are read from it later
+  // The numbers of names are read from it later.
+  static const OwnModel loose =
+      OwnModel::loosened({"profile-name", "rg-profile-name", "connection-name"});
   static const store::Schema schema(loose.folder());
   return schema;
 }

@@ -5,7 +5,7 @@
 #include "valid_service_port.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.
-#include "tests/unit/keypath_elements.h"
+#include "tests/support/keypaths.h"
 
 namespace tarnd::test {
 namespace {

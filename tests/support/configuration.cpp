@@ -1,4 +1,4 @@
-#include "tests/support/card_fixture.h"
+#include "tests/support/configuration.h"
 
 namespace tarnd::test {
 namespace {
@@ -99,6 +99,27 @@ std::string service_port(int id, const std::string& link, const std::string& itf
 
 std::string deleted_service_port(int id) {
   return element("service-port", leaf("id", std::to_string(id)), "delete");
+}
+
+std::string vlan_mapping(const std::string& name, const std::string& content) {
+  return element("vlan-mapping", element("name", name) + content);
+}
+
+std::string on_ethernet(std::initializer_list<int> ports) {
+  std::string leaf_list;
+  for (const int port : ports) {
+    leaf_list += element("ethernet", std::to_string(port));
+  }
+  return element("uni", leaf_list);
+}
+
+std::string on_veip() {
+  return element("veip", element("veip", ""));
+}
+
+std::string matching(const std::string& vlan, const std::string& cos) {
+  return element("match", element("outer", (vlan.empty() ? "" : element("vlan-id", vlan)) +
+                                               (cos.empty() ? "" : element("cos", cos))));
 }
 
 }  // namespace tarnd::test

@@ -1,38 +1,33 @@
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
+#include <vector>
 
 namespace tarnd::test {
 
-/// A folder with the shipped modules and numbers, and a base.yang of the test's own: this body
-/// inside the module.
+/// A folder with the shipped modules and numbers, and a base.yang of the test's own. The folder
+/// goes with the object, so it has to live as long as a schema that was read from it.
 class OwnModel {
  public:
-  explicit OwnModel(const std::string& body) {
-    for (const char* file : {"tailf-common.yang", "ietf-netconf.yang", "known-numbers.txt"}) {
-      std::filesystem::copy_file(std::filesystem::path(TARND_MODEL_DIR) / file, folder_ / file);
-    }
-    std::ofstream(folder_ / "base.yang")
-        << "module base { yang-version 1.1; namespace \"urn:tarnd:base\"; prefix base;\n"
-        << "import tailf-common { prefix tailf; }\n"
-        << body << "\n}\n";
-  }
+  /// A module base with this body.
+  explicit OwnModel(const std::string& body);
+  /// The shipped module base, in which these types are strings without a length and a pattern.
+  static OwnModel loosened(const std::vector<std::string>& types);
+
   OwnModel(const OwnModel&) = delete;
   OwnModel& operator=(const OwnModel&) = delete;
-  ~OwnModel() { std::filesystem::remove_all(folder_); }
+  ~OwnModel();
 
   [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
 
  private:
-  static std::filesystem::path make_folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "model-XXXXXX").string();
-    return mkdtemp(name.data());
-  }
+  struct Module {
+    std::string text;
+  };
+  explicit OwnModel(const Module& base);
 
-  std::filesystem::path folder_ = make_folder();
+  std::filesystem::path folder_;
 };
 
 }  // namespace tarnd::test

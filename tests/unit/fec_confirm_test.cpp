@@ -9,7 +9,7 @@
 #include "tests/support/trace_capture.h"
 
 // Last, for its macros.
-#include "keypaths.h"
+#include "tests/support/keypaths.h"
 
 namespace tarnd::test {
 namespace {
@@ -30,7 +30,7 @@ std::string upstream(const std::string& value) {
 
 confd_hkeypath_t fec_keypath(std::uint32_t leaf, std::uint32_t list, std::uint32_t slot,
                              std::uint32_t port) {
-  return link_leaf_keypath(leaf, list, 1, slot, port);
+  return link_child_keypath(leaf, list, 1, slot, port);
 }
 
 class FecConfirmationWarning : public CardFixture {

@@ -9,7 +9,7 @@
 #include "tests/support/trace_capture.h"
 
 // Last, for its macros.
-#include "keypaths.h"
+#include "tests/support/keypaths.h"
 
 namespace tarnd::test {
 namespace {
@@ -32,13 +32,7 @@ std::string notice(const std::string& pon, const std::string& mode_name) {
 }
 
 confd_hkeypath_t mode_keypath(std::uint32_t chassis, std::uint32_t slot, std::uint32_t port) {
-  return link_leaf_keypath(base_operation_mode, base_xgspon, chassis, slot, port);
-}
-
-confd_value_t mode_value(std::int32_t number) {
-  confd_value_t value;
-  CONFD_SET_ENUM_VALUE(&value, number);
-  return value;
+  return link_child_keypath(base_operation_mode, base_xgspon, chassis, slot, port);
 }
 
 class PonModeValidation : public CardFixture {};
@@ -115,7 +109,7 @@ TEST_F(PonModeValidation, TheNoticeGoesToTheUserOfTheTransactionOnly) {
   running(xgspon_link(3));
   ValidationSession& session = open();
   confd_hkeypath_t keypath = mode_keypath(1, 1, 3);
-  confd_value_t combo = mode_value(2);
+  confd_value_t combo = enumeration(2);
   EXPECT_EQ(pon_mode_validation(sock(), tctx(), &keypath, &combo), CONFD_OK);
   EXPECT_EQ(session.messages(), std::vector<std::string>{notice("1 1 3", "combo")});
 
@@ -131,7 +125,7 @@ TEST_F(PonModeValidation, AModeOutsideTheModelHasAnEmptyName) {
   for (const std::int32_t number : {-1, 3}) {
     ValidationSession& session = open();
     confd_hkeypath_t keypath = mode_keypath(1, 1, 3);
-    confd_value_t unknown = mode_value(number);
+    confd_value_t unknown = enumeration(number);
     EXPECT_EQ(pon_mode_validation(sock(), tctx(), &keypath, &unknown), CONFD_OK);
     EXPECT_EQ(session.messages(), std::vector<std::string>{notice("1 1 3", "")});
 
@@ -144,7 +138,7 @@ TEST_F(PonModeValidation, AModeOutsideTheModelHasAnEmptyName) {
 TEST_F(PonModeValidation, KeysAreUnsignedNumbers) {
   ValidationSession& session = open();
   confd_hkeypath_t keypath = mode_keypath(4294967295U, 2, 3000000000U);
-  confd_value_t gpon = mode_value(0);
+  confd_value_t gpon = enumeration(0);
   EXPECT_EQ(pon_mode_validation(sock(), tctx(), &keypath, &gpon), CONFD_OK);
   EXPECT_EQ(session.messages(),
             std::vector<std::string>{notice("4294967295 2 3000000000", "gpon")});
@@ -186,7 +180,7 @@ using PonModeValidationDeathTest = PonModeValidation;
 
 TEST_F(PonModeValidationDeathTest, KeysThatAreNoNumbersEndTheProcess) {
   open();
-  confd_value_t gpon = mode_value(0);
+  confd_value_t gpon = enumeration(0);
   const std::array<std::string, 3> assertions{
       R"(\(&keypath->v\[1\]\[0\]\)->type == C_UINT32)",
       R"(\(&keypath->v\[1\]\[1\]\)->type == C_UINT32)",

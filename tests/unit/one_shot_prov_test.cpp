@@ -11,7 +11,7 @@
 #include "tests/support/trace_capture.h"
 
 // Its names are macros and would hit those of the headers above.
-#include "base.h"
+#include "tests/support/keypaths.h"
 
 namespace tarnd::test {
 namespace {
@@ -52,22 +52,12 @@ std::string onu_5(const std::string& content) {
 }
 
 /// A node's keypath, as far as its last element.
-confd_hkeypath_t keypath_to(std::uint32_t tag) {
-  confd_hkeypath_t keypath{};
-  keypath.len = 1;
-  CONFD_SET_XMLTAG(&keypath.v[0][0], tag, base__ns);
-  CONFD_SET_NOEXISTS(&keypath.v[0][1]);
-  return keypath;
+confd_hkeypath_t keypath_to(std::uint32_t last) {
+  return keypath({{tag(last)}});
 }
 
 confd_hkeypath_t keypath_to_entry() {
-  confd_hkeypath_t keypath{};
-  keypath.len = 2;
-  CONFD_SET_UINT32(&keypath.v[0][0], 1);
-  CONFD_SET_NOEXISTS(&keypath.v[0][1]);
-  CONFD_SET_XMLTAG(&keypath.v[1][0], base_onu, base__ns);
-  CONFD_SET_NOEXISTS(&keypath.v[1][1]);
-  return keypath;
+  return keypath({{number(1)}, {tag(base_onu)}});
 }
 
 // ---- The switch

@@ -11,7 +11,7 @@
 #include "tests/support/trace_capture.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.
-#include "keypath_elements.h"
+#include "tests/support/keypaths.h"
 
 namespace tarnd::test {
 namespace {
@@ -400,11 +400,7 @@ TEST_F(OnuGemCheck, AnUnknownOperationIsADetail) {
 
 /// The keypath of the ONUs of link 1/1/2.
 confd_hkeypath_t onus_keypath() {
-  return keypath({{tag(base_onu)},
-                  {number(1), number(1), number(2)},
-                  {tag(base_gpon)},
-                  {tag(base_interface)},
-                  {tag(base_config)}});
+  return link_child_keypath(base_onu, base_gpon, 1, 1, 2);
 }
 
 template <typename Exception>

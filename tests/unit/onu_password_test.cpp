@@ -10,7 +10,7 @@
 #include "tests/support/trace_capture.h"
 
 // Its names are macros and would hit those of the headers above.
-#include "base.h"
+#include "tests/support/keypaths.h"
 
 namespace tarnd::test {
 namespace {
@@ -42,18 +42,7 @@ std::string credentials(const std::string& serial, const std::string& pwd) {
 }
 
 confd_hkeypath_t onu_list_keypath(std::uint32_t chassis, std::uint32_t slot, std::uint32_t port) {
-  confd_hkeypath_t keypath{};
-  keypath.len = 5;
-  CONFD_SET_XMLTAG(&keypath.v[0][0], base_onu, base__ns);
-  CONFD_SET_NOEXISTS(&keypath.v[0][1]);
-  CONFD_SET_UINT32(&keypath.v[1][0], chassis);
-  CONFD_SET_UINT32(&keypath.v[1][1], slot);
-  CONFD_SET_UINT32(&keypath.v[1][2], port);
-  CONFD_SET_NOEXISTS(&keypath.v[1][3]);
-  CONFD_SET_XMLTAG(&keypath.v[2][0], base_gpon, base__ns);
-  CONFD_SET_XMLTAG(&keypath.v[3][0], base_interface, base__ns);
-  CONFD_SET_XMLTAG(&keypath.v[4][0], base_config, base__ns);
-  return keypath;
+  return link_child_keypath(base_onu, base_gpon, chassis, slot, port);
 }
 
 class OnuPwdSnUniqueCheck : public CardFixture {

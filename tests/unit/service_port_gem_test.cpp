@@ -9,7 +9,7 @@
 #include "valid_service_port.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.
-#include "keypath_elements.h"
+#include "tests/support/keypaths.h"
 
 namespace tarnd::test {
 namespace {

@@ -13,10 +13,9 @@
 #include "gpon_vlan_match.h"
 #include "standalone/confd/format.h"
 #include "tests/support/card_fixture.h"
-#include "vlan_profiles.h"
 
 // Last, for its macros.
-#include "keypaths.h"
+#include "tests/support/keypaths.h"
 
 // The store keeps a leaf-list free of repetitions and of values of another type. What a validator
 // does when ConfD gives such a one all the same is seen with a list of our own in its place.

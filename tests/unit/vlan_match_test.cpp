@@ -8,10 +8,9 @@
 #include "tests/support/card_fixture.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
-#include "vlan_profiles.h"
 
 // Last, for its macros.
-#include "keypaths.h"
+#include "tests/support/keypaths.h"
 
 namespace tarnd::test {
 namespace {
