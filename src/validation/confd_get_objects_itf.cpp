@@ -2,14 +2,12 @@
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <utility>
 
-#include "middleware/qzmw.h"
+#include "model_fault.h"
 
 namespace {
 
-constexpr int kFaultKind = 1;
 constexpr const char* kModuleName = "ConfdGetObjsItf";
 constexpr std::size_t kFaultTextSize = 350;
 
@@ -56,10 +54,8 @@ void ConfdGetObjsItf::require_object_size() const {
   if (size == static_cast<int>(values_per_object_)) {
     return;
   }
-  qzmw_print_backtrace();
   std::array<char, kFaultTextSize> text;
   std::snprintf(text.data(), text.size(), "[%s] object size (%d) differs from expected (%d).",
                 path_.c_str(), size, static_cast<int>(values_per_object_));
-  qzmw_gen_fault(kFaultKind, kModuleName, __FILE__, __LINE__, text.data());
-  std::exit(EXIT_FAILURE);
+  valid::end_on_model_fault({__FILE__, kModuleName, __LINE__}, text.data());
 }

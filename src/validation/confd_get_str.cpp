@@ -1,7 +1,7 @@
 #include "confd_get_str.h"
 
 #include "confd_maapi.h"
-#include "validation_guards.h"
+#include "validation_texts.h"
 
 void GetStrFromConfd(int sock, int thandle, const std::string& prefix, const std::string& suffix,
                      std::string& text) {

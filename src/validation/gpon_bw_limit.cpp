@@ -5,7 +5,9 @@
 #include "confd_get_objects_itf.h"
 #include "gpon_capabilities.h"
 #include "gpon_vald_trace_itf.h"
+#include "user_answers.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 std::unordered_map<std::string, bandwidth_ctx> bandwidth_prof_to_bandwidth;
 std::unordered_map<std::string, bandwidth_ctx> line_prof_to_bandwidth;
@@ -339,15 +341,10 @@ int validate_ponlink_bw(int sock, confd_trans_ctx* tctx, const std::string& slot
   if (!load.error.empty()) {
     VALID_TRACE(kTraceFlow, "There was some error during line-profile iteration (err=%d)",
                 CONFD_ERR);
-    confd_trans_seterr(tctx, "%s", load.error.c_str());
-    return CONFD_ERR;
+    return valid::reject(tctx, load.error.c_str());
   }
   const std::string text = overload_text(load, slot, port);
-  if (text.empty()) {
-    return CONFD_OK;
-  }
-  confd_trans_seterr(tctx, "%s", text.c_str());
-  return CONFD_ERR;
+  return text.empty() ? CONFD_OK : valid::reject(tctx, text.c_str());
 }
 
 std::int32_t validate_max_bandwidth_ponlink(std::int32_t sock, confd_trans_ctx* tctx,
@@ -373,8 +370,7 @@ std::int32_t validate_max_bandwidth_global(std::int32_t sock, confd_trans_ctx* t
 
   const std::string violation = tcont_limit_text();
   if (!violation.empty()) {
-    confd_trans_seterr(tctx, "%s", violation.c_str());
-    return trace.end(CONFD_ERR);
+    return trace.end(valid::reject(tctx, violation.c_str()));
   }
   if (!get_do_bw_check()) {
     VALID_TRACE(kTraceFlow, "Bandwidth check disabled for this platform.");

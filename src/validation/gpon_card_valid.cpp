@@ -31,6 +31,7 @@
 #include "session/qzconfd_session.h"
 #include "valid_service_port.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include "cl_elapsed_time.h"
 #include "gpon_vald_trace_itf.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 namespace {
 

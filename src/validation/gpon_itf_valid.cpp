@@ -4,6 +4,7 @@
 
 #include "gpon_capabilities.h"
 #include "gpon_vald_trace_itf.h"
+#include "pon_link.h"
 #include "validation_guards.h"
 
 namespace {
@@ -18,10 +19,10 @@ struct PonNames {
 
 std::optional<PonNames> names_of(limid_type_t type) {
   if (limid_type_compare(type, limid_type_xgspon) != 0) {
-    return PonNames{"XGSPON", "xgspon"};
+    return PonNames{"XGSPON", valid::kXgsponList};
   }
   if (limid_type_compare(type, limid_type_gpon) != 0) {
-    return PonNames{"GPON", "gpon"};
+    return PonNames{"GPON", valid::kGponList};
   }
   return std::nullopt;
 }

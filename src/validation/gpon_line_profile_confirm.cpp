@@ -1,7 +1,9 @@
 #include "gpon_line_profile_confirm.h"
 
 #include "card/fm_card.h"
+#include "pon_link.h"
 #include "profile_confirmation.h"
+#include "user_answers.h"
 
 const char* LINE_PROF_WARN_MSG =
     "Change in line-profile configuration will result in temporary data loss for all ONUs using "
@@ -16,7 +18,7 @@ const char* interface_list_of_card() {
   fm_local_slot(&slot);
   bool is_xgspon = false;
   fm_scalar_card_tarnd_is_xgspon(&slot, &is_xgspon);
-  return is_xgspon ? "xgspon" : "gpon";
+  return is_xgspon ? valid::kXgsponList : valid::kGponList;
 }
 
 constexpr valid::ProfileConfirmation kLineProfile = {
@@ -25,7 +27,7 @@ constexpr valid::ProfileConfirmation kLineProfile = {
     "/onu/profile-references[line-profile='",
     interface_list_of_card,
     &LINE_PROF_WARN_MSG,
-    valid::kFailedAccessingConfdData,
+    valid::kConfdUnreadable,
 };
 
 }  // namespace

@@ -3,7 +3,9 @@
 #include <string>
 
 #include "gpon_vald_trace_itf.h"
-#include "validation_guards.h"
+#include "pon_link.h"
+#include "user_answers.h"
+#include "validation_texts.h"
 
 namespace {
 
@@ -26,7 +28,7 @@ std::string pon_name(const confd_hkeypath_t* keypath) {
   const std::uint32_t chassis = CONFD_GET_UINT32(&keypath->v[1][0]);
   const std::uint32_t slot = CONFD_GET_UINT32(&keypath->v[1][1]);
   const std::uint32_t port = CONFD_GET_UINT32(&keypath->v[1][2]);
-  return std::to_string(chassis) + " " + std::to_string(slot) + " " + std::to_string(port);
+  return valid::link_keys(chassis, slot, port);
 }
 
 std::string refusal(const std::string& pon, const std::string& mode) {
@@ -53,8 +55,7 @@ std::int32_t pon_mode_validation(std::int32_t sock, confd_trans_ctx* tctx,
   VALID_TRACE(kTraceDetail, "There are %d ONUS associated with Pon Link %s", onus, pon.c_str());
   // A number that cannot be read is negative and refuses the change too.
   if (onus != 0) {
-    confd_trans_seterr(tctx, "%s", refusal(pon, mode).c_str());
-    return CONFD_ERR;
+    return valid::reject(tctx, refusal(pon, mode).c_str());
   }
   const std::string session = std::to_string(tctx->uinfo->usid);
   maapi_prio_message(sock, session.c_str(), notice(pon, mode).c_str());

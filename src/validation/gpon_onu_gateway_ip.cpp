@@ -2,17 +2,13 @@
 
 #include <arpa/inet.h>
 
+#include "user_answers.h"
 #include "validation_guards.h"
 
 namespace {
 
 constexpr const char* kSameAddress = "Onu and Gateway IP addresses must have different values.";
 constexpr const char* kOtherNetwork = "Onu and Gateway IP addresses must be in the same network.";
-
-std::int32_t reject(confd_trans_ctx* tctx, const char* text) {
-  confd_trans_seterr(tctx, "%s", text);
-  return CONFD_ERR;
-}
 
 std::int32_t check_gateway(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeypath_t* keypath) {
   // A host that is going has no gateway to check.
@@ -28,10 +24,10 @@ std::int32_t check_gateway(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeyp
     return CONFD_ERR;
   }
   if (gateway.s_addr == address.ip.s_addr) {
-    return reject(tctx, kSameAddress);
+    return valid::reject(tctx, kSameAddress);
   }
   if (chk_same_net(ntohl(address.ip.s_addr), ntohl(gateway.s_addr), address.len) != 0) {
-    return reject(tctx, kOtherNetwork);
+    return valid::reject(tctx, kOtherNetwork);
   }
   return CONFD_OK;
 }

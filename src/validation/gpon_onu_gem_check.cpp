@@ -2,19 +2,20 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 
 #include "base.h"
 #include "confd_cdb.h"
-#include "confd_get_str.h"
 #include "gpon_vald_trace_itf.h"
-#include "middleware/qzmw.h"
+#include "model_fault.h"
+#include "pon_link.h"
 #include "service_port_batches.h"
-#include "valid_service_port.h"
+#include "service_port_gem.h"
+#include "service_port_record.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 namespace {
 
@@ -22,42 +23,21 @@ constexpr const char* kValidator = "validate_onu_gem_check";
 
 constexpr const char* kOnuLineProfile = "%s/profile-references/line-profile";
 constexpr const char* kLineProfileOfListedOnu = "%s{%d}/profile-references/line-profile";
-constexpr const char* kLineProfileGem = "/config/profile/gpon/line-profile{%s}/gem{%d}/gem-id";
-constexpr std::size_t kPathSize = 8192;
 
 // Names of line profiles are compared as far as they fit here.
 constexpr std::size_t kLineProfileSize = 49;
 
 constexpr const char* kOnuInUse =
     "Service-port [%u] is configured to ONU [%d] on interface PON [%s]";
-constexpr const char* kGemNotConfigured =
-    "Service-port [%u] gem [%d] was not configured to onu [%d]";
 constexpr const char* kInternalError = "Internal error validating onu commit";
 constexpr const char* kNoSession = "Failed to open qzconfd_config_session socket";
-
-constexpr int kFaultSeverity = 1;
-constexpr const char* kInvalidTag = "XMLTAG is invalid";
 
 bool contains(const std::vector<std::string>& onus, const std::string& onu) {
   return std::find(onus.begin(), onus.end(), onu) != onus.end();
 }
 
-std::string interface_keys(std::uint32_t chassis, std::uint32_t slot, std::uint32_t port) {
-  return std::to_string(chassis) + " " + std::to_string(slot) + " " + std::to_string(port);
-}
-
 std::string onu_key(const std::string& link, std::uint32_t onu) {
   return link + " " + std::to_string(onu);
-}
-
-bool line_profile_has_gem(int sock, const confd_trans_ctx* tctx, const char* onu_list,
-                          std::uint32_t onu, std::uint32_t gem) {
-  std::array<char, kPathSize> path;
-  std::snprintf(path.data(), path.size(), kLineProfileOfListedOnu, onu_list, static_cast<int>(onu));
-  std::string line_profile;
-  GetStrFromConfd(sock, tctx->thandle, path.data(), "", line_profile);
-  return maapi_exists(sock, tctx->thandle, kLineProfileGem, line_profile.c_str(),
-                      static_cast<int>(gem)) != 0;
 }
 
 std::int32_t validate_changes(std::int32_t sock, confd_trans_ctx* tctx,
@@ -94,10 +74,7 @@ std::int32_t validate_onu_gem_check(std::int32_t sock, confd_trans_ctx* tctx,
                                     confd_hkeypath_t* keypath, confd_value_t* /*newval*/) {
   const valid::ValidationTrace trace(kValidator);
   if (CONFD_GET_XMLTAG(&(keypath->v[0][0])) != base_onu) {
-    // The model calls this validator for another node: its answers would mean nothing.
-    qzmw_print_backtrace();
-    qzmw_gen_fault(kFaultSeverity, kValidator, __FILE__, __LINE__, kInvalidTag);
-    std::exit(EXIT_FAILURE);
+    valid::end_on_model_fault({__FILE__, kValidator, __LINE__}, valid::kInvalidTag);
   }
   validation_state state;
   state.sock = sock;
@@ -127,7 +104,7 @@ maapi_iter_ret iterate_detect_change_on_onu(confd_hkeypath_t* keypath, maapi_ite
     case MOP_DELETED:
       VALID_TRACE_IF(kTraceDetail, "Onu deleted: %s (%d %d %d %d)",
                      valid::keypath_text(keypath).c_str(), chassis, slot, port, onu);
-      changes.register_deleted_onu(onu_key(interface_keys(chassis, slot, port), onu));
+      changes.register_deleted_onu(onu_key(valid::link_keys(chassis, slot, port), onu));
       changes.onu_deleted = true;
       break;
     case MOP_MODIFIED:
@@ -137,7 +114,7 @@ maapi_iter_ret iterate_detect_change_on_onu(confd_hkeypath_t* keypath, maapi_ite
                                     valid::keypath_text(keypath).c_str())) {
         VALID_TRACE_IF(kTraceDetail, "Onu modified: %s (%d %d %d %d)",
                        valid::keypath_text(keypath).c_str(), chassis, slot, port, onu);
-        changes.register_modified_onu(onu_key(interface_keys(chassis, slot, port), onu));
+        changes.register_modified_onu(onu_key(valid::link_keys(chassis, slot, port), onu));
         changes.line_profile_changed = true;
       }
       break;
@@ -172,25 +149,23 @@ std::int32_t validate_onu_removal_and_modification(int sock, confd_trans_ctx* tc
   valid::ServicePortBatches batches(sock, tctx);
   for (int count = batches.next(); count > 0; count = batches.next()) {
     for (int i = 0; i < count; ++i) {
-      std::uint32_t sp = 0;
-      std::uint32_t onu = 0;
-      std::uint32_t gem = 0;
-      std::int32_t match_vlan = 0;
-      std::int32_t action_vlan = 0;
-      std::string interface_name;
-      if (service_port_get_leafs(batches.object(i), sp, interface_name, onu, gem, match_vlan,
-                                 action_vlan) != 0) {
+      const std::optional<valid::ServicePort> port = valid::take_service_port(batches.object(i));
+      if (!port.has_value()) {
         return CONFD_ERR;
       }
-      const std::string key = onu_key(interface_name, onu);
+      const std::string key = onu_key(port->interface_name, port->onu);
+      const int onu_id = static_cast<int>(port->onu);
       if (state.is_deleted_onu(key)) {
-        confd_trans_seterr(tctx, kOnuInUse, sp, static_cast<int>(onu), interface_name.c_str());
+        confd_trans_seterr(tctx, kOnuInUse, port->id, onu_id, port->interface_name.c_str());
         return CONFD_ERR;
       }
-      if (state.is_modified_onu(key) && !line_profile_has_gem(sock, tctx, keypath, onu, gem)) {
-        confd_trans_seterr(tctx, kGemNotConfigured, sp, static_cast<int>(gem),
-                           static_cast<int>(onu));
-        return CONFD_ERR;
+      if (!state.is_modified_onu(key)) {
+        continue;
+      }
+      const std::string line_profile_path =
+          valid::formatted(kLineProfileOfListedOnu, keypath, onu_id);
+      if (!valid::line_profile_has_gem(sock, tctx, line_profile_path.c_str(), port->gem)) {
+        return valid::reject_missing_gem(tctx, port->id, port->gem, port->onu);
       }
     }
   }

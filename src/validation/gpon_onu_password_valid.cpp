@@ -6,7 +6,10 @@
 #include <utility>
 
 #include "gpon_vald_trace_itf.h"
+#include "pon_link.h"
+#include "user_answers.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 namespace {
 
@@ -26,8 +29,6 @@ constexpr std::int32_t kPasswordMethod = 2;
 constexpr std::size_t kVendorCharacters = 4;
 
 constexpr const char* kInterfaces = "/config/interface/";
-constexpr const char* kGpon = "gpon";
-constexpr const char* kXgspon = "xgspon";
 
 using Credentials = std::multimap<std::string, std::string>;
 
@@ -77,7 +78,7 @@ std::int32_t check_card(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeypath
   std::stringstream message;
   std::stringstream password_report;
   Credentials serials;  // of both kinds of interfaces: they share one card
-  for (const char* const type : {kGpon, kXgspon}) {
+  for (const char* const type : {valid::kGponList, valid::kXgsponList}) {
     const std::string interface_path = std::string(kInterfaces) + type;
     const std::int32_t auth_method = getAuthMethod(sock, tctx, keypath);
     std::string slot;
@@ -96,10 +97,7 @@ std::int32_t check_card(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeypath
     result = CONFD_ERR;
   }
 
-  if (result == CONFD_ERR) {
-    confd_trans_seterr(tctx, "%s", message.str().c_str());
-  }
-  return result;
+  return result == CONFD_ERR ? valid::reject(tctx, message.str().c_str()) : result;
 }
 
 }  // namespace
@@ -154,7 +152,7 @@ void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* cred
   if (!counts(leafName, authMethod)) {
     return;
   }
-  std::array<char, valid::kValueTextSize> text;
+  std::array<char, valid::kTextSize> text;
   const std::string path = leafPrefix + leafName;
   if (maapi_get_str_elem(sock, tctx->thandle, text.data(), static_cast<int>(text.size()), "%s",
                          path.c_str()) != CONFD_OK) {

@@ -3,7 +3,9 @@
 #include "base.h"
 #include "confd_cdb.h"
 #include "gpon_vald_trace_itf.h"
+#include "user_answers.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 namespace {
 
@@ -12,7 +14,6 @@ constexpr const char* kNotProvisioned =
     "The rg-profile will not be provisioned automatically for this onu due to rg-one-shot-prov "
     "feature enabled. You shall force rg-profile reprovision using the command 'rg-reprovision' "
     "available on the onu configuration tree.";
-constexpr const char* kAccessFailed = "Failed accessing confd data.";
 
 bool is_rg_profile_reference(const confd_hkeypath_t* keypath) {
   return CONFD_GET_XMLTAG(&keypath->v[0][0]) == base_rg_profile;
@@ -46,8 +47,7 @@ std::int32_t validate_rg_prof_one_shot(std::int32_t maapi_sock, confd_trans_ctx*
     return trace.end(CONFD_OK);
   }
   VALID_TRACE(kTraceFlow, "rg-profile was exchanged or override parameters were changed.");
-  confd_trans_seterr(tctx, "%s", kNotProvisioned);
-  return trace.end(CONFD_VALIDATION_WARN);
+  return trace.end(valid::ask_to_confirm(tctx, kNotProvisioned));
 }
 
 maapi_iter_ret diff_iter_rg(confd_hkeypath_t* kp, maapi_iter_op op, confd_value_t* oldv,
@@ -72,6 +72,5 @@ int checkRgProfileChgValue(confd_hkeypath_t* keypath, confd_trans_ctx* tctx, int
       return CONFD_OK;
     }
   }
-  confd_trans_seterr(tctx, "%s", kAccessFailed);
-  return CONFD_ERR;
+  return valid::reject(tctx, valid::kConfdUnreadable);
 }

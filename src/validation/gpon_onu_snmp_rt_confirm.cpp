@@ -1,13 +1,12 @@
 #include "gpon_onu_snmp_rt_confirm.h"
 
-#include <array>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
-#include <stdexcept>
+#include <optional>
 
 #include "gpon_vald_trace_itf.h"
+#include "user_answers.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
+#include "xpath_count.h"
 
 namespace {
 
@@ -20,25 +19,13 @@ constexpr int kRecommendedOnus = 128;
 constexpr const char* kTooManyOnus =
     "There are %d ONUs with real-time SNMP monitoring enabled. Recommended number is %d. This "
     "might cause performance impacts. Do you want to proceed?";
-constexpr const char* kAccessFailed = "Failed accessing confd data.";
-
-struct Free {
-  void operator()(char* text) const { std::free(text); }
-};
-
-std::int32_t access_failed(confd_trans_ctx* tctx) {
-  confd_trans_seterr(tctx, "%s", kAccessFailed);
-  return CONFD_ERR;
-}
 
 std::int32_t warn(confd_trans_ctx* tctx, int onus) {
   VALID_TRACE_AS(kValidator, kTraceFlow, "%d ONUs with real-time enabled. Show warning message.",
                  onus);
-  std::array<char, valid::kValueTextSize> text;
-  std::snprintf(text.data(), text.size(), kTooManyOnus, onus, kRecommendedOnus);
-  VALID_TRACE_AS(kValidator, kTraceFlow, "%s", text.data());
-  confd_trans_seterr(tctx, "%s", text.data());
-  return CONFD_VALIDATION_WARN;
+  const std::string text = valid::formatted(kTooManyOnus, onus, kRecommendedOnus);
+  VALID_TRACE_AS(kValidator, kTraceFlow, "%s", text.c_str());
+  return valid::ask_to_confirm(tctx, text.c_str());
 }
 
 std::int32_t confirm_onus(std::int32_t sock, confd_trans_ctx* tctx) {
@@ -46,13 +33,13 @@ std::int32_t confirm_onus(std::int32_t sock, confd_trans_ctx* tctx) {
   if (get_onu_snmp_rt_count(sock, tctx, kGponOnus, gpon_onus) != CONFD_OK) {
     VALID_TRACE_AS(kValidator, kTraceFlow,
                    "There was an error checking how many GPON ONUs have SNMP real-time enabled.");
-    return access_failed(tctx);
+    return valid::reject(tctx, valid::kConfdUnreadable);
   }
   int xgspon_onus = 0;
   if (get_onu_snmp_rt_count(sock, tctx, kXgsponOnus, xgspon_onus) != CONFD_OK) {
     VALID_TRACE_AS(kValidator, kTraceFlow,
                    "There was an error checking how many XGSPON ONUs have SNMP real-time enabled.");
-    return access_failed(tctx);
+    return valid::reject(tctx, valid::kConfdUnreadable);
   }
   const int onus = gpon_onus + xgspon_onus;
   if (onus > kRecommendedOnus) {
@@ -75,22 +62,20 @@ std::int32_t onu_snmp_rt_confirmation(std::int32_t maapi_sock, confd_trans_ctx* 
 // cppcheck-suppress passedByValue ; NOLINTNEXTLINE(performance-unnecessary-value-param)
 int get_onu_snmp_rt_count(int sock, confd_trans_ctx* tctx, std::string xpath, int& count) {
   count = 0;
-  char* result = nullptr;
-  const int evaluated =
-      maapi_xpath_eval_expr(sock, tctx->thandle, xpath.c_str(), &result, nullptr, nullptr);
-  const std::unique_ptr<char, Free> text(result);
-  if (evaluated != CONFD_OK || text == nullptr) {
+  const valid::XpathResult evaluated = valid::evaluate_xpath(sock, tctx, xpath);
+  if (evaluated.result != CONFD_OK || evaluated.text == nullptr) {
     VALID_TRACE(kTraceFlow, "There was an error (%s) evaluating onus snmp real-time xpath.",
                 confd_lasterr());
     return CONFD_ERR;
   }
-  try {
-    count = std::stoi(text.get());
-  } catch (const std::invalid_argument& error) {
+  std::string error;
+  const std::optional<int> number = valid::count_in(evaluated.text.get(), error);
+  if (!number.has_value()) {
     VALID_TRACE(kTraceFlow,
                 "There was an error (%s) (%s) retrieving the number of onus with snmp real-time.",
-                confd_lasterr(), error.what());
+                confd_lasterr(), error.c_str());
     return CONFD_ERR;
   }
+  count = *number;
   return CONFD_OK;
 }

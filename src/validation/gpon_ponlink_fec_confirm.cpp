@@ -1,15 +1,14 @@
 #include "gpon_ponlink_fec_confirm.h"
 
-#include <array>
-#include <cstdio>
-#include <cstdlib>
-
 #include "base.h"
 #include "confd_cdb.h"
 #include "gpon_vald_trace_itf.h"
-#include "middleware/qzmw.h"
+#include "model_fault.h"
+#include "pon_link.h"
 #include "session/qzconfd_session.h"
+#include "user_answers.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 const char* FEC_WARN_MSG =
     "The change in FEC configuration will result in temporary data loss for all users of this PON "
@@ -18,16 +17,7 @@ const char* FEC_WARN_MSG =
 namespace {
 
 constexpr const char* kValidatorName = "ponlink_fec_confirmation";
-constexpr const char* kConfdUnreadable = "Failed accessing confd data.";
-constexpr std::size_t kTextSize = 8192;
-constexpr int kFaultKind = 1;
-
-// A request on another leaf is a fault of the data model; the daemon does not go on with it.
-[[noreturn]] void end_on_invalid_tag(int line) {
-  qzmw_print_backtrace();
-  qzmw_gen_fault(kFaultKind, kValidatorName, __FILE__, line, "XMLTAG is invalid");
-  std::exit(EXIT_FAILURE);
-}
+constexpr std::uint32_t kChassis = 1;  // whatever the keypath has
 
 const char* fec_leaf_name(std::uint32_t tag) {
   switch (tag) {
@@ -43,24 +33,12 @@ const char* fec_leaf_name(std::uint32_t tag) {
 const char* interface_list_name(std::uint32_t tag) {
   switch (tag) {
     case base_xgspon:
-      return "xgspon";
+      return valid::kXgsponList;
     case base_gpon:
-      return "gpon";
+      return valid::kGponList;
     default:
       return nullptr;
   }
-}
-
-std::int32_t reject_unreadable(confd_trans_ctx* tctx) {
-  confd_trans_seterr(tctx, "%s", kConfdUnreadable);
-  return CONFD_ERR;
-}
-
-std::int32_t ask_to_confirm(confd_trans_ctx* tctx) {
-  std::array<char, kTextSize> text;
-  std::snprintf(text.data(), text.size(), "%s", FEC_WARN_MSG);
-  confd_trans_seterr(tctx, "%s", text.data());
-  return CONFD_VALIDATION_WARN;
 }
 
 }  // namespace
@@ -69,18 +47,18 @@ std::int32_t ponlink_fec_confirmation(std::int32_t /*sock*/, confd_trans_ctx* tc
                                       confd_hkeypath_t* keypath, confd_value_t* newval) {
   const valid::ValidationTrace trace(kValidatorName);
   if (fec_leaf_name(CONFD_GET_XMLTAG(&(keypath->v[0][0]))) == nullptr) {
-    end_on_invalid_tag(__LINE__);
+    valid::end_on_model_fault({__FILE__, kValidatorName, __LINE__}, valid::kInvalidTag);
   }
   std::string interface_path;
   std::string fec_path;
   if (!get_interface_path(keypath, interface_path) ||
       !get_fec_path(keypath, interface_path, fec_path)) {
-    return trace.end(reject_unreadable(tctx));
+    return trace.end(valid::reject(tctx, valid::kConfdUnreadable));
   }
 
   const valid::ConfigSession session(tctx, valid::ConfigSession::AfterFailedStart::kLeave);
   if (!session.open()) {
-    const std::int32_t answer = reject_unreadable(tctx);
+    const std::int32_t answer = valid::reject(tctx, valid::kConfdUnreadable);
     qzconfd_config_session_end(tctx->vcb_opaque);  // what failed to open is ended all the same
     return trace.end(answer);
   }
@@ -93,10 +71,11 @@ std::int32_t ponlink_fec_confirmation(std::int32_t /*sock*/, confd_trans_ctx* tc
   const int result = cdb_get_bool(session.socket(), &committed, "%s", fec_path.c_str());
   if (result < 0) {
     VALID_TRACE(kTraceFlow, "cdb_sock=%d ret = %d", session.socket(), result);
-    return trace.end(reject_unreadable(tctx));
+    return trace.end(valid::reject(tctx, valid::kConfdUnreadable));
   }
   if (CONFD_GET_BOOL(newval) != committed) {
-    const std::int32_t answer = ask_to_confirm(tctx);
+    const std::int32_t answer =
+        valid::ask_to_confirm(tctx, valid::formatted("%s", FEC_WARN_MSG).c_str());
     VALID_TRACE_IF(kTraceDetail, "%s FEC did change.", fec_path.c_str());
     return trace.end(answer);
   }
@@ -111,8 +90,8 @@ bool get_interface_path(const confd_hkeypath_t* keypath, std::string& path) {
   if (list == nullptr) {
     return false;
   }
-  path = std::string("/config/interface/") + list + "{1 " + std::to_string(slot) + " " +
-         std::to_string(port) + "}";
+  path =
+      std::string("/config/interface/") + list + "{" + valid::link_keys(kChassis, slot, port) + "}";
   return true;
 }
 

@@ -7,7 +7,9 @@
 
 #include "gpon_vald_trace_itf.h"
 #include "profile_confirmation.h"
+#include "user_answers.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 namespace {
 
@@ -16,8 +18,9 @@ constexpr const char* kChangeWarning =
     "profile.";
 
 constexpr valid::ProfileConfirmation kRgProfile = {
-    "rg-profile",    "/config/profile/gpon/rg-profile{%s}", "/onu[rg-profile='", nullptr,
-    &kChangeWarning, valid::kFailedAccessingConfdData,
+    "rg-profile",        "/config/profile/gpon/rg-profile{%s}",
+    "/onu[rg-profile='", nullptr,
+    &kChangeWarning,     valid::kConfdUnreadable,
 };
 
 // In whose name the walk over the WLANs writes to the trace.
@@ -111,7 +114,7 @@ std::int32_t rg_profile_ssid_unique_check_func(std::int32_t sock, confd_trans_ct
   const std::string profile = valid::value_text(&keypath->v[1][0]);
   VALID_TRACE_IF(kTraceDetail, "Checking if SSID is unique for (%s) RG-Profile", profile.c_str());
 
-  const Ssids ssids = check_ssids(sock, tctx, valid::keypath_text(keypath, valid::kValueTextSize));
+  const Ssids ssids = check_ssids(sock, tctx, valid::keypath_text(keypath, valid::kTextSize));
   if (ssids == Ssids::kUnique) {
     return CONFD_OK;
   }
@@ -121,7 +124,5 @@ std::int32_t rg_profile_ssid_unique_check_func(std::int32_t sock, confd_trans_ct
   }
   VALID_TRACE(kTraceFlow, "There was an error (%s) checking if SSID is unique in rg-profile.",
               confd_lasterr());
-  confd_trans_seterr(tctx, "%s",
-                     ssids == Ssids::kRepeated ? kSsidNotUnique : valid::kFailedAccessingConfdData);
-  return CONFD_ERR;
+  return valid::reject(tctx, ssids == Ssids::kRepeated ? kSsidNotUnique : valid::kConfdUnreadable);
 }

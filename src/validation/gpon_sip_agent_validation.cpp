@@ -1,6 +1,7 @@
 #include "gpon_sip_agent_validation.h"
 
 #include "profile_confirmation.h"
+#include "user_answers.h"
 
 namespace {
 
@@ -14,7 +15,7 @@ constexpr valid::ProfileConfirmation kSipAgentProfile = {
     "/onu/pots[sip-agent-profile='",
     nullptr,
     &kChangeWarning,
-    valid::kFailedAccessingConfdData,
+    valid::kConfdUnreadable,
 };
 
 }  // namespace

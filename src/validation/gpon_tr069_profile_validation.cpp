@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "profile_confirmation.h"
+#include "user_answers.h"
 #include "validation_guards.h"
 
 namespace {
@@ -20,7 +21,7 @@ constexpr valid::ProfileConfirmation kTr069Profile = {
     "/onu[tr069-acs-profile='",
     nullptr,
     &kChangeWarning,
-    valid::kFailedAccessingConfdData,
+    valid::kConfdUnreadable,
 };
 
 constexpr const char* kInvalidPassword = "Invalid password length/size";

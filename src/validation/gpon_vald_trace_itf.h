@@ -25,29 +25,53 @@ void trace_validation_begin(const char* name);
 void trace_validation_end(const char* name, int result, unsigned int msecs);
 }
 
+namespace valid {
+
+/// The place that a trace record names.
+struct TraceSource {
+  const char* file;
+  const char* function;
+  int line;
+};
+
+/// What VALID_TRACE_AS makes of its first argument: a function's name stands for that function in
+/// the file and line of the macro, a TraceSource for itself.
+constexpr TraceSource trace_source(const char* function, const char* file, int line) {
+  return {file, function, line};
+}
+constexpr TraceSource trace_source(const TraceSource& source, const char* /*file*/, int /*line*/) {
+  return source;
+}
+
+}  // namespace valid
+
 /// Writes a trace record in the name of the calling function: VALID_TRACE(level, format, ...), the
 /// format as for printf. zlog takes no null category, so without a category nothing is written.
 #define VALID_TRACE(level, ...) \
   VALID_TRACE_AS(static_cast<const char*>(__func__), level, __VA_ARGS__)
 
-/// The same in the name of the function whose work it is, for a piece of it that has a function of
-/// its own: whoever reads the trace knows the validators, not their pieces.
-#define VALID_TRACE_AS(function, level, ...) \
-  VALID_TRACE_TO(get_trace_cat(), function, level, __VA_ARGS__)
+/// The same in the name of the function whose work it is, for a piece of that work with a function
+/// of its own: who reads the trace knows the validators, not their pieces. The source is the name
+/// of a function of this file, or a TraceSource for one of another file.
+#define VALID_TRACE_AS(source, level, ...) \
+  VALID_TRACE_TO(get_trace_cat(), source, level, __VA_ARGS__)
 
 /// Both for records whose arguments cost work: they are evaluated only while the level is enabled.
 #define VALID_TRACE_IF(level, ...) \
   VALID_TRACE_AS_IF(static_cast<const char*>(__func__), level, __VA_ARGS__)
-#define VALID_TRACE_AS_IF(function, level, ...) \
-  VALID_TRACE_TO(valid::enabled_trace_cat(level), function, level, __VA_ARGS__)
+#define VALID_TRACE_AS_IF(source, level, ...) \
+  VALID_TRACE_TO(valid::enabled_trace_cat(level), source, level, __VA_ARGS__)
 
-/// What the others are made of. Nothing is evaluated or written where the category is null.
-#define VALID_TRACE_TO(category, function, level, ...)                       \
-  do {                                                                       \
-    if (zlog_category_t* const valid_trace_category = (category)) {          \
-      zlog(valid_trace_category, __FILE__, sizeof(__FILE__) - 1, (function), \
-           std::strlen(function), __LINE__, (level), __VA_ARGS__);           \
-    }                                                                        \
+/// What the others are made of. Nothing is evaluated or written if the category is null.
+#define VALID_TRACE_TO(category, source, level, ...)                                            \
+  do {                                                                                          \
+    if (zlog_category_t* const valid_trace_category = (category)) {                             \
+      const valid::TraceSource valid_trace_source =                                             \
+          valid::trace_source(source, __FILE__, __LINE__);                                      \
+      zlog(valid_trace_category, valid_trace_source.file, std::strlen(valid_trace_source.file), \
+           valid_trace_source.function, std::strlen(valid_trace_source.function),               \
+           valid_trace_source.line, (level), __VA_ARGS__);                                      \
+    }                                                                                           \
   } while (false)
 
 namespace valid {

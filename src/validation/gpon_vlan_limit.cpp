@@ -1,10 +1,10 @@
 #include "gpon_vlan_limit.h"
 
-#include <array>
-#include <cstdio>
 #include <string>
 
+#include "user_answers.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 #include "vlan_mapping.h"
 
 namespace {
@@ -15,12 +15,9 @@ constexpr std::uint32_t kMostMappingsPerPort = 20;
 constexpr const char* kTooManyMappings =
     "Maximum number of VLAN Mappings exceeded. There cannot be more than %d VLAN Mappings per "
     "Ethernet UNI port.";
-constexpr std::size_t kTextSize = 8192;
 
 std::string too_many_mappings() {
-  std::array<char, kTextSize> text;
-  std::snprintf(text.data(), text.size(), kTooManyMappings, static_cast<int>(kMostMappingsPerPort));
-  return text.data();
+  return valid::formatted(kTooManyMappings, static_cast<int>(kMostMappingsPerPort));
 }
 
 }  // namespace

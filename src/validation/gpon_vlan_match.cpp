@@ -3,6 +3,7 @@
 #include <array>
 #include <optional>
 
+#include "user_answers.h"
 #include "vlan_mapping.h"
 
 namespace {

@@ -1,6 +1,7 @@
 #include "gpon_voip_media_profile_validation.h"
 
 #include "profile_confirmation.h"
+#include "user_answers.h"
 
 namespace {
 
@@ -9,8 +10,12 @@ constexpr const char* kChangeWarning =
     "this profile.";
 
 constexpr valid::ProfileConfirmation kMediaProfile = {
-    "media-profile", "/config/profile/gpon/media-profile{%s}", "/onu/pots[media-profile='", nullptr,
-    &kChangeWarning, "Failed accessing transaction data.",
+    "media-profile",
+    "/config/profile/gpon/media-profile{%s}",
+    "/onu/pots[media-profile='",
+    nullptr,
+    &kChangeWarning,
+    valid::kTransactionUnreadable,
 };
 
 }  // namespace

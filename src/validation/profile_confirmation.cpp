@@ -1,33 +1,17 @@
 #include "profile_confirmation.h"
 
-#include <cstdlib>
-#include <cstring>
-#include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 #include "confd_cdb.h"
-#include "gpon_vald_trace_itf.h"
+#include "pon_link.h"
+#include "user_answers.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
+#include "xpath_count.h"
 
 namespace valid {
 namespace {
-
-constexpr const char* kGponList = "gpon";
-
-struct Free {
-  void operator()(char* text) const { std::free(text); }
-};
-using XpathResult = std::unique_ptr<char, Free>;
-
-// The words are the same for every profile, the records are the validator's own.
-void record(const TraceSource& source, int level, const std::string& text) {
-  if (zlog_category_t* const category = get_trace_cat()) {
-    zlog(category, source.file, std::strlen(source.file), source.function,
-         std::strlen(source.function), source.line, level, "%s", text.c_str());
-  }
-}
 
 // Empty where the committed configuration cannot be read.
 std::optional<bool> is_committed(const confd_trans_ctx* tctx, const char* profile_path,
@@ -50,51 +34,30 @@ std::string users_expression(const ProfileConfirmation& profile, const TraceSour
   std::string list = kGponList;
   if (profile.interface_list != nullptr) {
     list = profile.interface_list();
-    record(source, kTraceFlow, "itfType:" + list);
+    VALID_TRACE_AS(source, kTraceFlow, "itfType:%s", list.c_str());
   }
   return "count(/config/interface/" + list + profile.users + name + "'])";
 }
 
-XpathResult evaluate(std::int32_t sock, const confd_trans_ctx* tctx,
-                     const std::string& expression) {
-  char* result = nullptr;
-  maapi_xpath_eval_expr(sock, tctx->thandle, expression.c_str(), &result, nullptr, nullptr);
-  return XpathResult(result);
-}
-
-std::int32_t refuse(confd_trans_ctx* tctx, const char* text) {
-  confd_trans_seterr(tctx, "%s", text);
-  return CONFD_ERR;
-}
-
 std::int32_t ask_if_used(const ProfileConfirmation& profile, const TraceSource& source,
                          std::int32_t sock, confd_trans_ctx* tctx, const std::string& name) {
-  const std::string profile_text = std::string(profile.kind) + " " + name;
-  const XpathResult result = evaluate(sock, tctx, users_expression(profile, source, name));
-  if (result == nullptr) {
-    record(source, kTraceFlow,
-           std::string("There was an error (") + confd_lasterr() +
-               ") checking if there is any ONU using " + profile_text + ".");
-    return refuse(tctx, kFailedAccessingConfdData);
+  const XpathResult users = evaluate_xpath(sock, tctx, users_expression(profile, source, name));
+  if (users.text == nullptr) {
+    VALID_TRACE_AS(source, kTraceFlow,
+                   "There was an error (%s) checking if there is any ONU using %s %s.",
+                   confd_lasterr(), profile.kind, name.c_str());
+    return reject(tctx, kConfdUnreadable);
   }
-
-  int count = 0;
-  try {
-    count = std::stoi(result.get());
-  } catch (const std::invalid_argument& error) {
-    record(source, kTraceFlow,
-           std::string("There was an error (") + confd_lasterr() + ") (" + error.what() +
-               ") checking if there is any ONU using " + profile_text + ".");
-    return refuse(tctx, profile.count_unreadable);
+  std::string error;
+  const std::optional<int> count = count_in(users.text.get(), error);
+  if (!count.has_value()) {
+    VALID_TRACE_AS(source, kTraceFlow,
+                   "There was an error (%s) (%s) checking if there is any ONU using %s %s.",
+                   confd_lasterr(), error.c_str(), profile.kind, name.c_str());
+    return reject(tctx, profile.count_unreadable);
   }
-
-  record(source, kTraceFlow,
-         "There are " + std::to_string(count) + " onus associated with " + name);
-  if (count < 1) {
-    return CONFD_OK;
-  }
-  confd_trans_seterr(tctx, "%s", *profile.warning);
-  return CONFD_VALIDATION_WARN;
+  VALID_TRACE_AS(source, kTraceFlow, "There are %d onus associated with %s", *count, name.c_str());
+  return *count < 1 ? CONFD_OK : ask_to_confirm(tctx, *profile.warning);
 }
 
 }  // namespace
@@ -104,19 +67,15 @@ std::int32_t confirm_profile_change(const ProfileConfirmation& profile, const Tr
                                     const confd_hkeypath_t* keypath) {
   const ValidationTrace trace(source.function);
   const std::string name = value_text(&keypath->v[0][0]);
-  const std::string profile_text = std::string(profile.kind) + " " + name;
-  if (trace_enabled(kTraceDetail)) {
-    record(source, kTraceDetail, "Check if " + profile_text + " has been edited.");
-  }
+  VALID_TRACE_AS_IF(source, kTraceDetail, "Check if %s %s has been edited.", profile.kind,
+                    name.c_str());
 
   const std::optional<bool> committed = is_committed(tctx, profile.profile_path, name);
   if (!committed.has_value()) {
-    return trace.end(refuse(tctx, kFailedAccessingConfdData));
+    return trace.end(reject(tctx, kConfdUnreadable));
   }
   if (!*committed) {
-    if (trace_enabled(kTraceDetail)) {
-      record(source, kTraceDetail, profile_text + " was not edited");
-    }
+    VALID_TRACE_AS_IF(source, kTraceDetail, "%s %s was not edited", profile.kind, name.c_str());
     return trace.end(CONFD_OK);
   }
   return trace.end(ask_if_used(profile, source, sock, tctx, name));

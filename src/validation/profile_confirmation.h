@@ -3,10 +3,9 @@
 #include <cstdint>
 
 #include "confd_maapi.h"
+#include "gpon_vald_trace_itf.h"
 
 namespace valid {
-
-inline constexpr const char* kFailedAccessingConfdData = "Failed accessing confd data.";
 
 /// What sets one of the profile confirmations apart from the others.
 struct ProfileConfirmation {
@@ -20,15 +19,9 @@ struct ProfileConfirmation {
   const char* count_unreadable;  ///< user text where the count of users is no number
 };
 
-/// The validator in whose name the trace is written.
-struct TraceSource {
-  const char* file;
-  const char* function;
-  int line;
-};
-
 /// Asks the user to confirm a change to a profile that is in use. The keypath is the profile's
-/// entry. Reads the committed configuration (was the profile there before?) and the transaction
+/// entry; the source is the validator in whose name the trace is written. Reads the committed
+/// configuration (was the profile there before?) and the transaction
 /// (who uses it now?). Gives 0, -3 with the warning, or -1 with a text; throws std::out_of_range
 /// for a count beyond 32 bits.
 std::int32_t confirm_profile_change(const ProfileConfirmation& profile, const TraceSource& source,

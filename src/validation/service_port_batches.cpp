@@ -2,12 +2,11 @@
 
 #include <algorithm>
 
-#include "valid_service_port.h"
+#include "service_port_record.h"
 
 namespace valid {
 namespace {
 
-constexpr const char* kServicePorts = "/config/service-port";
 constexpr unsigned int kObjectsPerBatch = 300;
 
 }  // namespace
@@ -33,13 +32,6 @@ void ServicePortBatches::free_names() {
     free_interface_name(&values[SP_CONFD_VAL_OFFSET_GPON_INTERFACE]);
   }
   count_ = 0;
-}
-
-void free_interface_name(confd_value_t* name) {
-  if (name->type == C_BUF && CONFD_GET_BUFPTR(name) != nullptr) {
-    confd_free_value(name);
-    CONFD_SET_BUF(name, nullptr, 0);
-  }
 }
 
 }  // namespace valid

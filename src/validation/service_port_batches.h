@@ -33,7 +33,4 @@ class ServicePortBatches {
   int count_ = 0;  // objects of the current batch
 };
 
-/// Frees an interface name, once: what is left is a name without a buffer.
-void free_interface_name(confd_value_t* name);
-
 }  // namespace valid

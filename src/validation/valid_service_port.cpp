@@ -1,17 +1,17 @@
 #include "valid_service_port.h"
 
-#include <algorithm>
 #include <array>
-#include <cstdio>
+#include <optional>
 
 #include "base.h"
-#include "card/fm_card.h"
 #include "cl_elapsed_time.h"
 #include "confd_cdb.h"
-#include "confd_get_str.h"
 #include "gpon_vald_trace_itf.h"
 #include "service_port_batches.h"
+#include "service_port_gem.h"
+#include "user_answers.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 const char* SP_DEL_ALL_WARN_MSG =
     "All Service Ports are being removed causing traffic stop for all ONUs. Are you sure you want "
@@ -19,130 +19,18 @@ const char* SP_DEL_ALL_WARN_MSG =
 
 namespace {
 
-constexpr const char* kGpon = "gpon";
-constexpr const char* kXgspon = "xgspon";
-
-constexpr const char* kServicePorts = "/config/service-port";
-constexpr const char* kServicePort = "/base:config/service-port{%u}";
 constexpr std::array<const char*, 2> kLinkLists{"/config/interface/gpon/",
                                                 "/config/interface/xgspon/"};
-
-constexpr std::uint32_t kDefaultMaxServicePorts = 4096;
-constexpr std::int32_t kNoVlan = -1;
-constexpr std::size_t kTextSize = 8192;
 
 constexpr const char* kOnu = "/config/interface/%s{%s}/onu{%d}";
 constexpr const char* kOnuLineProfile =
     "/config/interface/%s{%s}/onu{%d}/profile-references/line-profile";
-constexpr const char* kLineProfileGem = "/config/profile/gpon/line-profile{%s}/gem{%d}/gem-id";
 
 constexpr const char* kOnuNotConfigured =
     "Service-port [%u] ONU [%d] was not configured on interface %s [%s]";
-constexpr const char* kGemNotConfigured =
-    "Service-port [%u] gem [%d] was not configured to onu [%d]";
-
-// The value array of an entry.
-
-struct BranchPositions {
-  const char* link;
-  int interface_name;
-  int onu;
-  int gem;
-};
-
-constexpr BranchPositions kGponPositions{kGpon, SP_CONFD_VAL_OFFSET_GPON_INTERFACE,
-                                         SP_CONFD_VAL_OFFSET_GPON_ONU,
-                                         SP_CONFD_VAL_OFFSET_GPON_GEM};
-constexpr BranchPositions kXgsponPositions{kXgspon, SP_CONFD_VAL_OFFSET_XGSPON_INTERFACE,
-                                           SP_CONFD_VAL_OFFSET_XGSPON_ONU,
-                                           SP_CONFD_VAL_OFFSET_XGSPON_GEM};
-
-bool has(const confd_value_t* values, const BranchPositions& branch) {
-  return values[branch.interface_name].type != C_NOEXISTS;
-}
 
 std::int32_t vlan_or_none(const confd_value_t& value) {
-  return value.type == C_INT32 ? CONFD_GET_INT32(&value) : kNoVlan;
-}
-
-// The tagged request of an entry. Unlike the value array it has the GPON branch first.
-
-constexpr BranchPositions kGponRequest{kGpon, 1, 3, 5};
-constexpr BranchPositions kXgsponRequest{kXgspon, 10, 12, 14};
-
-confd_tag_value_t container_begin(std::uint32_t tag) {
-  confd_tag_value_t tv;
-  CONFD_SET_TAG_XMLBEGIN(&tv, tag, base__ns);
-  return tv;
-}
-
-confd_tag_value_t container_end(std::uint32_t tag) {
-  confd_tag_value_t tv;
-  CONFD_SET_TAG_XMLEND(&tv, tag, base__ns);
-  return tv;
-}
-
-confd_tag_value_t leaf_to_read(std::uint32_t tag) {
-  confd_tag_value_t tv;
-  CONFD_SET_TAG_NOEXISTS(&tv, tag);
-  CONFD_SET_TAG_NS(&tv, base__ns);
-  return tv;
-}
-
-// Both branches of an entry. Frees the interface names that nobody took out of it.
-class ServicePortRequest {
- public:
-  ServicePortRequest() = default;
-  ServicePortRequest(const ServicePortRequest&) = delete;
-  ServicePortRequest& operator=(const ServicePortRequest&) = delete;
-  ~ServicePortRequest() {
-    valid::free_interface_name(CONFD_GET_TAG_VALUE(&values_[kGponRequest.interface_name]));
-    valid::free_interface_name(CONFD_GET_TAG_VALUE(&values_[kXgsponRequest.interface_name]));
-  }
-
-  confd_tag_value_t* values() { return values_.data(); }
-  [[nodiscard]] int size() const { return static_cast<int>(values_.size()); }
-
-  [[nodiscard]] confd_vtype type(const BranchPositions& branch) const {
-    return CONFD_GET_TAG_VALUE(&values_[branch.interface_name])->type;
-  }
-
- private:
-  std::array<confd_tag_value_t, 18> values_{{
-      container_begin(base_gpon),
-      leaf_to_read(base_id),
-      container_begin(base_onu),
-      leaf_to_read(base_id),
-      container_begin(base_gem),
-      leaf_to_read(base_gem_id),
-      container_end(base_gem),
-      container_end(base_onu),
-      container_end(base_gpon),
-      container_begin(base_xgspon),
-      leaf_to_read(base_id),
-      container_begin(base_onu),
-      leaf_to_read(base_id),
-      container_begin(base_gem),
-      leaf_to_read(base_gem_id),
-      container_end(base_gem),
-      container_end(base_onu),
-      container_end(base_xgspon),
-  }};
-};
-
-// Interface names: with slashes for the user, with blanks as the keys of a path.
-
-std::string replaced(std::string text, char from, char to) {
-  std::replace(text.begin(), text.end(), from, to);
-  return text;
-}
-
-std::string blank_separated(const char* name) {
-  return name == nullptr ? std::string() : replaced(name, '/', ' ');
-}
-
-std::string slash_separated(const std::string& name) {
-  return replaced(name, ' ', '/');
+  return value.type == C_INT32 ? CONFD_GET_INT32(&value) : valid::kNoVlan;
 }
 
 // The word for a change in the trace; null for an operation that is none.
@@ -168,36 +56,16 @@ bool is(limid_type_t type, limid_type_t expected) {
 
 // Reading service ports
 
-const char* ponlink_type_name(fm_port_type type) {
-  switch (type) {
-    case FM_PORT_TYPE_GPON:
-      return kGpon;
-    case FM_PORT_TYPE_XGSPON:
-      return kXgspon;
-  }
-  return "";
-}
-
-int get_ponlink_type(const confd_value_t* values, fm_port_type* type) {
-  if (has(values, kGponPositions)) {
-    *type = FM_PORT_TYPE_GPON;
-    return 0;
-  }
-  if (!has(values, kXgsponPositions)) {
-    return -1;
-  }
-  *type = FM_PORT_TYPE_XGSPON;
-  return 0;
-}
-
 int service_port_get_leafs(confd_value_t* values, std::uint32_t& sp, std::string& interface_name,
                            std::uint32_t& onu, std::uint32_t& gem, std::int32_t& match_vlan,
                            std::int32_t& action_vlan) {
-  if (!has(values, kGponPositions) && !has(values, kXgsponPositions)) {
+  fm_port_type link{};
+  if (get_ponlink_type(values, &link) != 0) {
     VALID_TRACE(kTraceFlow, "Error: Ponlink of GPON or XGSPON do not exist in confd.");
     return -1;
   }
-  const BranchPositions& branch = has(values, kGponPositions) ? kGponPositions : kXgsponPositions;
+  const valid::BranchPositions& branch =
+      link == FM_PORT_TYPE_GPON ? valid::kGponPositions : valid::kXgsponPositions;
   // The texts of the assertions below name these two positions.
   const int SP_CONFD_VAL_OFFSET_ONU = branch.onu;
   const int SP_CONFD_VAL_OFFSET_GEM = branch.gem;
@@ -207,7 +75,7 @@ int service_port_get_leafs(confd_value_t* values, std::uint32_t& sp, std::string
       values[SP_CONFD_VAL_OFFSET_SP].type != C_UINT32) {
     return -1;
   }
-  interface_name = blank_separated(CONFD_GET_CBUFPTR(name));
+  interface_name = valid::blank_separated(CONFD_GET_CBUFPTR(name));
   valid::free_interface_name(name);
   sp = CONFD_GET_UINT32(&values[SP_CONFD_VAL_OFFSET_SP]);
   onu = CONFD_GET_UINT32(&values[SP_CONFD_VAL_OFFSET_ONU]);
@@ -251,7 +119,7 @@ int sp_get_values(std::int32_t /*sock*/, confd_trans_ctx* /*tctx*/, const confd_
     VALID_TRACE(kTraceFlow, "Invalid limid to get service port values from confd");
     return -1;
   }
-  const BranchPositions& branch = is_gpon ? kGponRequest : kXgsponRequest;
+  const valid::BranchPositions& branch = is_gpon ? valid::kGponRequest : valid::kXgsponRequest;
   // The texts of the assertions below name these three positions.
   const int idx_svc_port = branch.interface_name;
   const int idx_onu = branch.onu;
@@ -262,7 +130,8 @@ int sp_get_values(std::int32_t /*sock*/, confd_trans_ctx* /*tctx*/, const confd_
       return -1;
     }
   }
-  interface_name = blank_separated(CONFD_GET_CBUFPTR(CONFD_GET_TAG_VALUE(&tv[idx_svc_port])));
+  interface_name =
+      valid::blank_separated(CONFD_GET_CBUFPTR(CONFD_GET_TAG_VALUE(&tv[idx_svc_port])));
   onu = CONFD_GET_UINT32(CONFD_GET_TAG_VALUE(&tv[idx_onu]));
   gem = CONFD_GET_UINT32(CONFD_GET_TAG_VALUE(&tv[idx_gem]));
   valid::free_interface_name(CONFD_GET_TAG_VALUE(&tv[idx_svc_port]));
@@ -272,15 +141,6 @@ int sp_get_values(std::int32_t /*sock*/, confd_trans_ctx* /*tctx*/, const confd_
   return 0;
 }
 
-std::uint32_t get_max_service_ports() {
-  fm_slot_t slot{};
-  std::uint32_t max = 0;
-  fm_init();
-  fm_local_slot(&slot);
-  fm_scalar_card_tarnd_max_service_ports(&slot, &max);
-  return max != 0 ? max : kDefaultMaxServicePorts;
-}
-
 // All service ports together
 
 namespace {
@@ -288,7 +148,8 @@ namespace {
 // The model lets an entry have neither branch, and does not let it have both; such an entry claims
 // no traffic.
 bool has_one_branch(const confd_value_t* values) {
-  return has(values, kGponPositions) != has(values, kXgsponPositions);
+  return valid::has_branch(values, valid::kGponPositions) !=
+         valid::has_branch(values, valid::kXgsponPositions);
 }
 
 // Gives null, or the record for the trace.
@@ -298,17 +159,12 @@ const char* validate_object(confd_value_t* values, std::string& message,
   if (get_ponlink_type(values, &type) != 0) {
     return "Failed to get PONLINK Type.";
   }
-  std::uint32_t sp = 0;
-  std::uint32_t onu = 0;
-  std::uint32_t gem = 0;
-  std::int32_t match_vlan = kNoVlan;
-  std::int32_t action_vlan = kNoVlan;
-  std::string interface_name;
-  if (service_port_get_leafs(values, sp, interface_name, onu, gem, match_vlan, action_vlan) != 0) {
+  const std::optional<valid::ServicePort> port = valid::take_service_port(values);
+  if (!port.has_value()) {
     return "Failed to get leafs.";
   }
-  if (service_port_validate(sp, type, interface_name, onu, gem, match_vlan, action_vlan, message,
-                            matches) != CONFD_OK) {
+  if (service_port_validate(port->id, type, port->interface_name, port->onu, port->gem,
+                            port->match_vlan, port->action_vlan, message, matches) != CONFD_OK) {
     return "Service Port Validation failed.";
   }
   return nullptr;
@@ -386,8 +242,7 @@ std::int32_t validate_sp_global_validation(std::int32_t sock, confd_trans_ctx* t
   } else if (count == 0 && result == CONFD_OK) {
     return CONFD_OK;
   }
-  confd_trans_seterr(tctx, "%s", message.c_str());
-  return CONFD_ERR;
+  return valid::reject(tctx, message.c_str());
 }
 
 std::int32_t service_port_validate(std::uint32_t sp, fm_port_type type,
@@ -413,8 +268,8 @@ std::int32_t service_port_delete_all_warning(std::int32_t sock, confd_trans_ctx*
   if (!session.open()) {
     return trace.end(CONFD_OK);
   }
-  const int in_running = cdb_num_instances(session.socket(), kServicePorts);
-  const int in_candidate = maapi_num_instances(sock, tctx->thandle, kServicePorts);
+  const int in_running = cdb_num_instances(session.socket(), valid::kServicePorts);
+  const int in_candidate = maapi_num_instances(sock, tctx->thandle, valid::kServicePorts);
   // Without any ONU the card goes back to its factory settings, and nobody's traffic stops.
   const bool is_load_factory = get_number_onus_in_candidate(sock, tctx) == 0;
   VALID_TRACE(kTraceFlow,
@@ -426,10 +281,8 @@ std::int32_t service_port_delete_all_warning(std::int32_t sock, confd_trans_ctx*
   if (in_candidate != 0 || in_running <= 1 || is_load_factory) {
     return trace.end(CONFD_OK);
   }
-  std::array<char, kTextSize> text;
-  std::snprintf(text.data(), text.size(), "%s", SP_DEL_ALL_WARN_MSG);
-  confd_trans_seterr(tctx, "%s", text.data());
-  return trace.end(CONFD_VALIDATION_WARN);
+  return trace.end(
+      valid::ask_to_confirm(tctx, valid::formatted("%s", SP_DEL_ALL_WARN_MSG).c_str()));
 }
 
 int get_number_onus_in_candidate(std::int32_t sock, confd_trans_ctx* tctx) {
@@ -487,17 +340,16 @@ maapi_iter_ret iterate_sp_for_gem_check_validation(confd_hkeypath_t* keypath, ma
     all_good = false;
     return ITER_STOP;
   }
-  ServicePortRequest request;
-  if (maapi_get_values(sock, tctx->thandle, request.values(), request.size(), kServicePort, sp) !=
-      CONFD_OK) {
+  valid::ServicePortRequest request;
+  if (!request.read(sock, tctx, sp)) {
     VALID_TRACE(kTraceFlow, "Error to get SP %u values from ConfD (err=%s)", sp, confd_lasterr());
     return ITER_STOP;  // what cannot be read is not held against the commit
   }
-  if (request.type(kGponRequest) == request.type(kXgsponRequest)) {
+  if (request.type(valid::kGponRequest) == request.type(valid::kXgsponRequest)) {
     return ITER_CONTINUE;
   }
   const limid_type_t link =
-      request.type(kXgsponRequest) == C_NOEXISTS ? limid_type_gpon : limid_type_xgspon;
+      request.type(valid::kXgsponRequest) == C_NOEXISTS ? limid_type_gpon : limid_type_xgspon;
   std::string interface_name;
   std::uint32_t onu = 0;
   std::uint32_t gem = 0;
@@ -508,7 +360,7 @@ maapi_iter_ret iterate_sp_for_gem_check_validation(confd_hkeypath_t* keypath, ma
     return ITER_STOP;
   }
   VALID_TRACE_IF(kTraceDetail, "Validate SP %u (gpon=%s, onu=%d, gem=%d)", sp,
-                 slash_separated(interface_name).c_str(), static_cast<int>(onu),
+                 valid::slash_separated(interface_name).c_str(), static_cast<int>(onu),
                  static_cast<int>(gem));
   if (gem_check_single_sp(sock, tctx, onu, gem, sp, interface_name, link) != CONFD_OK) {
     all_good = false;
@@ -523,30 +375,25 @@ std::int32_t gem_check_single_sp(std::int32_t sock, confd_trans_ctx* tctx, std::
   std::int32_t result = CONFD_OK;
   const char* link = "";
   if (is(type, limid_type_gpon)) {
-    link = kGpon;
+    link = valid::kGponList;
   } else if (is(type, limid_type_xgspon)) {
-    link = kXgspon;
+    link = valid::kXgsponList;
   } else {
     VALID_TRACE(kTraceFlow, "Invalid limid to check gem from service port");
     result = CONFD_ERR;
   }
   const int onu_id = static_cast<int>(onu);
-  const int gem_id = static_cast<int>(gem);
 
   if (maapi_exists(sock, tctx->thandle, kOnu, link, interface_name.c_str(), onu_id) == 0) {
     confd_trans_seterr(tctx, kOnuNotConfigured, sp, onu_id, link,
-                       slash_separated(interface_name).c_str());
+                       valid::slash_separated(interface_name).c_str());
     result = CONFD_ERR;
   }
 
-  std::array<char, kTextSize> path;
-  std::snprintf(path.data(), path.size(), kOnuLineProfile, link, interface_name.c_str(), onu_id);
-  std::string line_profile;
-  GetStrFromConfd(sock, tctx->thandle, path.data(), "", line_profile);
-  // The line profiles of both kinds of link stand in one tree.
-  if (maapi_exists(sock, tctx->thandle, kLineProfileGem, line_profile.c_str(), gem_id) == 0) {
-    confd_trans_seterr(tctx, kGemNotConfigured, sp, gem_id, onu_id);
-    result = CONFD_ERR;
+  const std::string line_profile_path =
+      valid::formatted(kOnuLineProfile, link, interface_name.c_str(), onu_id);
+  if (!valid::line_profile_has_gem(sock, tctx, line_profile_path.c_str(), gem)) {
+    result = valid::reject_missing_gem(tctx, sp, gem, onu);
   }
   return result;
 }

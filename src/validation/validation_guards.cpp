@@ -1,6 +1,5 @@
 #include "validation_guards.h"
 
-#include <algorithm>
 #include <array>
 
 #include "gpon_vald_trace_itf.h"
@@ -76,20 +75,6 @@ void ConfigSession::end() {
     qzconfd_config_session_end(handle_);
     socket_ = 0;
   }
-}
-
-std::string keypath_text(const confd_hkeypath_t* keypath, std::size_t size) {
-  std::array<char, kValueTextSize> text;
-  text.front() = '\0';
-  confd_pp_kpath(text.data(), static_cast<int>(std::min(size, text.size())), keypath);
-  return text.data();
-}
-
-std::string value_text(const confd_value_t* value, std::size_t size) {
-  std::array<char, kValueTextSize> text;
-  text.front() = '\0';
-  confd_pp_value(text.data(), static_cast<int>(std::min(size, text.size())), value);
-  return text.data();
 }
 
 }  // namespace valid

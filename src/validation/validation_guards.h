@@ -1,14 +1,11 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <string>
 
 #include "cl_elapsed_time.h"
 #include "confd_maapi.h"
 
-/// The small pieces that several validators share: guards for what must be closed again, and texts
-/// of keypaths and values.
+/// Guards, which several validators share, for what must be closed again.
 namespace valid {
 
 /// The trace bracket of a validator. Open it first, leave with `return trace.end(result);`.
@@ -106,16 +103,5 @@ class ConfigSession {
   void* handle_;
   int socket_;
 };
-
-constexpr std::size_t kKeypathTextSize = 1024;
-constexpr std::size_t kValueTextSize = 8192;
-
-/// The keypath as text, such as "/config/interface/gpon{1 1 3}/onu", cut to size - 1 characters.
-/// The size is at most kValueTextSize.
-std::string keypath_text(const confd_hkeypath_t* keypath, std::size_t size = kKeypathTextSize);
-
-/// The value as confd_pp_value prints it, cut to size - 1 characters. The size is at most
-/// kValueTextSize.
-std::string value_text(const confd_value_t* value, std::size_t size = kValueTextSize);
 
 }  // namespace valid

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "middleware/logger.h"
+#include "user_answers.h"
 #include "validation_guards.h"
 
 namespace {
@@ -94,11 +95,7 @@ void note_unreadable_mapping() {
 std::int32_t check_vlan_mappings(std::int32_t sock, confd_trans_ctx* tctx, const char* profile,
                                  const MappingRule& rule) {
   const std::string refusal = first_refusal(sock, tctx, profile, rule);
-  if (refusal.empty()) {
-    return CONFD_OK;
-  }
-  confd_trans_seterr(tctx, "%s", refusal.c_str());
-  return CONFD_ERR;
+  return refusal.empty() ? CONFD_OK : reject(tctx, refusal.c_str());
 }
 
 }  // namespace valid

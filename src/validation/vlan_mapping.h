@@ -19,9 +19,6 @@ constexpr std::uint32_t port_key(std::uint32_t port) {
   return port & 0xFFU;
 }
 
-/// The user's text where the transaction cannot be read.
-constexpr const char* kTransactionUnreadable = "Failed accessing transaction data.";
-
 /// One VLAN mapping of the transaction. It owns nothing.
 struct VlanMapping {
   std::int32_t sock;

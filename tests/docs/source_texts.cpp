@@ -133,11 +133,9 @@ std::size_t past_bracket(const std::vector<Token>& tokens, std::size_t from) {
   return tokens.size();
 }
 
-// Calls whose texts go to the trace: VALID_TRACE and its variants, and the trace of the profile
-// confirmations.
+// Calls whose texts go to the trace: VALID_TRACE and its variants.
 bool writes_trace(const Token& token) {
-  return token.kind == Token::kName &&
-         (token.value.rfind("VALID_TRACE", 0) == 0 || token.value == "record");
+  return token.kind == Token::kName && token.value.rfind("VALID_TRACE", 0) == 0;
 }
 
 std::vector<Token> without_trace(const std::vector<Token>& tokens) {

@@ -3,6 +3,7 @@
 
 #include "tests/support/card_fixture.h"
 #include "validation_guards.h"
+#include "validation_texts.h"
 
 // Its macros would change the headers above.
 #include "base.h"

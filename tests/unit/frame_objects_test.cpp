@@ -4,7 +4,7 @@
 
 #include "confd_get_objects_itf.h"
 #include "tests/support/card_fixture.h"
-#include "validation_guards.h"
+#include "validation_texts.h"
 
 namespace tarnd::test {
 namespace {
