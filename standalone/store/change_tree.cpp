@@ -6,8 +6,6 @@
 namespace tarnd::store {
 namespace {
 
-using TreeOwner = std::unique_ptr<lyd_node, decltype(&lyd_free_all)>;
-
 bool is_default(const lyd_node* node) {
   return (node->flags & LYD_DEFAULT) != 0;
 }

@@ -4,16 +4,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "standalone/crypto.h"
 #include "standalone/store/libyang_compat.h"
 #include "standalone/store/tree_keeper.h"
 
 namespace tarnd::store {
 namespace {
-
-constexpr std::string_view kClearText = "$0$";
-
-using TreeOwner = std::unique_ptr<lyd_node, decltype(&lyd_free_all)>;
 
 template <typename Integer>
 int order(Integer left, Integer right) {
@@ -64,22 +59,6 @@ void put_in_order(const lyd_node* parent, std::span<lyd_node* const> ordered) {
   }
 }
 
-bool has_clear_text(const lyd_node* node) {
-  return schema_of(node).value == ValueKind::kEncrypted &&
-         value_text(node).substr(0, kClearText.size()) == kClearText;
-}
-
-void encrypt_leaf(lyd_node* leaf) {
-  const std::string encrypted = encrypt_string(value_text(leaf).substr(kClearText.size()));
-  lyd_change_term(leaf, encrypted.c_str());
-}
-
-const lyd_meta* given_attribute(const lyd_node* node) {
-  const lyd_meta* meta = node->meta;
-  while (meta != nullptr && is_internal(meta)) meta = meta->next;
-  return meta;
-}
-
 }  // namespace
 
 bool follows_in_order(const lyd_node* node) {
@@ -87,14 +66,6 @@ bool follows_in_order(const lyd_node* node) {
   if (before->next == nullptr || before->schema != node->schema) return true;
   if (node->schema->nodetype == LYS_LIST) return key_less(before, node);
   return node->schema->nodetype != LYS_LEAFLIST || value_less(before, node);
-}
-
-Format format_of(std::string_view file_name) {
-  constexpr std::string_view kJsonEnding = ".json";
-  return file_name.size() >= kJsonEnding.size() &&
-                 file_name.substr(file_name.size() - kJsonEnding.size()) == kJsonEnding
-             ? Format::kJson
-             : Format::kXml;
 }
 
 bool value_less(const lyd_node* left, const lyd_node* right) {
@@ -156,44 +127,6 @@ ValueKind value_kind(const lyd_node* leaf) {
   }
 }
 
-void check_text(const std::string& text) {
-  if (text.find('\0') != std::string::npos) throw InputError("holds a NUL byte");
-}
-
-void encrypt_leaves(lyd_node* tree) {
-  lyd_node* node = nullptr;
-  LYD_TREE_DFS_BEGIN(tree, node) {
-    if (node->schema != nullptr && has_clear_text(node)) encrypt_leaf(node);
-    LYD_TREE_DFS_END(tree, node);
-  }
-}
-
-lyd_node* parse_configuration(const Schema& schema, const std::string& text, Format format,
-                              std::set<std::pair<const lyd_node*, const SchemaNode*>>& unordered) {
-  check_text(text);
-  lyd_node* parsed = nullptr;
-  const LY_ERR result = lyd_parse_data_mem(schema.context(), text.c_str(), libyang_format(format),
-                                           LYD_PARSE_STRICT, LYD_VALIDATE_PRESENT, &parsed);
-  TreeOwner tree(parsed, lyd_free_all);
-  if (result != LY_SUCCESS) throw InputError(take_libyang_error(schema.context()));
-  if (parsed == nullptr || parsed->schema != schema.root().lysc || parsed->next != nullptr) {
-    throw InputError("the configuration has no top-level '" + schema.root().name + "'");
-  }
-  lyd_node* node = nullptr;
-  LYD_TREE_DFS_BEGIN(parsed, node) {
-    if (const lyd_meta* meta = given_attribute(node); meta != nullptr) {
-      throw InputError("attribute '" + std::string(meta->name) + "' at " + path_of(node) +
-                       ": a configuration has none, a change may");
-    }
-    if (!follows_in_order(node)) {
-      unordered.emplace(&node->parent->node, &schema_of(node));
-    }
-    if (has_clear_text(node)) encrypt_leaf(node);
-    LYD_TREE_DFS_END(parsed, node);
-  }
-  return tree.release();
-}
-
 void TreeKeeper::insert(lyd_node* parent, lyd_node* node) {
   lyd_insert_child(parent, node);
   const SchemaNode& schema = schema_of(node);
@@ -242,11 +175,10 @@ Datastore::~Datastore() {
 }
 
 void Datastore::load(const std::string& text, Format format) {
-  std::set<std::pair<const lyd_node*, const SchemaNode*>> unordered;
-  lyd_node* loaded = parse_configuration(schema_, text, format, unordered);
+  ReadConfiguration loaded = read_configuration(schema_, text, format);
   keeper_->free(root_);
-  root_ = loaded;
-  keeper_->unordered_lists.merge(unordered);
+  root_ = loaded.root.release();
+  keeper_->unordered_lists.merge(loaded.unordered);
 }
 
 // Asked of the store as its entries are: callers need not know which reads do without the indexes.

@@ -7,14 +7,10 @@
 #include <vector>
 
 #include "standalone/store/path.h"
+#include "standalone/store/reader.h"
 #include "standalone/store/schema.h"
 
 namespace tarnd::store {
-
-enum class Format { kXml, kJson };
-
-/// JSON by the ending ".json", XML otherwise.
-Format format_of(std::string_view file_name);
 
 class TreeKeeper;
 

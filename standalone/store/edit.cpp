@@ -2,67 +2,12 @@
 
 #include <map>
 
+#include "standalone/store/defaults.h"
 #include "standalone/store/libyang_compat.h"
 #include "standalone/store/transaction.h"
 
 namespace tarnd::store {
 namespace {
-
-constexpr std::string_view kEditNamespace = "urn:ietf:params:xml:ns:netconf:base:1.0";
-constexpr std::string_view kEditModule = "ietf-netconf";
-constexpr std::string_view kOperation = "operation";
-
-using TreeOwner = std::unique_ptr<lyd_node, decltype(&lyd_free_all)>;
-
-enum class Operation { kMerge, kReplace, kCreate, kDelete, kRemove };
-
-Operation operation_named(std::string_view name) {
-  static const std::map<std::string_view, Operation> kOperations = {
-      {"merge", Operation::kMerge},   {"replace", Operation::kReplace},
-      {"create", Operation::kCreate}, {"delete", Operation::kDelete},
-      {"remove", Operation::kRemove},
-  };
-  const auto found = kOperations.find(name);
-  if (found == kOperations.end()) {
-    throw InputError("unknown edit operation '" + std::string(name) + "'");
-  }
-  return found->second;
-}
-
-// An element that libyang could not read as data keeps its attributes in text form.
-Operation operation_of_opaque(const lyd_node* node) {
-  const auto* opaque = reinterpret_cast<const lyd_node_opaq*>(node);
-  for (const lyd_attr* attribute = opaque->attr; attribute != nullptr;
-       attribute = attribute->next) {
-    const char* module = attribute->name.module_ns;
-    if (attribute->name.name == kOperation && module != nullptr &&
-        (module == kEditNamespace || module == kEditModule)) {
-      return operation_named(attribute->value);
-    }
-  }
-  return Operation::kMerge;
-}
-
-Operation operation_of(const lyd_node* node) {
-  if (node->schema == nullptr) return operation_of_opaque(node);
-  for (const lyd_meta* meta = node->meta; meta != nullptr; meta = meta->next) {
-    if (meta->name == kOperation && meta->annotation->module->name == kEditModule) {
-      return operation_named(lyd_get_meta_value(meta));
-    }
-  }
-  return Operation::kMerge;
-}
-
-bool is_plain(const lyd_node* node) {
-  if (node->schema == nullptr) return false;
-  for (const lyd_meta* meta = node->meta; meta != nullptr; meta = meta->next) {
-    if (!is_internal(meta)) return false;
-  }
-  for (const lyd_node* child = lyd_child(node); child != nullptr; child = child->next) {
-    if (!is_plain(child)) return false;
-  }
-  return true;
-}
 
 bool is_default(const lyd_node* node) {
   return (node->flags & LYD_DEFAULT) != 0;
@@ -72,81 +17,31 @@ bool is_inner(const lyd_node* node) {
   return (node->schema->nodetype & (LYS_CONTAINER | LYS_LIST)) != 0;
 }
 
-// A container that holds nothing given is as good as none, which libyang notes as a default.
-bool mark_empty_containers(lyd_node* node) {
-  bool empty = schema_of(node).kind == NodeKind::kContainer;
-  for (lyd_node* child = lyd_child(node); child != nullptr; child = child->next) {
-    const bool child_is_empty = is_inner(child) ? mark_empty_containers(child) : is_default(child);
-    empty = empty && child_is_empty;
-  }
-  if (empty) node->flags |= LYD_DEFAULT;
-  return empty;
-}
-
-// libyang leaves containers that count as defaults without their own defaults, and an empty one in
-// an edit counts as one.
-void bring_defaults(lyd_node* tree) {
-  lyd_node* node = nullptr;
-  LYD_TREE_DFS_BEGIN(tree, node) {
-    if (is_inner(node)) node->flags &= ~static_cast<std::uint32_t>(LYD_DEFAULT);
-    LYD_TREE_DFS_END(tree, node);
-  }
-  lyd_new_implicit_tree(tree, LYD_IMPLICIT_NO_STATE, nullptr);
-  mark_empty_containers(tree);
-}
-
 const lysc_node* case_around(const lysc_node* schema) {
   const lysc_node* around = schema->parent;
   return around != nullptr && around->nodetype == LYS_CASE ? around : nullptr;
 }
 
-// An edit that gives nodes of two cases of one choice has no meaning.
-void check_cases(const lyd_node* node) {
-  std::map<const lysc_node*, const lyd_node*> first_of_choice;
-  for (const lyd_node* child = lyd_child(node); child != nullptr; child = child->next) {
-    if (child->schema == nullptr) continue;
-    check_cases(child);
-    const lysc_node* around = case_around(child->schema);
-    const Operation operation = operation_of(child);
-    if (around == nullptr || operation == Operation::kDelete || operation == Operation::kRemove) {
-      continue;
-    }
-    const lyd_node*& first = first_of_choice[around->parent];
-    if (first == nullptr) first = child;
-    if (case_around(first->schema) != around) {
-      throw InputError("'" + schema_of(first).name + "' and '" + schema_of(child).name +
-                       "' exclude each other below " + path_of(node));
-    }
-  }
-}
-
-// libyang's own words about the first thing in the text that is no edit of the model.
-[[noreturn]] void throw_parse_error(const Schema& schema, const std::string& text, Format format) {
-  lyd_node* tree = nullptr;
-  lyd_parse_data_mem(schema.context(), text.c_str(), libyang_format(format),
-                     LYD_PARSE_ONLY | LYD_PARSE_STRICT, 0, &tree);
-  lyd_free_all(tree);
-  throw InputError(take_libyang_error(schema.context()));
-}
-
 class Editor {
  public:
-  Editor(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const std::string& text,
-         Format format)
-      : datastore_(datastore), keeper_(keeper), log_(log), text_(text), format_(format) {}
+  Editor(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const ChangeNotes& notes)
+      : datastore_(datastore), keeper_(keeper), log_(log), notes_(notes) {}
 
   void apply_root(lyd_node* edit) {
-    switch (operation_of(edit)) {
+    check_cases(edit);
+    switch (operation_of(edit, notes_.default_operation)) {
       case Operation::kMerge:
-        return apply_children(edit, datastore_.root());
+        return apply_children(edit, datastore_.root(), Operation::kMerge);
+      case Operation::kNone:
+        return apply_children(edit, datastore_.root(), Operation::kNone);
       case Operation::kCreate:
-        if (has_given_content(datastore_.root())) throw_exists(datastore_.root());
-        return apply_children(edit, datastore_.root());
+        if (has_given_content(datastore_.root())) fail_exists(edit, datastore_.root());
+        return apply_children(edit, datastore_.root(), Operation::kMerge);
       case Operation::kReplace:
         clear(datastore_.root());
-        return apply_children(edit, datastore_.root());
+        return apply_children(edit, datastore_.root(), Operation::kMerge);
       case Operation::kDelete:
-        if (!has_given_content(datastore_.root())) throw_missing(edit);
+        if (!has_given_content(datastore_.root())) fail_missing(edit);
         return clear(datastore_.root());
       case Operation::kRemove:
         return clear(datastore_.root());
@@ -154,59 +49,83 @@ class Editor {
   }
 
  private:
-  void apply_children(lyd_node* edit, lyd_node* parent) {
-    lyd_node* next = nullptr;
-    for (lyd_node* child = lyd_child(edit); child != nullptr; child = next) {
-      next = child->next;
-      if (child->schema == nullptr) {
-        apply_opaque(child, parent);
-      } else if (!lysc_is_key(child->schema)) {
-        apply(child, parent);
+  [[nodiscard]] Operation operation_of(const lyd_node* edit, Operation inherited) const {
+    const auto found = notes_.operations.find(edit);
+    return found != notes_.operations.end() ? found->second : inherited;
+  }
+
+  // An edit that gives nodes of two cases of one choice has no meaning.
+  void check_cases(const lyd_node* node) const {
+    std::map<const lysc_node*, const lyd_node*> first_of_choice;
+    for (const lyd_node* child = lyd_child(node); child != nullptr; child = child->next) {
+      if (is_inner(child)) check_cases(child);
+      const lysc_node* around = case_around(child->schema);
+      const Operation operation = operation_of(child, Operation::kMerge);
+      if (around == nullptr || operation == Operation::kDelete || operation == Operation::kRemove) {
+        continue;
+      }
+      const lyd_node*& first = first_of_choice[around->parent];
+      if (first == nullptr) first = child;
+      if (case_around(first->schema) != around) {
+        fail(child, "'" + schema_of(first).name + "' and '" + schema_of(child).name +
+                        "' exclude each other below " + path_of(node));
       }
     }
   }
 
-  void apply(lyd_node* edit, lyd_node* parent) {
+  // `inherited` is what a node without an operation of its own has: merge, or none on the way to
+  // others.
+  void apply_children(lyd_node* edit, lyd_node* parent, Operation inherited) {
+    const auto removals = notes_.removals.find(edit);
+    if (removals != notes_.removals.end()) {
+      for (const LeafRemoval& removal : removals->second) apply(removal, parent);
+    }
+    lyd_node* next = nullptr;
+    for (lyd_node* child = lyd_child(edit); child != nullptr; child = next) {
+      next = child->next;
+      if (!lysc_is_key(child->schema)) apply(child, parent, inherited);
+    }
+  }
+
+  void apply(lyd_node* edit, lyd_node* parent, Operation inherited) {
     lyd_node* target = find(edit, parent);
     const bool given = target != nullptr && has_given_content(target);
-    switch (operation_of(edit)) {
+    switch (operation_of(edit, inherited)) {
       case Operation::kMerge:
         return merge(edit, parent, target);
       case Operation::kCreate:
-        if (given) throw_exists(target);
+        if (given) fail_exists(edit, target);
         return merge(edit, parent, target);
       case Operation::kReplace:
         if (target != nullptr) take_away(target);
         return merge(edit, parent, find(edit, parent));
       case Operation::kDelete:
-        if (!given) throw_missing(edit);
+        if (!given) fail_missing(edit);
         return take_away(target);
       case Operation::kRemove:
         if (given) take_away(target);
         return;
+      case Operation::kNone:
+        if (target == nullptr) fail(edit, path_of(edit) + " does not exist");
+        if (is_inner(edit)) apply_children(edit, target, Operation::kNone);
+        return;
     }
   }
 
-  // A leaf that goes needs no value, and without one few types read it.
-  void apply_opaque(const lyd_node* edit, const lyd_node* parent) {
-    const SchemaNode* leaf = schema_of(parent).child(LYD_NAME(edit));
-    const Operation operation = operation_of(edit);
-    const bool goes = operation == Operation::kDelete || operation == Operation::kRemove;
-    if (!goes || leaf == nullptr || leaf->kind != NodeKind::kLeaf || leaf->is_key()) {
-      throw_parse_error(datastore_.schema(), text_, format_);
-    }
-    lyd_node* target = datastore_.child(parent, *leaf);
+  void apply(const LeafRemoval& removal, lyd_node* parent) {
+    lyd_node* target = datastore_.child(parent, *removal.leaf);
     if (target != nullptr && !is_default(target)) {
       take_away(target);
-    } else if (operation == Operation::kDelete) {
-      throw InputError("cannot delete " + path_of(parent) + "/" + leaf->name +
-                       ": it does not exist");
+    } else if (removal.must_exist) {
+      throw InputError(
+          "cannot delete " + path_of(parent) + "/" + removal.leaf->name + ": it does not exist",
+          removal.line);
     }
   }
 
   void merge(lyd_node* edit, lyd_node* parent, lyd_node* target) {
     if (target == nullptr) return add(edit, parent);
-    if (is_inner(edit)) return apply_children(edit, target);
+    if (is_inner(edit)) return apply_children(edit, target, Operation::kMerge);
     if (edit->schema->nodetype == LYS_LEAFLIST) return;
     if (value_text(edit) == value_text(target) && !is_default(target)) return;
     log_.remove(target);
@@ -216,14 +135,14 @@ class Editor {
   // A whole new subtree moves from the edit into the tree; one with operations inside is built up.
   void add(lyd_node* edit, lyd_node* parent) {
     leave_other_cases(edit, parent);
-    if (is_plain(edit)) {
+    if (!notes_.noted.contains(edit)) {
       lyd_unlink_tree(edit);
       insert_new(parent, edit);
       return;
     }
     lyd_node* node = without_edit_marks(edit);
     insert_new(parent, node);
-    if (is_inner(node)) apply_children(edit, node);
+    if (is_inner(node)) apply_children(edit, node, Operation::kMerge);
   }
 
   void insert_new(lyd_node* parent, lyd_node* node) {
@@ -316,19 +235,22 @@ class Editor {
     return node;
   }
 
-  [[noreturn]] static void throw_exists(const lyd_node* target) {
-    throw InputError("cannot create " + path_of(target) + ": it exists already");
+  [[noreturn]] void fail(const lyd_node* edit, const std::string& what) const {
+    throw InputError(what, line_of(notes_.lines, edit));
   }
 
-  [[noreturn]] static void throw_missing(const lyd_node* edit) {
-    throw InputError("cannot delete " + path_of(edit) + ": it does not exist");
+  [[noreturn]] void fail_exists(const lyd_node* edit, const lyd_node* target) const {
+    fail(edit, "cannot create " + path_of(target) + ": it exists already");
+  }
+
+  [[noreturn]] void fail_missing(const lyd_node* edit) const {
+    fail(edit, "cannot delete " + path_of(edit) + ": it does not exist");
   }
 
   Datastore& datastore_;
   TreeKeeper& keeper_;
   EditLog& log_;
-  const std::string& text_;
-  Format format_;
+  const ChangeNotes& notes_;
 };
 
 // The container of a case that lost all it held is gone with its case.
@@ -352,21 +274,8 @@ void drop_empty_cases(EditLog& log) {
 
 }  // namespace
 
-void apply_edit(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const std::string& text,
-                Format format) {
-  check_text(text);
-  const Schema& schema = datastore.schema();
-  lyd_node* parsed = nullptr;
-  const LY_ERR result = lyd_parse_data_mem(schema.context(), text.c_str(), libyang_format(format),
-                                           LYD_PARSE_ONLY | LYD_PARSE_OPAQ, 0, &parsed);
-  const TreeOwner edit(parsed, lyd_free_all);
-  if (result != LY_SUCCESS) throw_parse_error(schema, text, format);
-  if (parsed == nullptr || parsed->schema != schema.root().lysc || parsed->next != nullptr) {
-    throw InputError("the change has no top-level '" + schema.root().name + "'");
-  }
-  encrypt_leaves(parsed);
-  check_cases(parsed);
-  Editor(datastore, keeper, log, text, format).apply_root(parsed);
+void apply_edit(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const ReadChange& change) {
+  Editor(datastore, keeper, log, change.notes).apply_root(change.root.get());
   drop_empty_cases(log);
 }
 

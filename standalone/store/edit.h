@@ -1,14 +1,14 @@
 #pragma once
 
-#include <string>
-
 #include "standalone/store/edit_log.h"
+#include "standalone/store/reader.h"
 
 namespace tarnd::store {
 
-/// Applies edit-config content to the datastore through the log. Throws InputError; what was
+class Datastore;
+
+/// Applies an edit to the datastore through the log. Throws InputError with the line; what was
 /// applied until then is in the log.
-void apply_edit(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const std::string& text,
-                Format format);
+void apply_edit(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const ReadChange& change);
 
 }  // namespace tarnd::store

@@ -11,8 +11,6 @@
 namespace tarnd::store {
 namespace {
 
-using TreeOwner = std::unique_ptr<lyd_node, decltype(&lyd_free_all)>;
-
 lyd_node* copy(const lyd_node* node, lyd_node* parent, std::uint32_t extent) {
   lyd_node* result = nullptr;
   lyd_dup_single(node, reinterpret_cast<lyd_node_inner*>(parent), extent | LYD_DUP_WITH_FLAGS,
@@ -105,14 +103,13 @@ Transaction::~Transaction() {
 
 void Transaction::edit(const std::string& text, Format format) {
   impl_->valid_as_read = false;
-  apply_edit(datastore_, impl_->keeper, impl_->log, text, format);
+  apply_edit(datastore_, impl_->keeper, impl_->log, read_change(datastore_.schema(), text, format));
 }
 
 void Transaction::replace(const std::string& text, Format format) {
-  std::set<std::pair<const lyd_node*, const SchemaNode*>> unordered;
-  lyd_node* root = parse_configuration(datastore_.schema(), text, format, unordered);
-  impl_->log.swap_root(root);
-  impl_->keeper.unordered_lists.merge(unordered);
+  ReadConfiguration read = read_configuration(datastore_.schema(), text, format);
+  impl_->log.swap_root(read.root.release());
+  impl_->keeper.unordered_lists.merge(read.unordered);
   impl_->valid_as_read = true;
 }
 

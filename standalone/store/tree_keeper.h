@@ -28,17 +28,6 @@ class TreeKeeper {
 /// False for an entry or a leaf-list's value that stands behind one it belongs before.
 bool follows_in_order(const lyd_node* node);
 
-/// Parses and validates a whole configuration: encrypted leaves encrypted, defaults in effect.
-/// Throws InputError. The lists and leaf-lists that are out of order are added to `unordered`.
-lyd_node* parse_configuration(const Schema& schema, const std::string& text, Format format,
-                              std::set<std::pair<const lyd_node*, const SchemaNode*>>& unordered);
-
-/// Replaces the clear text of encrypted leaves at and below the node.
-void encrypt_leaves(lyd_node* tree);
-
-/// Throws InputError for texts that libyang would not read to their end.
-void check_text(const std::string& text);
-
 inline LYD_FORMAT libyang_format(Format format) {
   return format == Format::kJson ? LYD_JSON : LYD_XML;
 }

@@ -11,7 +11,7 @@ namespace tarnd::store {
 namespace {
 
 [[noreturn]] void refuse(const lyd_node* node, const std::string& reason) {
-  throw InputError(path_of(node) + ": " + reason);
+  throw InvalidNode(node, path_of(node) + ": " + reason);
 }
 
 std::string in_quotes(const std::string& name) {

@@ -249,9 +249,9 @@ TEST_F(ConfdDiff, EntriesComeInKeyOrder) {
                           "created /config/service-port{50}", "deleted /config/service-port{100}"));
 }
 
-TEST_F(ConfdDiff, AnEntryDeletedAndCreatedAgainIsAtMostModified) {
-  open(deleted_service_port(7) +
-       "<service-port><id>7</id><upstream-rate>1</upstream-rate></service-port>");
+TEST_F(ConfdDiff, AnEntryReplacedIsAtMostModified) {
+  open("<service-port nc:operation=\"replace\"><id>7</id><upstream-rate>1</upstream-rate>"
+       "</service-port>");
   EXPECT_THAT(changes("/config/service-port", ITER_CONTINUE),
               ElementsAre("modified /config/service-port{7}"));
 }

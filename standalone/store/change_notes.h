@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "standalone/store/schema.h"
+
+namespace tarnd::store {
+
+/// The operations of a NETCONF edit. kNone: the node is only on the way to others and must exist.
+enum class Operation : std::uint8_t { kMerge, kReplace, kCreate, kDelete, kRemove, kNone };
+
+/// The lines that containers and entries begin in, and leaves with an operation. Searched only when
+/// something is wrong.
+using LinesOfNodes = std::vector<std::pair<const lyd_node*, std::size_t>>;
+
+/// The line of the node, or of the nearest one around it that has one; 0 for none.
+std::size_t line_of(const LinesOfNodes& lines, const lyd_node* node);
+
+/// A leaf that goes. It needs no value, so no node of the edit's tree stands for it.
+struct LeafRemoval {
+  const SchemaNode* leaf = nullptr;
+  bool must_exist = false;  ///< "delete" and not "remove"
+  std::size_t line = 0;
+};
+
+/// What an edit says beyond the nodes of its tree.
+struct ChangeNotes {
+  Operation default_operation = Operation::kMerge;
+  /// Nodes with an operation of their own.
+  std::unordered_map<const lyd_node*, Operation> operations;
+  /// By the parent in the edit's tree.
+  std::unordered_map<const lyd_node*, std::vector<LeafRemoval>> removals;
+  /// Nodes that have a note themselves or below.
+  std::unordered_set<const lyd_node*> noted;
+  LinesOfNodes lines;
+};
+
+}  // namespace tarnd::store

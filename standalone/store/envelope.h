@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "standalone/store/tree_builder.h"
+
+namespace tarnd::store {
+
+constexpr std::string_view kNetconfNamespace = "urn:ietf:params:xml:ns:netconf:base:1.0";
+
+/// What may surround the model's top-level node in a document: NETCONF's own elements. It is asked
+/// for each element until the top-level node begins, and for each one after it has ended. Throws
+/// InputError with the line.
+class Envelope {
+ public:
+  /// The schema and the locator stay with the caller.
+  Envelope(const Schema& schema, TreeUse use, Locator& locator)
+      : schema_(schema), use_(use), locator_(locator) {}
+
+  /// An element begins. True when it is the model's top-level node.
+  bool enter(std::string_view name_space, std::string_view name);
+  /// Text inside an element that surrounds.
+  void text(std::string_view piece);
+  /// The element that began last ends, be it the model's top-level node or one around it.
+  void leave();
+  /// The document ends. Throws when the model's top-level node was not in it.
+  void finish() const;
+
+  /// What an edit's `default-operation` says; merge when it has none.
+  [[nodiscard]] Operation default_operation() const { return default_operation_; }
+
+  [[noreturn]] void fail(const std::string& what) const;
+
+ private:
+  [[noreturn]] void refuse(std::string_view name_space, std::string_view name) const;
+  void take_parameter(std::string_view name, std::string_view value);
+
+  const Schema& schema_;
+  const TreeUse use_;
+  Locator& locator_;
+  std::vector<std::string> open_;  // an empty name is the model's top-level node
+  std::string text_;
+  Operation default_operation_ = Operation::kMerge;
+  bool root_seen_ = false;
+};
+
+}  // namespace tarnd::store

@@ -1,0 +1,140 @@
+#include "standalone/store/input_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+
+#include "standalone/input_error.h"
+
+namespace tarnd::store {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::size_t kLongestQuote = 60;
+
+struct Letter {
+  std::uint32_t code = 0;
+  std::size_t length = 0;
+};
+
+std::uint32_t byte_at(std::string_view text, std::size_t at) {
+  return static_cast<unsigned char>(text[at]);
+}
+
+bool continues(std::string_view text, std::size_t at) {
+  constexpr std::uint32_t kMask = 0xC0;
+  constexpr std::uint32_t kContinuation = 0x80;
+  return at < text.size() && (byte_at(text, at) & kMask) == kContinuation;
+}
+
+// The letter of two bytes or more that begins at `at`; none when the bytes are not UTF-8.
+std::optional<Letter> long_letter_at(std::string_view text, std::size_t at) {
+  struct Form {
+    std::uint32_t lead_mask, lead, least;
+    std::size_t length;
+  };
+  constexpr std::array<Form, 3> kForms{
+      {{0xE0, 0xC0, 0x80, 2}, {0xF0, 0xE0, 0x800, 3}, {0xF8, 0xF0, 0x10000, 4}}};
+  constexpr std::uint32_t kPayload = 0x3F;
+  constexpr std::uint32_t kPayloadBits = 6;
+  const std::uint32_t lead = byte_at(text, at);
+  for (const Form& form : kForms) {
+    if ((lead & form.lead_mask) != form.lead) continue;
+    std::uint32_t code = lead & ~form.lead_mask;
+    for (std::size_t i = 1; i < form.length; ++i) {
+      if (!continues(text, at + i)) return std::nullopt;
+      code = code << kPayloadBits | (byte_at(text, at + i) & kPayload);
+    }
+    const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
+    if (code < form.least || code > 0x10FFFF || surrogate) return std::nullopt;
+    return Letter{code, form.length};
+  }
+  return std::nullopt;
+}
+
+bool is_ascii(std::string_view text, std::size_t at) {
+  return byte_at(text, at) < 0x80;
+}
+
+bool is_control(char c) {
+  return static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\n' && c != '\r';
+}
+
+// Code points that Unicode keeps for no character at all.
+bool is_noncharacter(std::uint32_t code) {
+  return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
+}
+
+std::string hex(std::uint32_t byte) {
+  std::array<char, sizeof "0xff"> text{};
+  std::snprintf(text.data(), text.size(), "0x%02x", byte);
+  return text.data();
+}
+
+void refuse_utf16(std::string_view text) {
+  if (text.size() < 2) return;
+  const std::uint32_t first = byte_at(text, 0);
+  const std::uint32_t second = byte_at(text, 1);
+  const bool marked = (first == 0xFF && second == 0xFE) || (first == 0xFE && second == 0xFF);
+  if (marked) throw InputError("the text is UTF-16 or UTF-32; UTF-8 is needed", 1);
+}
+
+}  // namespace
+
+std::size_t line_at(std::string_view text, std::size_t offset) {
+  const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(offset, text.size()));
+  return 1 + static_cast<std::size_t>(std::count(text.begin(), end, '\n'));
+}
+
+std::string_view checked_text(const std::string& text) {
+  std::string_view rest = text;
+  refuse_utf16(rest);
+  if (rest.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+    rest.remove_prefix(kByteOrderMark.size());
+  }
+  if (rest.find_first_not_of(" \t\r\n") == std::string_view::npos) {
+    throw InputError("there is nothing in it");
+  }
+  std::size_t at = 0;
+  while (at < rest.size()) {
+    if (is_ascii(rest, at)) {
+      if (rest[at] == '\0') throw InputError("holds a NUL byte", line_at(rest, at));
+      ++at;
+      continue;
+    }
+    const std::optional<Letter> letter = long_letter_at(rest, at);
+    if (!letter.has_value()) {
+      throw InputError(
+          "the text is not UTF-8: the byte " + hex(byte_at(rest, at)) + " begins no letter",
+          line_at(rest, at));
+    }
+    at += letter->length;
+  }
+  return rest;
+}
+
+bool is_yang_text(std::string_view text) {
+  std::size_t at = 0;
+  while (at < text.size()) {
+    if (is_ascii(text, at)) {
+      if (is_control(text[at])) return false;
+      ++at;
+      continue;
+    }
+    const std::optional<Letter> letter = long_letter_at(text, at);
+    if (!letter.has_value() || is_noncharacter(letter->code)) return false;
+    at += letter->length;
+  }
+  return true;
+}
+
+std::string excerpt(std::string_view text) {
+  if (text.size() <= kLongestQuote) return "'" + std::string(text) + "'";
+  std::size_t end = kLongestQuote;
+  while (end > 0 && continues(text, end)) --end;
+  return "'" + std::string(text.substr(0, end)) + "...'";
+}
+
+}  // namespace tarnd::store

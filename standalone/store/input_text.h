@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tarnd::store {
+
+/// The text without a byte order mark. Throws InputError with the line for an empty text and for
+/// one that is not UTF-8 or holds a NUL byte.
+std::string_view checked_text(const std::string& text);
+
+/// The line of the byte at `offset`, counted from 1.
+std::size_t line_at(std::string_view text, std::size_t offset);
+
+/// False for text with a character that no YANG string holds, such as a control character.
+/// The text is UTF-8.
+bool is_yang_text(std::string_view text);
+
+/// The text in single quotes, a long one cut, for a message.
+std::string excerpt(std::string_view text);
+
+}  // namespace tarnd::store

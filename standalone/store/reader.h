@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "standalone/store/change_notes.h"
+#include "standalone/store/schema.h"
+
+namespace tarnd::store {
+
+enum class Format { kXml, kJson };
+
+/// JSON by the ending ".json", XML otherwise.
+Format format_of(std::string_view file_name);
+
+using TreeOwner = std::unique_ptr<lyd_node, void (*)(lyd_node*)>;
+
+/// Lists and leaf-lists with entries that do not follow in order, each with its parent.
+using UnorderedLists = std::set<std::pair<const lyd_node*, const SchemaNode*>>;
+
+/// A whole configuration as libyang's nodes.
+struct ReadConfiguration {
+  TreeOwner root;
+  UnorderedLists unordered;
+};
+
+/// The content of an edit as libyang's nodes, and what it says beyond them.
+struct ReadChange {
+  TreeOwner root;
+  ChangeNotes notes;
+};
+
+/// Reads a configuration: the model's top-level node, alone or inside NETCONF's `data`. The tree is
+/// valid, defaults are in effect, encrypted leaves encrypted. Throws InputError with the line.
+ReadConfiguration read_configuration(const Schema& schema, const std::string& text, Format format);
+
+/// Reads an edit: the model's top-level node, alone or inside NETCONF's `config`, `edit-config` or
+/// `rpc`. Values are those of the model; whether the edit can be applied is not looked at. Throws
+/// InputError with the line.
+ReadChange read_change(const Schema& schema, const std::string& text, Format format);
+
+}  // namespace tarnd::store

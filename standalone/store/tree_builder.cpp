@@ -1,0 +1,481 @@
+#include "standalone/store/tree_builder.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "standalone/crypto.h"
+#include "standalone/nearest_name.h"
+#include "standalone/store/datastore.h"
+#include "standalone/store/defaults.h"
+#include "standalone/store/input_text.h"
+#include "standalone/store/validity.h"
+#include "standalone/store/value_help.h"
+
+namespace tarnd::store {
+namespace {
+
+constexpr std::string_view kClearText = "$0$";
+constexpr std::string_view kWhiteSpace = " \t\r\n";
+// More than any model nests; what is deeper is no configuration.
+constexpr std::size_t kDeepest = 64;
+// libyang takes an entry's keys as arguments of one call.
+constexpr std::size_t kMostKeys = 9;
+
+bool is_leaf(const SchemaNode& node) {
+  return node.kind == NodeKind::kLeaf || node.kind == NodeKind::kLeafList;
+}
+
+bool has_instances(const SchemaNode& node) {
+  return node.kind == NodeKind::kList || node.kind == NodeKind::kLeafList;
+}
+
+bool goes(Operation operation) {
+  return operation == Operation::kDelete || operation == Operation::kRemove;
+}
+
+std::size_t rank_in(const SchemaNode& parent, const SchemaNode& child) {
+  std::size_t rank = 0;
+  while (parent.children[rank] != &child) ++rank;
+  return rank;
+}
+
+bool less(const lyd_node* left, const lyd_node* right) {
+  return schema_of(left).kind == NodeKind::kList ? key_less(left, right) : value_less(left, right);
+}
+
+bool is_number_kind(ValueKind kind) {
+  switch (kind) {
+    case ValueKind::kInt8:
+    case ValueKind::kInt16:
+    case ValueKind::kInt32:
+    case ValueKind::kUint8:
+    case ValueKind::kUint16:
+    case ValueKind::kUint32:
+      return true;
+    default:
+      return false;  // RFC 7951 writes numbers of 64 bits as strings
+  }
+}
+
+ValueForm form_of(ValueKind kind) {
+  if (is_number_kind(kind)) return ValueForm::kNumber;
+  if (kind == ValueKind::kBoolean) return ValueForm::kBoolean;
+  return kind == ValueKind::kEmpty ? ValueForm::kEmpty : ValueForm::kString;
+}
+
+std::string_view name_of(ValueForm form) {
+  switch (form) {
+    case ValueForm::kNumber:
+      return "a JSON number without quotes";
+    case ValueForm::kBoolean:
+      return "JSON's true or false without quotes";
+    case ValueForm::kEmpty:
+      return "[null]";
+    default:
+      return "a JSON string in quotes";
+  }
+}
+
+std::vector<std::string_view> names_below(const SchemaNode& node) {
+  std::vector<std::string_view> names;
+  for (const SchemaNode* child : node.children) names.emplace_back(child->name);
+  return names;
+}
+
+}  // namespace
+
+TreeBuilder::TreeBuilder(const Schema& schema, TreeUse use, Locator& locator)
+    : schema_(schema), use_(use), locator_(locator), root_(nullptr, lyd_free_all) {}
+
+std::size_t TreeBuilder::line() const {
+  return replayed_line_ != 0 ? replayed_line_ : locator_.line();
+}
+
+void TreeBuilder::fail(const std::string& what) const {
+  fail_at(line(), what);
+}
+
+void TreeBuilder::fail_at(std::size_t line, const std::string& what) const {
+  const std::string place = path();
+  throw InputError(place.empty() ? what : place + ": " + what, line);
+}
+
+std::string TreeBuilder::path() const {
+  if (depth_ == 0) return {};
+  std::string path = path_of_frame(depth_);
+  const SchemaNode* open = top().early_open;
+  return open != nullptr ? path + open->path().substr(top().schema->path().size()) : path;
+}
+
+std::string TreeBuilder::path_of_frame(std::size_t depth) const {
+  const Frame& frame = frames_[depth - 1];
+  if (frame.node != nullptr) return path_of(frame.node);
+  return path_of_frame(depth - 1) + "/" + frame.schema->name;
+}
+
+const SchemaNode* TreeBuilder::open_node() const {
+  if (depth_ == 0) return nullptr;
+  return top().early_open != nullptr ? top().early_open : top().schema;
+}
+
+const SchemaNode& TreeBuilder::child(std::string_view name) const {
+  const SchemaNode& parent = *open_node();
+  if (is_leaf(parent)) fail("holds " + excerpt(name) + ", but " + parent.name + " is a leaf");
+  if (const SchemaNode* node = parent.child(name); node != nullptr) return *node;
+  const auto meant = nearest(name, names_below(parent));
+  fail("there is no " + excerpt(name) + " here" +
+       (meant.has_value() ? "; did you mean '" + std::string(*meant) + "'?" : ""));
+}
+
+TreeBuilder::Frame& TreeBuilder::push(const SchemaNode& schema) {
+  if (depth_ == kDeepest) fail("nested too deeply");
+  if (depth_ == frames_.size()) frames_.emplace_back();
+  Frame& frame = frames_[depth_++];
+  frame.schema = &schema;
+  frame.node = nullptr;
+  frame.line = 0;
+  frame.keys.assign(schema.num_keys, std::nullopt);
+  frame.seen.assign(schema.children.size(), false);
+  frame.instances.clear();
+  frame.child_operations.clear();
+  frame.early.clear();
+  frame.early_open = nullptr;
+  frame.operation.reset();
+  frame.noted = false;
+  frame.again = false;
+  return frame;
+}
+
+void TreeBuilder::enter_root() {
+  const SchemaNode& schema = schema_.root();
+  lyd_node* node = nullptr;
+  lyd_new_inner(nullptr, schema.lysc->module, schema.name.c_str(), 0, &node);
+  root_.reset(node);
+  Frame& frame = push(schema);
+  frame.node = node;
+  frame.line = line();
+}
+
+void TreeBuilder::enter(const SchemaNode& node) {
+  if (record({Event::Kind::kEnter, &node, {}, {}, {}, 0, 0})) return;
+  check_once(top(), node);
+  if (is_leaf(node)) {
+    value_.clear();
+    form_ = ValueForm::kXmlText;
+    push(node);
+  } else {
+    enter_inner(node);
+  }
+}
+
+void TreeBuilder::enter_inner(const SchemaNode& node) {
+  lyd_node* parent = top().node;
+  Frame& frame = push(node);
+  frame.line = line();
+  if (node.kind == NodeKind::kList) return;  // made when its keys are known
+  if (use_ == TreeUse::kChange) {
+    lyd_find_sibling_val(lyd_child(parent), node.lysc, nullptr, 0, &frame.node);
+  }
+  if (frame.node != nullptr) {
+    frame.again = true;
+  } else {
+    lyd_new_inner(parent, node.lysc->module, node.name.c_str(), 0, &frame.node);
+  }
+}
+
+void TreeBuilder::text(std::string_view piece) {
+  if (is_leaf(*open_node())) {
+    if (!record({Event::Kind::kText, nullptr, std::string(piece), {}, {}, 0, 0})) value_ += piece;
+    return;
+  }
+  const std::size_t begin = piece.find_first_not_of(kWhiteSpace);
+  if (begin == std::string_view::npos) return;
+  const std::size_t end = piece.find_last_not_of(kWhiteSpace);
+  fail("holds the text " + excerpt(piece.substr(begin, end - begin + 1)) +
+       " where only elements can be");
+}
+
+void TreeBuilder::form(ValueForm form) {
+  if (!record({Event::Kind::kForm, nullptr, {}, form, {}, 0, 0})) form_ = form;
+}
+
+Operation TreeBuilder::operation_named(std::string_view name) const {
+  struct Row {
+    std::string_view name;
+    Operation operation;
+  };
+  static constexpr std::array kOperations{
+      Row{"merge", Operation::kMerge}, Row{"replace", Operation::kReplace},
+      Row{"create", Operation::kCreate}, Row{"delete", Operation::kDelete},
+      Row{"remove", Operation::kRemove}};
+  for (const Row& row : kOperations) {
+    if (row.name == name) return row.operation;
+  }
+  fail("has the unknown operation " + excerpt(name) +
+       "; merge, replace, create, delete or remove is needed");
+}
+
+void TreeBuilder::operation(Operation operation) {
+  if (record({Event::Kind::kOperation, nullptr, {}, {}, operation, 0, 0})) return;
+  if (top().schema->is_key()) fail("a key has no operation; the entry has");
+  top().operation = operation;
+}
+
+void TreeBuilder::operation_of(const SchemaNode& leaf, std::size_t index, Operation operation) {
+  if (record({Event::Kind::kOperationOf, &leaf, {}, {}, operation, index, 0})) return;
+  if (leaf.is_key()) fail("the key '" + leaf.name + "' has no operation; the entry has");
+  top().child_operations.push_back({&leaf, index, operation, line()});
+}
+
+void TreeBuilder::leave() {
+  if (record({Event::Kind::kLeave, nullptr, {}, {}, {}, 0, 0})) return;
+  if (is_leaf(*top().schema)) {
+    leave_leaf();
+  } else {
+    leave_inner();
+  }
+}
+
+// An entry's node can be made only with its keys, which may come last: what comes before them
+// waits.
+bool TreeBuilder::record(Event event) {
+  if (depth_ == 0) return false;
+  Frame& frame = top();
+  if (frame.early_open == nullptr) {
+    const bool waits = frame.node == nullptr && frame.schema->kind == NodeKind::kList &&
+                       event.kind == Event::Kind::kEnter && !event.node->is_key();
+    if (!waits) return false;
+  }
+  if (event.kind == Event::Kind::kEnter) frame.early_open = event.node;
+  if (event.kind == Event::Kind::kLeave) {
+    const SchemaNode* parent = frame.early_open->parent;
+    frame.early_open = parent != frame.schema ? parent : nullptr;
+  }
+  event.line = line();
+  frame.early.push_back(std::move(event));
+  return true;
+}
+
+void TreeBuilder::replay(const std::vector<Event>& events) {
+  const std::size_t line_before = replayed_line_;
+  for (const Event& event : events) {
+    replayed_line_ = event.line;
+    switch (event.kind) {
+      case Event::Kind::kEnter:
+        enter(*event.node);
+        break;
+      case Event::Kind::kText:
+        text(event.text);
+        break;
+      case Event::Kind::kForm:
+        form(event.form);
+        break;
+      case Event::Kind::kOperation:
+        operation(event.operation);
+        break;
+      case Event::Kind::kOperationOf:
+        operation_of(*event.node, event.index, event.operation);
+        break;
+      case Event::Kind::kLeave:
+        leave();
+        break;
+    }
+  }
+  replayed_line_ = line_before;
+}
+
+// A change may come to a container or an entry several times, as when somebody puts changes
+// together; what it says of a leaf it says once.
+void TreeBuilder::check_once(Frame& parent, const SchemaNode& node) const {
+  if (has_instances(node) || (use_ == TreeUse::kChange && !is_leaf(node))) return;
+  const std::size_t rank = rank_in(*parent.schema, node);
+  if (parent.seen[rank] || (parent.again && was_given(parent.node, node))) {
+    fail("holds '" + node.name + "' twice");
+  }
+  parent.seen[rank] = true;
+}
+
+bool TreeBuilder::was_given(const lyd_node* parent, const SchemaNode& leaf) const {
+  if (lyd_find_sibling_val(lyd_child(parent), leaf.lysc, nullptr, 0, nullptr) == LY_SUCCESS) {
+    return true;
+  }
+  const auto removals = notes_.removals.find(parent);
+  return removals != notes_.removals.end() &&
+         std::any_of(removals->second.begin(), removals->second.end(),
+                     [&](const LeafRemoval& removal) { return removal.leaf == &leaf; });
+}
+
+TreeBuilder::Instances& TreeBuilder::instances_of(Frame& parent, const SchemaNode& schema) {
+  const auto at = std::find_if(parent.instances.begin(), parent.instances.end(),
+                               [&](const Instances& of) { return of.schema == &schema; });
+  if (at != parent.instances.end()) return *at;
+  return parent.instances.emplace_back(Instances{&schema, nullptr, {}});
+}
+
+// The instance that came earlier with the same keys or value as this new one, or null.
+lyd_node* TreeBuilder::earlier_instance(Frame& parent, lyd_node* node) {
+  const SchemaNode& schema = schema_of(node);
+  Instances& of = instances_of(parent, schema);
+  if (!parent.again && (of.last == nullptr || less(of.last, node))) {
+    of.last = node;
+    return nullptr;
+  }
+  lyd_node* earlier = nullptr;
+  lyd_unlink_tree(node);
+  lyd_find_sibling_first(lyd_child(parent.node), node, &earlier);
+  lyd_insert_child(parent.node, node);
+  if (earlier == nullptr) unordered_.emplace(parent.node, &schema);
+  return earlier;
+}
+
+// Called when the last of the keys was read.
+void TreeBuilder::create_entry(Frame& entry, lyd_node* parent) {
+  const SchemaNode& schema = *entry.schema;
+  std::array<const char*, kMostKeys> keys{};
+  for (std::size_t i = 0; i < schema.num_keys; ++i) keys.at(i) = entry.keys[i]->c_str();
+  const auto& [k0, k1, k2, k3, k4, k5, k6, k7, k8] = keys;
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): it reads as many as the list has keys
+  lyd_new_list(parent, schema.lysc->module, schema.name.c_str(), 0, &entry.node, k0, k1, k2, k3, k4,
+               k5, k6, k7, k8);
+  if (entry.node == nullptr) fail("the entry cannot be made");
+}
+
+void TreeBuilder::take_key(const SchemaNode& key, const std::string& value) {
+  const LY_ERR valid = lyd_value_validate(schema_.context(), key.lysc, value.data(), value.size(),
+                                          nullptr, nullptr, nullptr);
+  if (valid != LY_SUCCESS || !is_yang_text(value)) refuse_value(key, value);
+  check_form(key, key.value);
+  --depth_;  // from here on the entry is the open node
+  Frame& entry = top();
+  entry.keys[rank_in(*entry.schema, key)] = value;
+  for (const auto& known : entry.keys) {
+    if (!known.has_value()) return;
+  }
+  create_entry(entry, around().node);
+  if (lyd_node* earlier = earlier_instance(around(), entry.node); earlier != nullptr) {
+    if (use_ == TreeUse::kConfiguration) fail("is given twice");
+    lyd_free_tree(std::exchange(entry.node, earlier));
+    entry.again = true;
+  }
+  if (!entry.early.empty()) replay(std::exchange(entry.early, {}));
+}
+
+void TreeBuilder::leave_leaf() {
+  const SchemaNode& leaf = *top().schema;
+  const std::optional<Operation> operation = top().operation;
+  const std::string value = std::exchange(value_, {});
+  if (leaf.is_key()) return take_key(leaf, value);
+  Frame& parent = around();
+  if (operation.has_value() && goes(*operation) && leaf.kind == NodeKind::kLeaf) {
+    // Which value it has does not matter, and none need be given.
+    const bool valid =
+        value.empty() || lyd_value_validate(schema_.context(), leaf.lysc, value.data(),
+                                            value.size(), nullptr, nullptr, nullptr) == LY_SUCCESS;
+    if (!valid) refuse_value(leaf, value);
+    note_removal(parent, {&leaf, *operation == Operation::kDelete, line()});
+  } else {
+    lyd_node* node = create_value(parent, leaf, value);
+    if (operation.has_value()) note(parent, node, *operation, line());
+  }
+  --depth_;
+}
+
+lyd_node* TreeBuilder::create_value(Frame& parent, const SchemaNode& leaf,
+                                    const std::string& value) {
+  if (!is_yang_text(value)) refuse_value(leaf, value);
+  const bool clear = leaf.value == ValueKind::kEncrypted &&
+                     std::string_view(value).substr(0, kClearText.size()) == kClearText;
+  const std::string stored = clear ? encrypt_string(value.substr(kClearText.size())) : value;
+  lyd_node* node = nullptr;
+  if (lyd_new_term(parent.node, leaf.lysc->module, leaf.name.c_str(), stored.c_str(), 0, &node) !=
+      LY_SUCCESS) {
+    refuse_value(leaf, value);
+  }
+  check_form(leaf, value_kind(node));
+  if (leaf.kind != NodeKind::kLeafList) return node;
+  if (earlier_instance(parent, node) != nullptr) fail(excerpt(value) + " is given twice");
+  if (use_ == TreeUse::kChange) instances_of(parent, leaf).in_turn.push_back(node);
+  return node;
+}
+
+void TreeBuilder::check_form(const SchemaNode& leaf, ValueKind kind) const {
+  const bool right = form_ == ValueForm::kXmlText || form_ == form_of(kind);
+  if (!right) fail("needs " + std::string(name_of(form_of(kind))) + ": " + what_it_takes(leaf));
+}
+
+void TreeBuilder::leave_inner() {
+  Frame& frame = top();
+  if (frame.node == nullptr) {
+    for (std::size_t i = 0; i < frame.keys.size(); ++i) {
+      if (frame.keys[i].has_value()) continue;
+      fail_at(frame.line, "the entry has no key '" + frame.schema->children[i]->name + "'");
+    }
+  }
+  if (frame.again && (frame.operation.has_value() || notes_.operations.contains(frame.node))) {
+    fail_at(frame.line, "is given twice, with an operation");
+  }
+  for (const ChildOperation& of : frame.child_operations) settle(frame, of);
+  notes_.lines.emplace_back(frame.node, frame.line);
+  if (frame.operation.has_value()) notes_.operations.emplace(frame.node, *frame.operation);
+  frame.noted = frame.noted || frame.operation.has_value();
+  if (frame.noted) notes_.noted.insert(frame.node);
+  --depth_;
+  if (depth_ > 0) top().noted = top().noted || frame.noted;
+}
+
+void TreeBuilder::note(Frame& parent, const lyd_node* node, Operation operation, std::size_t line) {
+  notes_.operations.emplace(node, operation);
+  notes_.noted.insert(node);
+  notes_.lines.emplace_back(node, line);
+  parent.noted = true;
+}
+
+void TreeBuilder::note_removal(Frame& parent, const LeafRemoval& removal) {
+  notes_.removals[parent.node].push_back(removal);
+  parent.noted = true;
+}
+
+// Metadata of a leaf, or of a leaf-list's value, once the whole of its parent was read.
+void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
+  const SchemaNode& leaf = *of.leaf;
+  if (leaf.kind == NodeKind::kLeafList) {
+    const std::vector<lyd_node*>& values = instances_of(frame, leaf).in_turn;
+    if (of.index >= values.size()) {
+      fail_at(of.line, "'@" + leaf.name + "' has more values than '" + leaf.name + "'");
+    }
+    return note(frame, values[of.index], of.operation, of.line);
+  }
+  lyd_node* node = nullptr;
+  lyd_find_sibling_val(lyd_child(frame.node), leaf.lysc, nullptr, 0, &node);
+  if (goes(of.operation)) {
+    lyd_free_tree(node);
+    note_removal(frame, {&leaf, of.operation == Operation::kDelete, of.line});
+  } else if (node == nullptr) {
+    fail_at(of.line, "'@" + leaf.name + "' needs a '" + leaf.name + "' beside it");
+  } else {
+    note(frame, node, of.operation, of.line);
+  }
+}
+
+void TreeBuilder::refuse_value(const SchemaNode& leaf, const std::string& value) const {
+  const std::string why = why_refused(leaf, value);
+  ly_err_clean(schema_.context(), nullptr);
+  fail(why);
+}
+
+ReadConfiguration TreeBuilder::take_configuration() {
+  try {
+    check_subtree(root_.get());
+  } catch (const InvalidNode& error) {
+    throw InputError(error.what(), line_of(notes_.lines, error.node()));
+  }
+  bring_defaults(root_.get());
+  return {std::move(root_), std::move(unordered_)};
+}
+
+ReadChange TreeBuilder::take_change() {
+  return {std::move(root_), std::move(notes_)};
+}
+
+}  // namespace tarnd::store

@@ -1,0 +1,150 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "standalone/store/reader.h"
+
+namespace tarnd::store {
+
+/// Says where the parser is. Asked only when somebody wants to know: counting lines costs time.
+class Locator {
+ public:
+  Locator() = default;
+  Locator(const Locator&) = delete;
+  Locator& operator=(const Locator&) = delete;
+  virtual ~Locator() = default;
+  /// The line of what the parser reports now.
+  virtual std::size_t line() = 0;
+};
+
+/// How a format wrote a value. XML has texts only; what they mean is the type's matter.
+enum class ValueForm : std::uint8_t { kXmlText, kString, kNumber, kBoolean, kEmpty };
+
+enum class TreeUse : std::uint8_t { kConfiguration, kChange };
+
+/// Makes the tree of a document, node by node as a parser comes to them, by the model. Everything
+/// throws InputError with the line and the path of the node that is wrong.
+class TreeBuilder {
+ public:
+  /// The schema and the locator stay with the caller.
+  TreeBuilder(const Schema& schema, TreeUse use, Locator& locator);
+
+  /// Begins the top-level node.
+  void enter_root();
+  /// The child of the open node with this name. Throws for a name that the model does not have.
+  [[nodiscard]] const SchemaNode& child(std::string_view name) const;
+  /// Begins a child of the open node: a container, an entry of a list, or a value of a leaf or a
+  /// leaf-list.
+  void enter(const SchemaNode& node);
+  /// More of the open leaf's value; elsewhere only white space passes.
+  void text(std::string_view piece);
+  /// How the open leaf's value was written; kXmlText when not said.
+  void form(ValueForm form);
+  /// The edit operation of that name. Throws for a name that NETCONF does not have.
+  [[nodiscard]] Operation operation_named(std::string_view name) const;
+  /// The edit operation of the open node.
+  void operation(Operation operation);
+  /// The operation of the open node's leaf, or of the value at `index` of its leaf-list, which may
+  /// come later.
+  void operation_of(const SchemaNode& leaf, std::size_t index, Operation operation);
+  /// Ends the open node.
+  void leave();
+
+  /// The model's node that is open; null before and after the top-level one.
+  [[nodiscard]] const SchemaNode* open_node() const;
+  [[nodiscard]] TreeUse use() const { return use_; }
+
+  [[noreturn]] void fail(const std::string& what) const;
+  /// The path of the open node, with the keys that are known.
+  [[nodiscard]] std::string path() const;
+
+  /// What was built, once the top-level node has ended.
+  ReadConfiguration take_configuration();
+  ReadChange take_change();
+
+ private:
+  // What a parser reported of an entry before the entry's keys.
+  struct Event {
+    enum class Kind : std::uint8_t { kEnter, kText, kForm, kOperation, kOperationOf, kLeave };
+    Kind kind = Kind::kEnter;
+    const SchemaNode* node = nullptr;
+    std::string text;
+    ValueForm form = ValueForm::kXmlText;
+    Operation operation = Operation::kMerge;
+    std::size_t index = 0;
+    std::size_t line = 0;
+  };
+  struct ChildOperation {
+    const SchemaNode* leaf = nullptr;
+    std::size_t index = 0;
+    Operation operation = Operation::kMerge;
+    std::size_t line = 0;
+  };
+  // The instances of one list or leaf-list that came so far.
+  struct Instances {
+    const SchemaNode* schema = nullptr;
+    lyd_node* last = nullptr;        ///< of those that came in order
+    std::vector<lyd_node*> in_turn;  ///< in a change: values in the text's own order
+  };
+  // A node that is open.
+  struct Frame {
+    const SchemaNode* schema = nullptr;
+    lyd_node* node = nullptr;  ///< null for a leaf, and for an entry without all its keys
+    std::size_t line = 0;
+    std::vector<std::optional<std::string>> keys;  ///< of an entry, in the model's order
+    std::vector<bool> seen;                        ///< children, by their rank in the model
+    std::vector<Instances> instances;
+    std::vector<ChildOperation> child_operations;
+    std::vector<Event> early;                ///< what came before the keys
+    const SchemaNode* early_open = nullptr;  ///< the innermost open node of that
+    std::optional<Operation> operation;
+    bool noted = false;  ///< it or a node below has a note
+    bool again = false;  ///< in a change: it was open before
+  };
+
+  Frame& top() { return frames_[depth_ - 1]; }
+  [[nodiscard]] const Frame& top() const { return frames_[depth_ - 1]; }
+  Frame& around() { return frames_[depth_ - 2]; }
+  Frame& push(const SchemaNode& schema);
+  [[nodiscard]] std::size_t line() const;
+  [[nodiscard]] std::string path_of_frame(std::size_t depth) const;
+  [[noreturn]] void fail_at(std::size_t line, const std::string& what) const;
+  [[noreturn]] void refuse_value(const SchemaNode& leaf, const std::string& value) const;
+
+  bool record(Event event);
+  void replay(const std::vector<Event>& events);
+  void check_once(Frame& parent, const SchemaNode& node) const;
+  [[nodiscard]] bool was_given(const lyd_node* parent, const SchemaNode& leaf) const;
+  lyd_node* earlier_instance(Frame& parent, lyd_node* node);
+  static Instances& instances_of(Frame& parent, const SchemaNode& schema);
+  void enter_inner(const SchemaNode& node);
+  void create_entry(Frame& entry, lyd_node* parent);
+  void leave_inner();
+  void leave_leaf();
+  void take_key(const SchemaNode& key, const std::string& value);
+  lyd_node* create_value(Frame& parent, const SchemaNode& leaf, const std::string& value);
+  void check_form(const SchemaNode& leaf, ValueKind kind) const;
+  void note(Frame& parent, const lyd_node* node, Operation operation, std::size_t line);
+  void note_removal(Frame& parent, const LeafRemoval& removal);
+  void settle(Frame& frame, const ChildOperation& of);
+
+  const Schema& schema_;
+  const TreeUse use_;
+  Locator& locator_;
+  std::deque<Frame> frames_;  // those of nodes that have ended are kept for the next ones
+  std::size_t depth_ = 0;
+  std::string value_;  // of the open leaf
+  ValueForm form_ = ValueForm::kXmlText;
+  std::size_t replayed_line_ = 0;
+  TreeOwner root_;
+  UnorderedLists unordered_;
+  ChangeNotes notes_;
+};
+
+}  // namespace tarnd::store

@@ -1,0 +1,240 @@
+#include "standalone/store/xml_reader.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <memory>
+
+#include "standalone/store/envelope.h"
+#include "standalone/store/input_text.h"
+
+namespace tarnd::store {
+namespace {
+
+// Between the namespace, the local name and the prefix. No name holds one, and expat refuses a
+// namespace that does.
+constexpr char kSeparator = '\n';
+constexpr std::string_view kOperation = "operation";
+
+struct XmlName {
+  std::string_view name_space;
+  std::string_view local;
+};
+
+XmlName split(std::string_view name) {
+  const std::size_t end_of_namespace = name.find(kSeparator);
+  if (end_of_namespace == std::string_view::npos) return {{}, name};
+  return {name.substr(0, end_of_namespace), name.substr(end_of_namespace + 1)};
+}
+
+struct ErrorText {
+  XML_Error code;
+  std::string_view text;
+};
+
+// In words of our own, since expat's differ from release to release.
+constexpr std::array kErrorTexts{
+    ErrorText{XML_ERROR_SYNTAX, "text where an element or its end is needed"},
+    ErrorText{XML_ERROR_NO_ELEMENTS, "the text ends before the elements that it begins"},
+    ErrorText{XML_ERROR_UNCLOSED_TOKEN, "a tag, an entity or a comment is not ended"},
+    ErrorText{XML_ERROR_PARTIAL_CHAR, "the text ends within a letter"},
+    ErrorText{XML_ERROR_TAG_MISMATCH, "an end tag does not match the element that is open"},
+    ErrorText{XML_ERROR_DUPLICATE_ATTRIBUTE, "an attribute is given twice"},
+    ErrorText{XML_ERROR_JUNK_AFTER_DOC_ELEMENT, "a second element, or text, after the top level"},
+    ErrorText{XML_ERROR_UNDEFINED_ENTITY,
+              "an entity that XML does not have; it has amp, lt, gt, apos and quot"},
+    ErrorText{XML_ERROR_BAD_CHAR_REF, "a reference to a character that XML does not allow"},
+    ErrorText{XML_ERROR_UNBOUND_PREFIX, "a prefix without its xmlns declaration"},
+    ErrorText{XML_ERROR_MISPLACED_XML_PI, "the XML declaration is not at the very beginning"},
+    ErrorText{XML_ERROR_UNCLOSED_CDATA_SECTION, "a CDATA section is not ended"},
+    ErrorText{XML_ERROR_XML_DECL, "the XML declaration is wrong"},
+};
+
+std::string text_of(XML_Error code) {
+  const auto* found = std::find_if(kErrorTexts.begin(), kErrorTexts.end(),
+                                   [code](const ErrorText& row) { return row.code == code; });
+  return "not XML: " +
+         std::string(found != kErrorTexts.end() ? found->text : "a character out of place");
+}
+
+class ExpatLocator : public Locator {
+ public:
+  explicit ExpatLocator(XML_Parser parser) : parser_(parser) {}
+  std::size_t line() override { return XML_GetCurrentLineNumber(parser_); }
+
+ private:
+  XML_Parser parser_;
+};
+
+class XmlReader {
+ public:
+  XmlReader(const Schema& schema, TreeUse use)
+      : schema_(schema),
+        parser_(XML_ParserCreateNS("UTF-8", kSeparator), &XML_ParserFree),
+        locator_(parser_.get()),
+        envelope_(schema, use, locator_),
+        builder_(schema, use, locator_) {
+    XML_Parser parser = parser_.get();
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(
+        parser,
+        [](void* self, const char* name, const char** attributes) {
+          of(self).guarded([&](XmlReader& reader) { reader.begin(split(name), attributes); });
+        },
+        [](void* self, const char* /*name*/) {
+          of(self).guarded([](XmlReader& reader) { reader.end(); });
+        });
+    XML_SetCharacterDataHandler(parser, [](void* self, const char* text, int length) {
+      of(self).guarded([&](XmlReader& reader) {
+        reader.text({text, static_cast<std::size_t>(length)});
+      });
+    });
+    XML_SetXmlDeclHandler(
+        parser, [](void* self, const char* /*version*/, const char* encoding, int /*standalone*/) {
+          of(self).guarded([&](XmlReader& reader) { reader.check_encoding(encoding); });
+        });
+    XML_SetStartDoctypeDeclHandler(
+        parser, [](void* self, const char* /*name*/, const char* /*system*/, const char* /*public*/,
+                   int /*internal*/) {
+          of(self).guarded([](XmlReader& reader) {
+            reader.envelope_.fail("a DOCTYPE; a configuration is read without one");
+          });
+        });
+  }
+
+  void read(std::string_view text) {
+    // As much at a time as expat's lengths hold.
+    constexpr std::size_t kMost = std::size_t{1} << 30;
+    do {
+      const std::string_view piece = text.substr(0, kMost);
+      text.remove_prefix(piece.size());
+      const XML_Status status = XML_Parse(parser_.get(), piece.data(),
+                                          static_cast<int>(piece.size()), text.empty() ? 1 : 0);
+      if (failure_ != nullptr) std::rethrow_exception(failure_);
+      if (status != XML_STATUS_OK) {
+        throw InputError(text_of(XML_GetErrorCode(parser_.get())), locator_.line());
+      }
+    } while (!text.empty());
+    envelope_.finish();
+  }
+
+  [[nodiscard]] TreeBuilder& builder() { return builder_; }
+  [[nodiscard]] const Envelope& envelope() const { return envelope_; }
+
+ private:
+  static XmlReader& of(void* self) { return *static_cast<XmlReader*>(self); }
+
+  // No exception may pass through expat's C code.
+  template <typename Handle>
+  void guarded(Handle handle) {
+    if (failure_ != nullptr) return;
+    try {
+      handle(*this);
+    } catch (...) {
+      failure_ = std::current_exception();
+      XML_StopParser(parser_.get(), XML_FALSE);
+    }
+  }
+
+  void begin(const XmlName& name, const char** attributes) {
+    if (builder_.open_node() == nullptr) {
+      if (!envelope_.enter(name.name_space, name.local)) {
+        return refuse_operation(name.local, attributes);
+      }
+      builder_.enter_root();
+    } else {
+      check_namespace(name);
+      builder_.enter(builder_.child(name.local));
+    }
+    for (; *attributes != nullptr; attributes += 2) {
+      take_attribute(split(attributes[0]), attributes[1]);
+    }
+  }
+
+  void check_namespace(const XmlName& name) const {
+    if (name.name_space == schema_.namespace_uri()) return;
+    builder_.fail("holds " + excerpt(name.local) +
+                  (name.name_space.empty() ? " in no namespace"
+                                           : " in the namespace " + excerpt(name.name_space)) +
+                  "; '" + std::string(schema_.namespace_uri()) + "' is needed");
+  }
+
+  void take_attribute(const XmlName& name, std::string_view value) {
+    if (builder_.use() == TreeUse::kConfiguration) {
+      builder_.fail("has the attribute " + excerpt(name.local) +
+                    "; a configuration has none, a change may");
+    }
+    if (name.local != kOperation) builder_.fail("has the unknown attribute " + excerpt(name.local));
+    if (name.name_space != kNetconfNamespace) {
+      builder_.fail("has an attribute 'operation' " +
+                    (name.name_space.empty() ? std::string("without a prefix")
+                                             : "in the namespace " + excerpt(name.name_space)) +
+                    "; nc:operation with xmlns:nc=\"" + std::string(kNetconfNamespace) +
+                    "\" is needed");
+    }
+    builder_.operation(builder_.operation_named(value));
+  }
+
+  // It would have no effect there, and the user should not believe that it has.
+  void refuse_operation(std::string_view element, const char** attributes) const {
+    for (; *attributes != nullptr; attributes += 2) {
+      if (split(attributes[0]).local == kOperation) {
+        envelope_.fail("'" + std::string(element) +
+                       "' has an attribute 'operation', which only nodes of the model have");
+      }
+    }
+  }
+
+  void end() {
+    if (builder_.open_node() != nullptr) {
+      builder_.leave();
+      if (builder_.open_node() != nullptr) return;
+    }
+    envelope_.leave();
+  }
+
+  void text(std::string_view piece) {
+    if (builder_.open_node() != nullptr) {
+      builder_.text(piece);
+    } else {
+      envelope_.text(piece);
+    }
+  }
+
+  void check_encoding(const char* encoding) {
+    if (encoding == nullptr) return;
+    const std::string_view name = encoding;
+    constexpr std::string_view kUtf8 = "utf-8";
+    const bool known = std::equal(
+        name.begin(), name.end(), kUtf8.begin(), kUtf8.end(),
+        [](char letter, char wanted) { return letter == wanted || letter - 'A' + 'a' == wanted; });
+    if (!known) envelope_.fail("the encoding is " + excerpt(name) + "; UTF-8 is needed");
+  }
+
+  const Schema& schema_;
+  std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
+  ExpatLocator locator_;
+  Envelope envelope_;
+  TreeBuilder builder_;
+  std::exception_ptr failure_;
+};
+
+}  // namespace
+
+ReadConfiguration read_xml_configuration(const Schema& schema, std::string_view text) {
+  XmlReader reader(schema, TreeUse::kConfiguration);
+  reader.read(text);
+  return reader.builder().take_configuration();
+}
+
+ReadChange read_xml_change(const Schema& schema, std::string_view text) {
+  XmlReader reader(schema, TreeUse::kChange);
+  reader.read(text);
+  ReadChange change = reader.builder().take_change();
+  change.notes.default_operation = reader.envelope().default_operation();
+  return change;
+}
+
+}  // namespace tarnd::store
