@@ -1,7 +1,10 @@
 #include "standalone/store/change_tree.h"
 
 #include <algorithm>
-#include <unordered_map>
+#include <iterator>
+#include <unordered_set>
+
+#include "standalone/store/instance_key.h"
 
 namespace tarnd::store {
 namespace {
@@ -32,16 +35,16 @@ class ChildChanges {
   // The values of one leaf-list are one change, however many of them differ.
   void add_leaf_list(const SchemaNode& schema, std::vector<const lyd_node*> before,
                      std::vector<const lyd_node*> after) {
-    for (const Change& change : changes_) {
-      if (change.schema == &schema) return;
-    }
     std::sort(before.begin(), before.end(), value_less);
     std::sort(after.begin(), after.end(), value_less);
+    if (std::equal(before.begin(), before.end(), after.begin(), after.end(), same_value)) return;
     changes_.push_back({&schema, nullptr, nullptr, std::move(before), std::move(after), {}});
   }
 
   [[nodiscard]] std::vector<Change> take() {
-    std::sort(changes_.begin(), changes_.end(), in_model_and_key_order);
+    if (!std::is_sorted(changes_.begin(), changes_.end(), in_model_and_key_order)) {
+      std::sort(changes_.begin(), changes_.end(), in_model_and_key_order);
+    }
     return std::move(changes_);
   }
 
@@ -60,7 +63,7 @@ std::optional<Change> deleted(const lyd_node* before) {
 }
 
 std::optional<Change> changed_leaf(const lyd_node* before, const lyd_node* after) {
-  if (value_text(before) == value_text(after)) return std::nullopt;
+  if (same_value(before, after)) return std::nullopt;
   return Change{&schema_of(after), before, after, {}, {}, {}};
 }
 
@@ -70,93 +73,148 @@ std::optional<Change> with_children(const lyd_node* before, const lyd_node* afte
   return Change{&schema_of(after), before, after, {}, {}, std::move(children)};
 }
 
-const lyd_node* counterpart(const lyd_node* parent, const lyd_node* node) {
-  lyd_node* found = nullptr;
-  if (parent == nullptr) return nullptr;
-  if ((node->schema->nodetype & (LYS_LIST | LYS_LEAFLIST)) != 0) {
-    lyd_find_sibling_first(lyd_child(parent), node, &found);
-  } else {
-    lyd_find_sibling_val(lyd_child(parent), node->schema, nullptr, 0, &found);
-  }
-  return found;
-}
-
 std::vector<const lyd_node*> values_of(const lyd_node* parent, const SchemaNode& leaf_list) {
   std::vector<const lyd_node*> values;
-  for (const lyd_node* child = lyd_child(parent); child != nullptr; child = child->next) {
-    if (child->schema == leaf_list.lysc) values.push_back(child);
+  for (const lyd_node* child = child_instance(parent, leaf_list);
+       child != nullptr && child->schema == leaf_list.lysc; child = child->next) {
+    values.push_back(child);
   }
   return values;
 }
 
-// One node that libyang's diff speaks of, and where it does.
-struct DiffOfNode {
-  const lyd_node* before = nullptr;
-  const lyd_node* after = nullptr;
-  std::vector<const lyd_node*> diffs;
+// The instances of one node of the model that are left of a walk over siblings.
+class Run {
+ public:
+  explicit Run(const lyd_node* first) : node_(first), schema_(first->schema) {}
+
+  [[nodiscard]] bool at_end() const { return node_ == nullptr || node_->schema != schema_; }
+  [[nodiscard]] const lyd_node* node() const { return node_; }
+  void step() { node_ = node_->next; }
+
+  std::vector<const lyd_node*> take_rest() {
+    std::vector<const lyd_node*> rest;
+    for (; !at_end(); step()) rest.push_back(node_);
+    return rest;
+  }
+
+ private:
+  const lyd_node* node_;
+  const lysc_node* schema_;
 };
 
-// The nodes directly below, in the diff's order. libyang may speak of one node in several places.
-std::vector<DiffOfNode> diffs_below(const DiffOfNode& parent) {
-  std::vector<DiffOfNode> nodes;
-  std::unordered_map<const lyd_node*, std::size_t> place_of;
-  for (const lyd_node* diff : parent.diffs) {
-    for (const lyd_node* child = lyd_child(diff); child != nullptr; child = child->next) {
-      if (lysc_is_key(child->schema)) continue;
-      const lyd_node* before = counterpart(parent.before, child);
-      const lyd_node* after = counterpart(parent.after, child);
-      if (before == nullptr && after == nullptr) continue;
-      const auto place = place_of.emplace(after != nullptr ? after : before, nodes.size());
-      if (place.second) nodes.push_back({before, after, {}});
-      nodes[place.first->second].diffs.push_back(child);
-    }
-  }
-  return nodes;
+std::optional<Change> difference(const lyd_node* before, const lyd_node* after);
+
+void put_in_key_order(std::vector<const lyd_node*>& entries) {
+  if (std::is_sorted(entries.begin(), entries.end(), key_less)) return;
+  std::sort(entries.begin(), entries.end(), key_less);
 }
 
-// Follows libyang's diff of two trees to the nodes themselves.
-std::optional<Change> from_diff(const DiffOfNode& node) {
-  if (node.before == nullptr) return created(node.after);
-  if (node.after == nullptr) return deleted(node.before);
-  if (schema_of(node.after).kind == NodeKind::kLeaf) return changed_leaf(node.before, node.after);
-  ChildChanges children;
-  for (const DiffOfNode& child : diffs_below(node)) {
-    const SchemaNode& schema = schema_of(child.after != nullptr ? child.after : child.before);
-    if (schema.kind == NodeKind::kLeafList) {
-      children.add_leaf_list(schema, values_of(node.before, schema), values_of(node.after, schema));
+void compare_entries(std::vector<const lyd_node*> before, std::vector<const lyd_node*> after,
+                     ChildChanges& changes) {
+  put_in_key_order(before);
+  put_in_key_order(after);
+  auto left = before.begin();
+  for (const lyd_node* entry : after) {
+    while (left != before.end() && key_less(*left, entry)) changes.add(deleted(*left++));
+    if (left == before.end() || key_less(entry, *left)) {
+      changes.add(created(entry));
     } else {
-      children.add(from_diff(child));
+      changes.add(difference(*left++, entry));
     }
   }
-  return with_children(node.before, node.after, children.take());
+  for (; left != before.end(); ++left) changes.add(deleted(*left));
 }
 
-std::optional<Change> swapped(const lyd_node* before, const lyd_node* after) {
-  if (schema_of(after).kind == NodeKind::kLeaf) return changed_leaf(before, after);
-  // libyang compares trees from their roots on, so a node inside one is copied out.
-  lyd_node* copied = nullptr;
-  if (after->parent != nullptr) {
-    lyd_dup_single(after, nullptr, LYD_DUP_RECURSIVE | LYD_DUP_WITH_FLAGS, &copied);
+// Instances of the same node of the model on both sides. What is the same most often stands in the
+// same place, too.
+void compare(Run& before, Run& after, ChildChanges& changes) {
+  const SchemaNode& schema = schema_of(before.node());
+  if (schema.kind == NodeKind::kLeafList) {
+    return changes.add_leaf_list(schema, before.take_rest(), after.take_rest());
   }
-  const TreeOwner copy(copied, lyd_free_all);
-  lyd_node* diff = nullptr;
-  lyd_diff_tree(before, copied != nullptr ? copied : after, 0, &diff);
-  const TreeOwner owner(diff, lyd_free_all);
-  return diff != nullptr ? from_diff({before, after, {diff}}) : std::nullopt;
+  while (!before.at_end() && !after.at_end() && same_instance(before.node(), after.node())) {
+    changes.add(difference(before.node(), after.node()));
+    before.step();
+    after.step();
+  }
+  if (!before.at_end() || !after.at_end()) {
+    compare_entries(before.take_rest(), after.take_rest(), changes);
+  }
+}
+
+void add_created(Run& run, ChildChanges& changes) {
+  const SchemaNode& schema = schema_of(run.node());
+  if (schema.kind == NodeKind::kLeafList) return changes.add_leaf_list(schema, {}, run.take_rest());
+  for (; !run.at_end(); run.step()) changes.add(created(run.node()));
+}
+
+void add_deleted(Run& run, ChildChanges& changes) {
+  const SchemaNode& schema = schema_of(run.node());
+  if (schema.kind == NodeKind::kLeafList) return changes.add_leaf_list(schema, run.take_rest(), {});
+  for (; !run.at_end(); run.step()) changes.add(deleted(run.node()));
+}
+
+std::vector<Change> compare_children(const lyd_node* before, const lyd_node* after) {
+  ChildChanges changes;
+  // Siblings are in the order of the model.
+  const lyd_node* old = lyd_child_no_keys(before);
+  const lyd_node* now = lyd_child_no_keys(after);
+  while (old != nullptr && now != nullptr) {
+    Run left(old);
+    Run right(now);
+    if (old->schema == now->schema) {
+      compare(left, right, changes);
+    } else if (schema_of(old).position < schema_of(now).position) {
+      add_deleted(left, changes);
+    } else {
+      add_created(right, changes);
+    }
+    old = left.node();
+    now = right.node();
+  }
+  while (old != nullptr) {
+    Run rest(old);
+    add_deleted(rest, changes);
+    old = rest.node();
+  }
+  while (now != nullptr) {
+    Run rest(now);
+    add_created(rest, changes);
+    now = rest.node();
+  }
+  return changes.take();
+}
+
+// Of two instances of one node.
+std::optional<Change> difference(const lyd_node* before, const lyd_node* after) {
+  if (schema_of(after).kind == NodeKind::kLeaf) return changed_leaf(before, after);
+  return with_children(before, after, compare_children(before, after));
 }
 
 // The values before the edits, told from those that stand now and the records of what came and
 // went.
 std::vector<const lyd_node*> values_before(const EditRecord& parent, const SchemaNode& schema,
-                                           std::vector<const lyd_node*> values) {
+                                           const std::vector<const lyd_node*>& now) {
+  std::vector<const lyd_node*> values;
+  std::unordered_set<const lyd_node*> came;
   for (const auto& record : parent.children) {
     if (record->schema != &schema || record->before == record->after) continue;
-    if (record->after != nullptr) {
-      values.erase(std::find(values.begin(), values.end(), record->after));
-    }
+    if (record->after != nullptr) came.insert(record->after);
     if (record->before != nullptr) values.push_back(record->before);
   }
+  std::copy_if(now.begin(), now.end(), std::back_inserter(values),
+               [&](const lyd_node* value) { return !came.contains(value); });
   return values;
+}
+
+void add_leaf_lists(const EditRecord& parent, ChildChanges& changes) {
+  std::unordered_set<const SchemaNode*> seen;
+  for (const auto& record : parent.children) {
+    const SchemaNode& schema = *record->schema;
+    if (schema.kind != NodeKind::kLeafList || !seen.insert(&schema).second) continue;
+    const std::vector<const lyd_node*> now = values_of(parent.after, schema);
+    changes.add_leaf_list(schema, values_before(parent, schema, now), now);
+  }
 }
 
 }  // namespace
@@ -182,16 +240,12 @@ std::optional<Change> change_tree(const EditRecord& record) {
   if (record.before == nullptr && record.after == nullptr) return std::nullopt;
   if (record.before == nullptr) return created(record.after);
   if (record.after == nullptr) return deleted(record.before);
-  if (!record.tracked()) return swapped(record.before, record.after);
+  if (!record.tracked()) return difference(record.before, record.after);
   ChildChanges children;
   for (const auto& child : record.children) {
-    if (child->schema->kind != NodeKind::kLeafList) {
-      children.add(change_tree(*child));
-    } else if ((child->before == nullptr) != (child->after == nullptr)) {
-      auto values = values_of(record.after, *child->schema);
-      children.add_leaf_list(*child->schema, values_before(record, *child->schema, values), values);
-    }
+    if (child->schema->kind != NodeKind::kLeafList) children.add(change_tree(*child));
   }
+  add_leaf_lists(record, children);
   return with_children(record.before, record.after, children.take());
 }
 

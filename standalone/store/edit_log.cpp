@@ -1,24 +1,67 @@
 #include "standalone/store/edit_log.h"
 
+#include <functional>
+
 namespace tarnd::store {
 namespace {
 
-// Same place in the model, for an entry the same keys, for a leaf-list the same value.
-bool same_instance(const lyd_node* left, const lyd_node* right) {
-  if (left->schema != right->schema) return false;
-  if ((left->schema->nodetype & (LYS_LIST | LYS_LEAFLIST)) == 0) return true;
-  if (left->schema->nodetype == LYS_LEAFLIST) return value_text(left) == value_text(right);
-  // NOLINTNEXTLINE(readability-suspicious-call-argument): both ways round
-  return !key_less(left, right) && !key_less(right, left);
+std::size_t gone_hash(const EditRecord* parent, const SchemaNode* schema, std::size_t key) {
+  constexpr std::size_t kFactor = 1'000'003;
+  const std::size_t place = std::hash<const void*>{}(parent)*kFactor + schema->position;
+  return place * kFactor + key;
+}
+
+void grow(EditRecord& parent, const SchemaNode& schema, std::ptrdiff_t by) {
+  if (schema.kind != NodeKind::kList) return;
+  for (auto& [list, growth] : parent.growth) {
+    if (list != &schema) continue;
+    growth += by;
+    return;
+  }
+  parent.growth.emplace_back(&schema, by);
 }
 
 }  // namespace
+
+std::size_t EditLog::GoneHash::operator()(const EditRecord* record) const {
+  return gone_hash(record->parent, record->schema, key_hash(record->before));
+}
+
+std::size_t EditLog::GoneHash::operator()(const Place& place) const {
+  return gone_hash(place.parent, place.schema, key_hash(place.key));
+}
+
+std::size_t EditLog::GoneHash::operator()(const Standing& standing) const {
+  return gone_hash(standing.parent, &schema_of(standing.node), key_hash(standing.node));
+}
+
+bool EditLog::GoneEqual::operator()(const Place& place, const EditRecord* record) const {
+  return record->parent == place.parent && record->schema == place.schema &&
+         has_key(record->before, place.key);
+}
+
+bool EditLog::GoneEqual::operator()(const Standing& standing, const EditRecord* record) const {
+  return record->parent == standing.parent && same_instance(record->before, standing.node);
+}
 
 EditLog::EditLog(TreeKeeper& keeper, lyd_node*& root) : keeper_(keeper), root_(root) {}
 
 EditRecord* EditLog::record_of(const lyd_node* node) const {
   const auto found = by_node_.find(node);
   return found != by_node_.end() ? found->second : nullptr;
+}
+
+const EditRecord* EditLog::gone(const EditRecord& parent, const SchemaNode& schema,
+                                InstanceKey key) const {
+  const auto found = gone_.find(Place{&parent, &schema, key});
+  return found != gone_.end() ? *found : nullptr;
+}
+
+std::ptrdiff_t EditLog::growth(const EditRecord& parent, const SchemaNode& list) {
+  for (const auto& [schema, growth] : parent.growth) {
+    if (schema == &list) return growth;
+  }
+  return 0;
 }
 
 // The tracked record of a standing node, made where there is none; null where a created or swapped
@@ -29,7 +72,7 @@ EditRecord* EditLog::track(lyd_node* node) {
   }
   if (node == root_) {
     root_record_ =
-        std::make_unique<EditRecord>(EditRecord{&schema_of(node), nullptr, node, node, {}});
+        std::make_unique<EditRecord>(EditRecord{&schema_of(node), nullptr, node, node, {}, {}});
     by_node_[node] = root_record_.get();
     return root_record_.get();
   }
@@ -40,7 +83,7 @@ EditRecord* EditLog::track(lyd_node* node) {
 EditRecord* EditLog::add(EditRecord& parent, const SchemaNode& schema, lyd_node* before,
                          lyd_node* after) {
   parent.children.push_back(
-      std::make_unique<EditRecord>(EditRecord{&schema, &parent, before, after, {}}));
+      std::make_unique<EditRecord>(EditRecord{&schema, &parent, before, after, {}, {}}));
   EditRecord* record = parent.children.back().get();
   if (after != nullptr) by_node_[after] = record;
   return record;
@@ -50,16 +93,16 @@ void EditLog::insert(lyd_node* parent, lyd_node* node) {
   EditRecord* parent_record = track(parent);
   keeper_.insert(parent, node);
   if (parent_record == nullptr) return;
-  const auto [first, last] = gone_.equal_range(node->hash);
-  for (auto at = first; at != last; ++at) {
-    EditRecord* record = at->second;
-    if (record->parent != parent_record || !same_instance(record->before, node)) continue;
-    record->after = node;
-    by_node_[node] = record;
-    gone_.erase(at);
+  grow(*parent_record, schema_of(node), 1);
+  const auto gone = gone_.find(Standing{parent_record, node});
+  if (gone == gone_.end()) {
+    add(*parent_record, schema_of(node), nullptr, node);
     return;
   }
-  add(*parent_record, schema_of(node), nullptr, node);
+  EditRecord* record = *gone;
+  record->after = node;
+  by_node_[node] = record;
+  gone_.erase(gone);
 }
 
 void EditLog::remove(lyd_node* node) {
@@ -72,6 +115,7 @@ void EditLog::remove(lyd_node* node) {
       undo(**child, node);
     }
     record->children.clear();
+    record->growth.clear();
   }
   by_node_.erase(node);
   keeper_.unlink(node);
@@ -79,25 +123,17 @@ void EditLog::remove(lyd_node* node) {
     keeper_.free(node);
     return;
   }
+  grow(*parent_record, schema_of(node), -1);
   if (record == nullptr) record = add(*parent_record, schema_of(node), node, nullptr);
   if (record->before != node) keeper_.free(node);
   record->after = nullptr;
-  if (record->before != nullptr) gone_.emplace(record->before->hash, record);
-}
-
-void EditLog::forget_gone(const EditRecord& record) {
-  const auto [first, last] = gone_.equal_range(record.before->hash);
-  for (auto at = first; at != last; ++at) {
-    if (at->second != &record) continue;
-    gone_.erase(at);
-    return;
-  }
+  if (record->before != nullptr) gone_.insert(record);
 }
 
 void EditLog::swap_root(lyd_node* root) {
   undo();
   root_record_ =
-      std::make_unique<EditRecord>(EditRecord{&schema_of(root), nullptr, root_, root, {}});
+      std::make_unique<EditRecord>(EditRecord{&schema_of(root), nullptr, root_, root, {}, {}});
   by_node_[root] = root_record_.get();
   root_ = root;
 }
@@ -116,7 +152,7 @@ void EditLog::undo(EditRecord& record, lyd_node* parent) {
     keeper_.free(record.after);
   }
   if (record.before == nullptr) return;
-  if (record.after == nullptr) forget_gone(record);
+  if (record.after == nullptr) gone_.erase(&record);
   keeper_.insert(parent, record.before);
 }
 

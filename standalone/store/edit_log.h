@@ -1,9 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
+#include "standalone/store/instance_key.h"
 #include "standalone/store/tree_keeper.h"
 
 namespace tarnd::store {
@@ -21,6 +25,8 @@ struct EditRecord {
   lyd_node* before = nullptr;
   lyd_node* after = nullptr;
   std::vector<std::unique_ptr<EditRecord>> children;
+  /// How many more entries a list has than before; of the lists that lost or got some.
+  std::vector<std::pair<const SchemaNode*, std::ptrdiff_t>> growth;
 
   [[nodiscard]] bool tracked() const { return before != nullptr && before == after; }
 };
@@ -47,20 +53,47 @@ class EditLog {
   [[nodiscard]] const EditRecord* root_record() const { return root_record_.get(); }
   /// The node's own record, or null.
   [[nodiscard]] EditRecord* record_of(const lyd_node* node) const;
+  /// The record of the node of this key that is gone from below the parent, or null.
+  [[nodiscard]] const EditRecord* gone(const EditRecord& parent, const SchemaNode& schema,
+                                       InstanceKey key) const;
+  /// How many more entries of the list there are below the parent than before.
+  [[nodiscard]] static std::ptrdiff_t growth(const EditRecord& parent, const SchemaNode& list);
 
  private:
+  // Where a node may be gone from, and which.
+  struct Place {
+    const EditRecord* parent;
+    const SchemaNode* schema;
+    InstanceKey key;
+  };
+  struct Standing {
+    const EditRecord* parent;
+    const lyd_node* node;
+  };
+  struct GoneHash {
+    using is_transparent = void;
+    std::size_t operator()(const EditRecord* record) const;
+    std::size_t operator()(const Place& place) const;
+    std::size_t operator()(const Standing& standing) const;
+  };
+  struct GoneEqual {
+    using is_transparent = void;
+    bool operator()(const EditRecord* left, const EditRecord* right) const { return left == right; }
+    bool operator()(const Place& place, const EditRecord* record) const;
+    bool operator()(const Standing& standing, const EditRecord* record) const;
+  };
+
   EditRecord* track(lyd_node* node);
   EditRecord* add(EditRecord& parent, const SchemaNode& schema, lyd_node* before, lyd_node* after);
   void undo(EditRecord& record, lyd_node* parent);
-  void forget_gone(const EditRecord& record);
   void keep(EditRecord& record);
 
   TreeKeeper& keeper_;
   lyd_node*& root_;
   std::unique_ptr<EditRecord> root_record_;
   std::unordered_map<const lyd_node*, EditRecord*> by_node_;
-  // Nodes that are gone, by the hash of their name and keys: they may come back.
-  std::unordered_multimap<std::uint32_t, EditRecord*> gone_;
+  // Records whose nodes are gone: they may come back.
+  std::unordered_set<EditRecord*, GoneHash, GoneEqual> gone_;
 };
 
 }  // namespace tarnd::store

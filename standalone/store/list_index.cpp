@@ -1,42 +1,16 @@
 #include "standalone/store/list_index.h"
 
 #include <algorithm>
-#include <functional>
 
 #include "standalone/store/datastore.h"
 
 namespace tarnd::store {
 namespace {
 
-std::size_t mix(std::size_t seed, std::string_view text) {
-  return seed * 31 + std::hash<std::string_view>{}(text);
-}
+// As many are taken out of the order at once; a look through the whole of it costs more.
+constexpr int kHandful = 16;
 
 }  // namespace
-
-std::size_t ListIndex::Hash::operator()(const lyd_node* entry) const {
-  std::size_t hash = 0;
-  const lyd_node* key = lyd_child(entry);
-  for (std::size_t i = 0; i < schema_of(entry).num_keys; ++i, key = key->next) {
-    hash = mix(hash, value_text(key));
-  }
-  return hash;
-}
-
-std::size_t ListIndex::Hash::operator()(KeyTexts keys) const {
-  std::size_t hash = 0;
-  for (const std::string& key : keys) hash = mix(hash, key);
-  return hash;
-}
-
-bool ListIndex::Equal::operator()(KeyTexts keys, const lyd_node* entry) const {
-  const lyd_node* key = lyd_child(entry);
-  for (const std::string& text : keys) {
-    if (value_text(key) != text) return false;
-    key = key->next;
-  }
-  return true;
-}
 
 ListIndex::ListIndex(const lyd_node* parent, const SchemaNode& list) {
   lyd_node* entry = nullptr;
@@ -51,25 +25,52 @@ ListIndex::ListIndex(const lyd_node* parent, const SchemaNode& list) {
   by_key_.insert(ordered_.begin(), ordered_.end());
 }
 
-lyd_node* ListIndex::find(std::span<const std::string> keys) const {
+lyd_node* ListIndex::find(InstanceKey keys) const {
   const auto found = by_key_.find(keys);
   return found == by_key_.end() ? nullptr : *found;
 }
 
+std::span<lyd_node* const> ListIndex::ordered() const {
+  settle();
+  return ordered_;
+}
+
 bool ListIndex::insert(lyd_node* entry) {
   by_key_.insert(entry);
-  if (ordered_.empty() || key_less(ordered_.back(), entry)) {
+  const bool settled = gone_.empty() && came_.empty();
+  if (settled && (ordered_.empty() || key_less(ordered_.back(), entry))) {
     ordered_.push_back(entry);
     return true;
   }
-  ordered_.insert(std::lower_bound(ordered_.begin(), ordered_.end(), entry, key_less), entry);
+  came_.insert(entry);
   return false;
 }
 
 void ListIndex::erase(lyd_node* entry) {
-  by_key_.erase(entry);
-  const auto at = std::lower_bound(ordered_.begin(), ordered_.end(), entry, key_less);
-  if (at != ordered_.end() && *at == entry) ordered_.erase(at);
+  if (by_key_.erase(entry) == 0 || came_.erase(entry) == 1) return;
+  // Keys can be compared as long as nothing in the order is gone.
+  if (gone_.empty() && erased_at_once_ < kHandful) {
+    ++erased_at_once_;
+    ordered_.erase(std::lower_bound(ordered_.begin(), ordered_.end(), entry, key_less));
+  } else {
+    gone_.insert(entry);
+  }
+}
+
+void ListIndex::settle() const {
+  erased_at_once_ = 0;
+  if (!gone_.empty()) {
+    std::erase_if(ordered_, [&](const lyd_node* entry) { return gone_.contains(entry); });
+    gone_ = {};
+  }
+  if (came_.empty()) return;
+  std::vector<lyd_node*> came(came_.begin(), came_.end());
+  came_ = {};
+  std::sort(came.begin(), came.end(), key_less);
+  const auto first = std::lower_bound(ordered_.begin(), ordered_.end(), came.front(), key_less);
+  const auto before = first - ordered_.begin();
+  const auto middle = ordered_.insert(ordered_.end(), came.begin(), came.end());
+  std::inplace_merge(ordered_.begin() + before, middle, ordered_.end(), key_less);
 }
 
 ListIndex* IndexSet::made(const lyd_node* parent, const SchemaNode& list) {

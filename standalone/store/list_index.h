@@ -1,43 +1,50 @@
 #pragma once
 
 #include <span>
-#include <string>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
-#include "standalone/store/schema.h"
+#include "standalone/store/instance_key.h"
 
 namespace tarnd::store {
 
-/// The entries of one list of one parent: by key through a hash, and in key order.
+/// The entries of one list of one parent: by key through a hash, and in key order. Entries may come
+/// and go in any order at little cost; the next read of the order pays for all of them together.
 class ListIndex {
  public:
   /// Indexes what stands below the parent now.
   ListIndex(const lyd_node* parent, const SchemaNode& list);
 
-  [[nodiscard]] std::span<lyd_node* const> ordered() const { return ordered_; }
-  [[nodiscard]] lyd_node* find(std::span<const std::string> keys) const;
+  [[nodiscard]] std::span<lyd_node* const> ordered() const;
+  [[nodiscard]] lyd_node* find(InstanceKey keys) const;
 
-  /// Returns false when the entry belongs before one that already stands.
+  /// Returns true when the entry belongs behind all others, as far as that is known at once.
   bool insert(lyd_node* entry);
+  /// The entry still has its keys.
   void erase(lyd_node* entry);
 
  private:
-  using KeyTexts = std::span<const std::string>;
   struct Hash {
     using is_transparent = void;
-    std::size_t operator()(const lyd_node* entry) const;
-    std::size_t operator()(KeyTexts keys) const;
+    std::size_t operator()(const lyd_node* entry) const { return key_hash(entry); }
+    std::size_t operator()(InstanceKey keys) const { return key_hash(keys); }
   };
   struct Equal {
     using is_transparent = void;
     bool operator()(const lyd_node* left, const lyd_node* right) const { return left == right; }
-    bool operator()(KeyTexts keys, const lyd_node* entry) const;
-    bool operator()(const lyd_node* entry, KeyTexts keys) const { return (*this)(keys, entry); }
+    bool operator()(InstanceKey keys, const lyd_node* entry) const { return has_key(entry, keys); }
+    bool operator()(const lyd_node* entry, InstanceKey keys) const { return has_key(entry, keys); }
   };
 
-  std::vector<lyd_node*> ordered_;
+  void settle() const;
+
+  // In key order, but with entries that are gone and without some that came. An entry that is gone
+  // may be freed: only its address is compared. One that came later may have the same address.
+  mutable std::vector<lyd_node*> ordered_;
+  mutable std::unordered_set<const lyd_node*> gone_;
+  mutable std::unordered_set<lyd_node*> came_;
+  mutable int erased_at_once_ = 0;
   std::unordered_set<lyd_node*, Hash, Equal> by_key_;
 };
 

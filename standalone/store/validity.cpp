@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "standalone/store/datastore.h"
+#include "standalone/store/edit_log.h"
 #include "standalone/store/transaction.h"
 
 namespace tarnd::store {
@@ -72,7 +73,10 @@ void check_choice(const lyd_node* parent, const ChoiceRule& choice) {
 
 void check_rules(const lyd_node* parent, const ChildRules& rules) {
   for (const SchemaNode* node : rules.mandatory) {
-    if (child_instance(parent, *node) == nullptr) refuse_missing(parent, *node);
+    const lyd_node* instance = child_instance(parent, *node);
+    if (instance == nullptr) refuse_missing(parent, *node);
+    // With its case a container comes into use that nobody edited.
+    if (node->kind == NodeKind::kContainer) check_rules(instance, node->rules);
   }
   for (const ChoiceRule& choice : rules.choices) check_choice(parent, choice);
 }
@@ -144,6 +148,13 @@ void check_subtree(const lyd_node* node) {
     last = child->schema;
     if (is_inner(child) && !is_out_of_use(child)) check_subtree(child);
   }
+}
+
+void check_edits(const EditRecord& record) {
+  if (record.after == nullptr) return;
+  if (!record.tracked()) return check_subtree(record.after);
+  check_rules(record.after, record.schema->rules);
+  for (const auto& child : record.children) check_edits(*child);
 }
 
 }  // namespace tarnd::store

@@ -8,6 +8,8 @@
 
 namespace tarnd::store {
 
+struct EditRecord;
+
 /// What is wrong with a tree as a whole, and at which of its nodes.
 class InvalidNode : public InputError {
  public:
@@ -25,5 +27,9 @@ class InvalidNode : public InputError {
 /// "/config/profile/gpon/line-profile{gold}/tcont{1}: mandatory node 'bandwidth-profile' does not
 /// exist".
 void check_subtree(const lyd_node* node);
+
+/// The same for what was edited in a configuration that was valid before: subtrees that came, and
+/// each node above them or above what is gone. What was not edited is not looked at.
+void check_edits(const EditRecord& root);
 
 }  // namespace tarnd::store

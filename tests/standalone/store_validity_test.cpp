@@ -2,17 +2,22 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
+#include <map>
 
 #include "standalone/store/libyang_compat.h"
-#include "standalone/store/schema.h"
+#include "standalone/store/transaction.h"
 #include "tests/support/model.h"
 #include "tests/support/own_model.h"
+#include "tests/support/random_content.h"
 
 namespace tarnd::store {
 namespace {
 
 using test::config;
+using test::ContentKind;
+using test::kModelOfRules;
+using test::OwnModel;
+using test::RandomContent;
 using TreeOwner = std::unique_ptr<lyd_node, decltype(&lyd_free_all)>;
 
 TreeOwner parsed(const Schema& schema, const std::string& text) {
@@ -26,6 +31,15 @@ TreeOwner parsed(const Schema& schema, const std::string& text) {
 std::string refusal(const lyd_node* tree) {
   try {
     check_subtree(tree);
+  } catch (const InputError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+std::string refusal(Transaction& transaction) {
+  try {
+    transaction.prepare();
   } catch (const InputError& error) {
     return error.what();
   }
@@ -79,108 +93,6 @@ TEST(ValidityTest, TakesAContainerOfACaseWithoutContentForNone) {
             "");
 }
 
-// Every shape of rule, once in an entry, once in a container with presence and once in a case.
-const std::string kRules = R"(
-  grouping rules {
-    leaf given { type uint8; mandatory true; }
-    leaf free { type uint8; default 1; }
-    container plain { leaf a { type uint8; default 2; } container deep { leaf b { type string; } } }
-    choice one-of {
-      mandatory true;
-      case x { leaf x-given { type uint8; mandatory true; } leaf x-free { type uint8; } }
-      case y {
-        container y-plain { leaf y-free { type empty; } }
-        container y-given { leaf g { type uint8; mandatory true; } }
-        choice inner {
-          leaf i { type uint8; }
-          container j { leaf k { type uint8; mandatory true; } leaf l { type uint8; default 3; } }
-        }
-      }
-      leaf z { type uint8; }
-    }
-    leaf-list values { type uint8; }
-  }
-  container config {
-    list entry { key name; leaf name { type uint8; } uses rules; }
-    container present { presence "Counts by itself."; uses rules; }
-    choice root-choice {
-      case long { list pair { key "a b"; leaf a { type uint8; } leaf b { type string; } } }
-      case nested { container nested { leaf c { type uint8; } container around { uses rules; } } }
-      case short { leaf short { type boolean; } }
-    }
-    container around {
-      choice optional {
-        default usual;
-        case usual { leaf usual { type uint8; default 4; } container by-itself { leaf e { type uint8; } } }
-        case other { leaf-list others { type string; } leaf another { type uint8; default 5; } }
-      }
-      list inside { key name; leaf name { type string; } leaf must { type uint8; mandatory true; } }
-    }
-  })";
-
-// Content by the model in which nearly all is as it should be.
-class RandomContent {
-  static constexpr int kRarely = 64;
-  static constexpr int kValues = 100;
-
- public:
-  explicit RandomContent(unsigned seed) : random_(seed) {}
-
-  // The nodes below a container, a list or a case.
-  std::string of(const lysc_node* parent) {
-    std::string text;
-    for (const lysc_node* node = lysc_node_child(parent); node != nullptr; node = node->next) {
-      const bool mandatory = (node->flags & LYS_MAND_TRUE) != 0;
-      const bool wanted = mandatory ? !one_in(kRarely) : one_in(2);
-      if (!wanted && !lysc_is_key(node)) continue;
-      text += node->nodetype == LYS_CHOICE ? of_case(node) : instances(node);
-    }
-    return text;
-  }
-
- private:
-  int below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random_); }
-  bool one_in(int n) { return below(n) == 0; }
-
-  std::string of_case(const lysc_node* choice) {
-    std::vector<const lysc_node*> cases;
-    for (const lysc_node* one = lysc_node_child(choice); one != nullptr; one = one->next) {
-      cases.push_back(one);
-    }
-    const std::size_t chosen = below(static_cast<int>(cases.size()));
-    std::string text = of(cases[chosen]);
-    if (one_in(kRarely)) text += of(cases[(chosen + 1) % cases.size()]);
-    return text;
-  }
-
-  std::string instances(const lysc_node* node) {
-    const bool many = (node->nodetype & (LYS_LIST | LYS_LEAFLIST)) != 0;
-    int count = many ? 1 + below(3) : 1;
-    // Of two containers without presence libyang drops one that is empty.
-    const bool counts_alone = node->nodetype == LYS_LEAF || (node->flags & LYS_PRESENCE) != 0;
-    if (counts_alone && !lysc_is_key(node) && one_in(kRarely)) ++count;
-    std::string text;
-    const std::string name = node->name;
-    for (; count > 0; --count) text += "<" + name + ">" + content(node) + "</" + name + ">";
-    return text;
-  }
-
-  std::string content(const lysc_node* node) {
-    switch (static_cast<const SchemaNode*>(node->priv)->value) {
-      case ValueKind::kNone:
-        return node->nodetype == LYS_CONTAINER && one_in(8) ? "" : of(node);
-      case ValueKind::kEmpty:
-        return "";
-      case ValueKind::kBoolean:
-        return one_in(2) ? "true" : "false";
-      default:
-        return std::to_string(below(kValues));
-    }
-  }
-
-  std::mt19937 random_;
-};
-
 bool is_valid_for_libyang(const lyd_node* tree) {
   lyd_node* copy = nullptr;
   lyd_dup_single(tree, nullptr, LYD_DUP_RECURSIVE | LYD_DUP_WITH_FLAGS, &copy);
@@ -189,22 +101,98 @@ bool is_valid_for_libyang(const lyd_node* tree) {
   return result == LY_SUCCESS;
 }
 
+// Both verdicts are tried often.
+void expect_both(unsigned refused, unsigned tries) {
+  EXPECT_GT(refused, tries / 5);
+  EXPECT_LT(refused, tries * 4 / 5);
+}
+
 TEST(ValidityTest, AgreesWithLibyangOnWholeConfigurations) {
-  const test::OwnModel model(kRules);
+  const OwnModel model(kModelOfRules);
   const Schema schema(model.folder());
   unsigned refused = 0;
   constexpr unsigned kConfigurations = 6000;
   for (unsigned seed = 0; seed < kConfigurations; ++seed) {
-    const std::string text = config(RandomContent(seed).of(schema.root().lysc));
+    const std::string text = config(RandomContent(seed, {}).of(schema.root().lysc));
     const TreeOwner tree = parsed(schema, text);
     const std::string what = refusal(tree.get());
     const bool valid = is_valid_for_libyang(tree.get());
     ASSERT_EQ(what.empty(), valid) << what << take_libyang_error(schema.context()) << "\n" << text;
     if (!valid) ++refused;
   }
-  // Both verdicts are tried.
-  EXPECT_GT(refused, kConfigurations / 4);
-  EXPECT_LT(refused, kConfigurations * 3 / 4);
+  expect_both(refused, kConfigurations);
+}
+
+TEST(ValidityTest, AContainerOfACaseMustBeCompleteOnceTheCaseIsInUse) {
+  const OwnModel model(
+      "container config { list a { key k; leaf k { type int8; } choice c { case x {"
+      "leaf o { type int8; } container needs { leaf n { type int8; mandatory true; } } } } } }");
+  const Schema schema(model.folder());
+  Datastore datastore(schema);
+  {
+    Transaction transaction(datastore);
+    transaction.edit(config("<a><k>1</k><needs/></a>"), Format::kXml);
+    transaction.prepare();
+    transaction.commit();
+  }
+  Transaction transaction(datastore);
+  transaction.edit(config("<a><k>1</k><o>1</o></a>"), Format::kXml);
+  EXPECT_EQ(refusal(transaction), "/config/a{1}/needs: mandatory node 'n' does not exist");
+}
+
+// An edit leaves the other cases of its own choice, not those of a choice around its case.
+std::string without_choice_in_case() {
+  const std::string kInner = "choice inner";
+  std::string model = kModelOfRules;
+  return model.replace(model.find(kInner), kInner.size(), "container inner");
+}
+
+// What became of edits.
+enum class Outcome { kNotTaken, kRefused, kValid };
+
+// Holds what prepare() says of the edits against libyang's verdict on the whole of it.
+Outcome edit(Datastore& datastore, const std::vector<std::string>& edits) {
+  Transaction transaction(datastore);
+  try {
+    for (const std::string& text : edits) transaction.edit(text, Format::kXml);
+  } catch (const InputError&) {
+    return Outcome::kNotTaken;
+  }
+  const bool valid = is_valid_for_libyang(datastore.root());
+  const std::string whole = refusal(datastore.root());
+  EXPECT_EQ(whole.empty(), valid) << whole;
+  try {
+    transaction.prepare();
+    transaction.commit();
+    EXPECT_TRUE(valid) << take_libyang_error(datastore.schema().context());
+    return Outcome::kValid;
+  } catch (const InputError& error) {
+    EXPECT_FALSE(valid) << error.what();
+    return Outcome::kRefused;
+  }
+}
+
+// Only what was edited is looked at, but the verdict is that on the whole configuration.
+TEST(ValidityTest, AgreesWithLibyangOnEdits) {
+  const OwnModel model(without_choice_in_case());
+  const Schema schema(model.folder());
+  constexpr ContentKind kRunning{.values = 4, .mistakes = 100'000};
+  constexpr ContentKind kEdit{.values = 4, .mistakes = 100, .operations = true};
+  std::map<Outcome, unsigned> outcomes;
+  for (unsigned seed = 0; seed < 1000; ++seed) {
+    Datastore datastore(schema);
+    RandomContent(seed, kRunning).load_into(datastore);
+    RandomContent content(seed, kEdit);
+    for (unsigned transactions = 0; transactions < 5; ++transactions) {
+      const std::string before = datastore.print(Format::kXml);
+      std::vector<std::string> edits = {config(content.of(schema.root().lysc))};
+      if (seed % 2 == 0) edits.push_back(config(content.of(schema.root().lysc)));
+      ++outcomes[edit(datastore, edits)];
+      ASSERT_FALSE(HasFailure()) << before << "\n" << edits.front() << "\n" << edits.back();
+    }
+  }
+  EXPECT_GT(outcomes[Outcome::kRefused], 500U);
+  EXPECT_GT(outcomes[Outcome::kValid], 500U);
 }
 
 }  // namespace

@@ -23,8 +23,12 @@ void describe(const store::Change& change, const std::string& indent, std::strin
 }  // namespace
 
 std::string change_text(const store::Transaction& transaction) {
+  return change_text(transaction.changes());
+}
+
+std::string change_text(const store::Change* change) {
   std::string text;
-  if (transaction.changes() != nullptr) describe(*transaction.changes(), "", text);
+  if (change != nullptr) describe(*change, "", text);
   return text;
 }
 

@@ -1,0 +1,74 @@
+#include "standalone/store/instance_key.h"
+
+#include <cstring>
+#include <functional>
+#include <string_view>
+
+#include "standalone/store/datastore.h"
+
+namespace tarnd::store {
+namespace {
+
+std::size_t mix(std::size_t seed, std::string_view text) {
+  return seed * 31 + std::hash<std::string_view>{}(text);
+}
+
+// The first of the nodes whose values are the key, and how many they are.
+struct KeyNodes {
+  const lyd_node* first = nullptr;
+  std::size_t count = 0;
+};
+
+KeyNodes key_nodes(const lyd_node* node) {
+  const SchemaNode& schema = schema_of(node);
+  if (schema.kind == NodeKind::kList) return {lyd_child(node), schema.num_keys};
+  if (schema.kind == NodeKind::kLeafList) return {node, 1};
+  return {};
+}
+
+}  // namespace
+
+std::size_t key_hash(const lyd_node* node) {
+  std::size_t hash = 0;
+  const KeyNodes keys = key_nodes(node);
+  const lyd_node* key = keys.first;
+  for (std::size_t i = 0; i < keys.count; ++i, key = key->next) hash = mix(hash, value_text(key));
+  return hash;
+}
+
+std::size_t key_hash(InstanceKey key) {
+  std::size_t hash = 0;
+  for (const std::string& text : key) hash = mix(hash, text);
+  return hash;
+}
+
+bool has_key(const lyd_node* node, InstanceKey key) {
+  const KeyNodes keys = key_nodes(node);
+  if (keys.count != key.size()) return false;
+  const lyd_node* own = keys.first;
+  for (const std::string& text : key) {
+    if (value_text(own) != text) return false;
+    own = own->next;
+  }
+  return true;
+}
+
+bool same_value(const lyd_node* left, const lyd_node* right) {
+  // libyang keeps equal texts once.
+  const char* l = lyd_get_value(left);
+  const char* r = lyd_get_value(right);
+  return l == r || std::strcmp(l, r) == 0;
+}
+
+bool same_instance(const lyd_node* left, const lyd_node* right) {
+  if (left->schema != right->schema) return false;
+  const KeyNodes keys = key_nodes(left);
+  const lyd_node* l = keys.first;
+  const lyd_node* r = key_nodes(right).first;
+  for (std::size_t i = 0; i < keys.count; ++i, l = l->next, r = r->next) {
+    if (!same_value(l, r)) return false;
+  }
+  return true;
+}
+
+}  // namespace tarnd::store
