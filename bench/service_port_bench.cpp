@@ -9,8 +9,8 @@
 
 #include "bench/bare_loop.h"
 #include "standalone/card/card_file.h"
+#include "standalone/confd/validation_session.h"
 #include "standalone/platform_calls.h"
-#include "standalone/session/validation_session.h"
 #include "valid_service_port.h"
 
 // Last: its macros are plain words that other headers use.

@@ -20,10 +20,10 @@
 #include "gpon_card_valid.h"
 #include "standalone/card/card_file.h"
 #include "standalone/confd/keypath.h"
+#include "standalone/confd/validation_session.h"
 #include "standalone/confd/values.h"
 #include "standalone/daemon/daemon.h"
 #include "standalone/middleware/trace.h"
-#include "standalone/session/validation_session.h"
 #include "tests/support/model.h"
 
 namespace tarnd::fuzz {

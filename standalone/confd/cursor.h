@@ -7,8 +7,8 @@
 
 namespace tarnd::confd {
 
-/// A walk over the entries of a list. No edit runs while a transaction is validated, so the entries
-/// stand still.
+/// A walk over the entries of a list. The list does not change meanwhile, since nothing edits a
+/// transaction that is being validated.
 struct Cursor {
   std::size_t num_keys = 0;
   std::span<lyd_node* const> entries;

@@ -1,29 +1,28 @@
 #include "standalone/confd/errors.h"
 
-int confd_errno = 0;
-
 namespace tarnd::confd {
-namespace {
-
-std::string last_error;
-
-}  // namespace
 
 int fail(int code, const std::string& text) {
   confd_errno = code;
-  last_error = text;
+  last_error() = text;
   return CONFD_ERR;
 }
 
-bool enter(PlatformCall call) {
-  if (enter_platform_call(call)) return true;
-  fail(CONFD_ERR_UNAVAILABLE, std::string(to_string(call)) + " is not answered");
-  return false;
+int fail_kind(const store::SchemaNode& node, const char* wanted) {
+  return fail(CONFD_ERR_BADPATH, "'" + node.path() + "' is no " + wanted);
+}
+
+int fail_missing(const store::SchemaNode& node) {
+  return fail(CONFD_ERR_NOEXISTS, "'" + node.path() + "' does not exist");
+}
+
+int fail_type(PlatformCall call) {
+  return fail(CONFD_ERR_BADTYPE, "the value is not of the type of " + std::string(to_string(call)));
+}
+
+std::string& last_error() {
+  static std::string text;
+  return text;
 }
 
 }  // namespace tarnd::confd
-
-char* confd_lasterr(void) {
-  tarnd::enter_platform_call(tarnd::PlatformCall::confd_lasterr);
-  return tarnd::confd::last_error.data();
-}

@@ -4,14 +4,23 @@
 
 #include "confd_lib.h"
 #include "standalone/platform_calls.h"
+#include "standalone/store/schema.h"
 
 namespace tarnd::confd {
 
-/// Sets confd_errno and the text of confd_lasterr; gives CONFD_ERR.
+/// Sets confd_errno and the text that confd_lasterr returns. Returns CONFD_ERR.
 int fail(int code, const std::string& text);
 
-/// Counts the call and asks the hook; where it says no, the call has failed with
-/// CONFD_ERR_UNAVAILABLE and the result is false.
-bool enter(PlatformCall call);
+/// Fails a call because the node of its path is of another kind, such as "'/config' is no list".
+int fail_kind(const store::SchemaNode& node, const char* wanted);
+
+/// Fails a call because its path leads to nothing in the transaction.
+int fail_missing(const store::SchemaNode& node);
+
+/// Fails a call that reads one type of value because the value is of another type.
+int fail_type(PlatformCall call);
+
+/// The text of the last failure, empty before the first one.
+std::string& last_error();
 
 }  // namespace tarnd::confd

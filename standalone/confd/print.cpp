@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdio>
 
-#include "standalone/confd/errors.h"
+#include "standalone/confd/integers.h"
 #include "standalone/confd/model.h"
 #include "standalone/store/path.h"
 
@@ -33,11 +33,11 @@ std::string double_text(double number) {
 std::string decimal_text(const confd_decimal64& decimal) {
   std::string digits = std::to_string(decimal.value);
   const std::size_t sign = decimal.value < 0 ? 1 : 0;
-  const std::size_t behind_point = decimal.fraction_digits;
-  if (digits.size() - sign <= behind_point) {
-    digits.insert(sign, behind_point + 1 - (digits.size() - sign), '0');
+  const std::size_t fraction = decimal.fraction_digits;
+  if (digits.size() - sign <= fraction) {
+    digits.insert(sign, fraction + 1 - (digits.size() - sign), '0');
   }
-  return digits.insert(digits.size() - behind_point, 1, '.');
+  return digits.insert(digits.size() - fraction, 1, '.');
 }
 
 std::string list_text(const confd_list& list) {
@@ -46,16 +46,6 @@ std::string list_text(const confd_list& list) {
     text += (i > 0 ? " " : "") + value_text(list.ptr[i]);
   }
   return text;
-}
-
-// Writes like snprintf: as much as fits, and gives the length that the whole text has.
-int write_text(const std::string& text, char* buf, int size) {
-  if (size > 0) {
-    const std::size_t copied = std::min(text.size(), static_cast<std::size_t>(size) - 1);
-    std::copy_n(text.data(), copied, buf);
-    buf[copied] = '\0';
-  }
-  return static_cast<int>(text.size());
 }
 
 std::optional<std::string> enum_name(const lysc_type* type, std::int32_t value) {
@@ -69,6 +59,10 @@ std::optional<std::string> enum_name(const lysc_type* type, std::int32_t value) 
 
 // The type of value that a leaf of this built-in type has.
 confd_vtype value_type(LY_DATA_TYPE type) {
+  confd_vtype integer = C_NOEXISTS;
+  if (visit_integer(type, [&](confd_vtype of_value, auto, auto) { integer = of_value; })) {
+    return integer;
+  }
   switch (type) {
     case LY_TYPE_EMPTY:
       return C_XMLTAG;
@@ -76,22 +70,6 @@ confd_vtype value_type(LY_DATA_TYPE type) {
       return C_BOOL;
     case LY_TYPE_ENUM:
       return C_ENUM_VALUE;
-    case LY_TYPE_INT8:
-      return C_INT8;
-    case LY_TYPE_INT16:
-      return C_INT16;
-    case LY_TYPE_INT32:
-      return C_INT32;
-    case LY_TYPE_INT64:
-      return C_INT64;
-    case LY_TYPE_UINT8:
-      return C_UINT8;
-    case LY_TYPE_UINT16:
-      return C_UINT16;
-    case LY_TYPE_UINT32:
-      return C_UINT32;
-    case LY_TYPE_UINT64:
-      return C_UINT64;
     default:
       return C_BUF;
   }
@@ -115,6 +93,11 @@ std::optional<std::string> text_by_type(const lysc_type* type, const confd_value
 }  // namespace
 
 std::string value_text(const confd_value_t& value) {
+  std::string integer;
+  if (visit_integer(value.type,
+                    [&](auto member) { integer = std::to_string(value.val.*member); })) {
+    return integer;
+  }
   switch (value.type) {
     case C_XMLTAG:
     case C_XMLBEGIN:
@@ -126,22 +109,6 @@ std::string value_text(const confd_value_t& value) {
     case C_BUF:
     case C_BINARY:
       return {reinterpret_cast<const char*>(value.val.buf.ptr), value.val.buf.size};
-    case C_INT8:
-      return std::to_string(value.val.i8);
-    case C_INT16:
-      return std::to_string(value.val.i16);
-    case C_INT32:
-      return std::to_string(value.val.i32);
-    case C_INT64:
-      return std::to_string(value.val.i64);
-    case C_UINT8:
-      return std::to_string(value.val.u8);
-    case C_UINT16:
-      return std::to_string(value.val.u16);
-    case C_UINT32:
-      return std::to_string(value.val.u32);
-    case C_UINT64:
-      return std::to_string(value.val.u64);
     case C_DOUBLE:
       return double_text(value.val.d);
     case C_IPV4:
@@ -162,10 +129,9 @@ std::string value_text(const confd_value_t& value) {
       return "default";
     case C_DECIMAL64:
       return decimal_text(value.val.d64);
-    case C_NOEXISTS:
-      break;
+    default:
+      return {};
   }
-  return {};
 }
 
 std::optional<std::string> value_text(const store::SchemaNode& leaf, const confd_value_t& value) {
@@ -212,27 +178,3 @@ std::string keypath_text(const confd_hkeypath_t& keypath, int innermost) {
 }
 
 }  // namespace tarnd::confd
-
-using tarnd::PlatformCall;
-
-int confd_pp_value(char* buf, int bufsiz, const confd_value_t* v) {
-  tarnd::enter_platform_call(PlatformCall::confd_pp_value);
-  return tarnd::confd::write_text(tarnd::confd::value_text(*v), buf, bufsiz);
-}
-
-int confd_pp_kpath(char* buf, int bufsiz, const confd_hkeypath_t* hkeypath) {
-  tarnd::enter_platform_call(PlatformCall::confd_pp_kpath);
-  return tarnd::confd::write_text(tarnd::confd::keypath_text(*hkeypath), buf, bufsiz);
-}
-
-int confd_val2str(struct confd_type* type, const confd_value_t* v, char* buf, int bufsiz) {
-  using tarnd::confd::fail;
-  if (!tarnd::confd::enter(PlatformCall::confd_val2str)) return CONFD_ERR;
-  if (type == nullptr || v == nullptr)
-    return fail(CONFD_ERR_PROTOUSAGE, "a type and a value are needed");
-  const auto text = tarnd::confd::value_text(*type->leaf, *v);
-  if (!text.has_value()) {
-    return fail(CONFD_ERR_BADTYPE, "the value is not of the type of '" + type->leaf->name + "'");
-  }
-  return tarnd::confd::write_text(*text, buf, bufsiz);
-}

@@ -1,6 +1,6 @@
-#include <algorithm>
+#include "standalone/confd/selector.h"
 
-#include "standalone/confd/query.h"
+#include <algorithm>
 
 namespace tarnd::confd {
 namespace {

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "standalone/confd/errors.h"
+#include "standalone/confd/integers.h"
 #include "standalone/crypto.h"
 #include "standalone/store/libyang_compat.h"
 
@@ -34,7 +35,7 @@ const char* text_of(const SchemaNode& leaf, const lyd_value& value) {
 
 confd_value_t buf_value(const char* text) {
   confd_value_t value;
-  // The pointer is not const in the interface; nobody writes through it.
+  // The pointer is not const in the interface, but nobody writes through it.
   auto* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(text));
   CONFD_SET_BUF(&value, bytes, static_cast<unsigned int>(std::strlen(text)));
   return value;
@@ -66,6 +67,11 @@ confd_value_t ipv4_and_plen_value(std::string_view text) {
 
 confd_value_t built_in_value(const ModelNode& node, const Model& model, const lyd_value& value) {
   confd_value_t result;
+  const auto set_integer = [&](confd_vtype type, auto to, auto from) {
+    result.type = type;
+    result.val.*to = value.*from;
+  };
+  if (visit_integer(value.realtype->basetype, set_integer)) return result;
   switch (value.realtype->basetype) {
     case LY_TYPE_EMPTY:
       return tag_value(model, *node.schema);
@@ -74,30 +80,6 @@ confd_value_t built_in_value(const ModelNode& node, const Model& model, const ly
       break;
     case LY_TYPE_ENUM:
       CONFD_SET_ENUM_VALUE(&result, value.enum_item->value);
-      break;
-    case LY_TYPE_INT8:
-      CONFD_SET_INT8(&result, value.int8);
-      break;
-    case LY_TYPE_INT16:
-      CONFD_SET_INT16(&result, value.int16);
-      break;
-    case LY_TYPE_INT32:
-      CONFD_SET_INT32(&result, value.int32);
-      break;
-    case LY_TYPE_INT64:
-      CONFD_SET_INT64(&result, value.int64);
-      break;
-    case LY_TYPE_UINT8:
-      CONFD_SET_UINT8(&result, value.uint8);
-      break;
-    case LY_TYPE_UINT16:
-      CONFD_SET_UINT16(&result, value.uint16);
-      break;
-    case LY_TYPE_UINT32:
-      CONFD_SET_UINT32(&result, value.uint32);
-      break;
-    case LY_TYPE_UINT64:
-      CONFD_SET_UINT64(&result, value.uint64);
       break;
     default:
       return buf_value(text_of(*node.schema, value));
@@ -193,8 +175,8 @@ confd_value_t OwnedValue::take() {
 std::optional<OwnedValue> parse_value(const Model& model, const SchemaNode& leaf,
                                       std::string_view text) {
   if (leaf.value == ValueKind::kNone) return std::nullopt;
-  // libyang counts the uses of a text by what stands in front of a NUL: giving this one back would
-  // free another's.
+  // libyang counts the users of a text by the part before a NUL: freeing this text would free that
+  // of another value.
   if (text.find('\0') != std::string_view::npos) return std::nullopt;
   std::string encrypted;
   if (leaf.value == ValueKind::kEncrypted && text.starts_with(kClearText)) {
@@ -215,8 +197,3 @@ std::optional<OwnedValue> parse_value(const Model& model, const SchemaNode& leaf
 }
 
 }  // namespace tarnd::confd
-
-void confd_free_value(confd_value_t* v) {
-  tarnd::enter_platform_call(tarnd::PlatformCall::confd_free_value);
-  if (v != nullptr) tarnd::confd::release(*v);
-}

@@ -6,8 +6,8 @@
 
 #include "standalone/confd/keypath.h"
 #include "standalone/confd/model.h"
+#include "standalone/confd/validation_session.h"
 #include "standalone/confd/values.h"
-#include "standalone/session/validation_session.h"
 
 namespace tarnd {
 namespace {

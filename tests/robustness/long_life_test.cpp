@@ -7,7 +7,7 @@
 #include <fstream>
 #include <set>
 
-#include "standalone/session/session_state.h"
+#include "standalone/confd/session_state.h"
 #include "tests/robustness/validations.h"
 
 namespace tarnd::test {

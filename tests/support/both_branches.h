@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "standalone/session/validation_session.h"
+#include "standalone/confd/validation_session.h"
 
 namespace tarnd::test {
 

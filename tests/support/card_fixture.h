@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "standalone/card/card_file.h"
+#include "standalone/confd/validation_session.h"
 #include "standalone/daemon/daemon.h"
 #include "standalone/platform_calls.h"
-#include "standalone/session/validation_session.h"
 #include "tests/support/configuration.h"
 #include "tests/support/matchers.h"
 

@@ -1,20 +1,22 @@
-// MAAPI cursors: one entry at a step, or whole entries as value arrays.
+// Cursors over a list of the transaction: the keys of the next entry, or whole entries as value
+// arrays.
 
 #include "standalone/confd/cursor.h"
 
 #include <algorithm>
+#include <cstdarg>
 #include <cstdint>
 
 #include "confd_maapi.h"
+#include "standalone/confd/call.h"
 #include "standalone/confd/errors.h"
-#include "standalone/confd/place.h"
 #include "standalone/confd/value_array.h"
 #include "standalone/confd/values.h"
 
 namespace tarnd::confd {
 namespace {
 
-// A cursor is known by its number, so one that outlived its transaction is noticed.
+// `impl` holds the number of the cursor, so that a cursor of an ended transaction is noticed.
 void* number_to_impl(std::uintptr_t number) {
   return reinterpret_cast<void*>(number);  // NOLINT(performance-no-int-to-ptr)
 }
@@ -44,7 +46,7 @@ void set_keys(maapi_cursor& mc, const Model& model, const lyd_node* entry) {
 }
 
 int init_cursor(int sock, int thandle, maapi_cursor& mc, const char* fmt, std::va_list args) {
-  // Whether the walk is over shows only with its first step, also after a failure here.
+  // n is not 0 yet, also after a failure here: only the first step finds that there is no entry.
   mc.n = 1;
   mc.impl = nullptr;
   CONFD_SET_NOEXISTS(&mc.keys[0]);
@@ -52,7 +54,7 @@ int init_cursor(int sock, int thandle, maapi_cursor& mc, const char* fmt, std::v
   if (!found.has_value()) return CONFD_ERR;
   const Place& place = found->place;
   if (place.schema->kind != store::NodeKind::kList || place.keyed) {
-    return fail_kind(CONFD_ERR_BADPATH, *place.schema, "list");
+    return fail_kind(*place.schema, "list");
   }
   Cursor cursor;
   cursor.num_keys = place.schema->num_keys;

@@ -1,4 +1,4 @@
-#include "standalone/session/session_state.h"
+#include "standalone/confd/session_state.h"
 
 #include <algorithm>
 

@@ -1,15 +1,10 @@
-// maapi_keypath_diff_iterate: the transaction's changes, told node by node.
+#include "standalone/confd/diff_walk.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <span>
 #include <vector>
 
-#include "confd_maapi.h"
 #include "standalone/confd/changes.h"
-#include "standalone/confd/errors.h"
 #include "standalone/confd/keypath.h"
-#include "standalone/confd/place.h"
 #include "standalone/confd/values.h"
 
 namespace tarnd::confd {
@@ -20,9 +15,6 @@ using store::NodeKind;
 using store::PathStep;
 using store::SchemaNode;
 
-using Iterator = maapi_iter_ret (*)(confd_hkeypath_t*, maapi_iter_op, confd_value_t*,
-                                    confd_value_t*, void*);
-
 bool is_default(const lyd_node* node) {
   return (node->flags & LYD_DEFAULT) != 0;
 }
@@ -31,8 +23,8 @@ bool is_empty_leaf(const SchemaNode& leaf) {
   return leaf.value == store::ValueKind::kEmpty;
 }
 
-// The children of one kind, entries in the order of their keys, values in ascending order: for
-// trees that stand aside and have no index.
+// The children of one kind, entries in the order of their keys, values in ascending order. A
+// deleted subtree is outside the datastore's tree, so there is no index to take them from.
 std::vector<const lyd_node*> children_of(const lyd_node* parent, const SchemaNode& schema) {
   std::vector<const lyd_node*> children;
   for (const lyd_node* child = lyd_child(parent); child != nullptr; child = child->next) {
@@ -46,17 +38,17 @@ std::vector<const lyd_node*> children_of(const lyd_node* parent, const SchemaNod
   return children;
 }
 
-// One walk over the changes. Every step returns false when the iteration is to end.
+// One walk over the changes. Every step returns false if the iteration must end.
 class DiffWalk {
  public:
-  DiffWalk(const Model& model, Iterator iterator, void* state)
+  DiffWalk(const Model& model, DiffIterator iterator, void* state)
       : model_(model), iterator_(iterator), state_(state) {}
 
   bool below(const Change& change, std::span<const PathStep> steps);
   [[nodiscard]] bool failed() const { return failed_; }
 
  private:
-  // What a whole subtree became; its nodes are not told one by one in the change.
+  // What happened to a whole subtree: the change names its top node only.
   enum class Fate { kCreated, kDeleted };
 
   bool below(const lyd_node* node, Fate fate, std::span<const PathStep> steps);
@@ -70,7 +62,7 @@ class DiffWalk {
   bool visit_leaf_list(const lyd_node* any_value, std::span<const lyd_node* const> after);
 
   maapi_iter_ret report(const lyd_node* node, maapi_iter_op op, confd_value_t* new_value = nullptr);
-  // Reports what has nothing below it.
+  // Reports a node that has nothing below it.
   bool report_leaf(const lyd_node* node, maapi_iter_op op, confd_value_t* new_value = nullptr) {
     return report(node, op, new_value) != ITER_STOP;
   }
@@ -85,7 +77,7 @@ class DiffWalk {
   }
 
   const Model& model_;
-  Iterator iterator_;
+  DiffIterator iterator_;
   void* state_;
   std::vector<const lyd_node*> trail_;  ///< from the root to the parent of the visited node
   confd_hkeypath_t keypath_{};
@@ -157,7 +149,7 @@ bool DiffWalk::visit_children(const Change& change) {
 bool DiffWalk::visit(const lyd_node* node, Fate fate) {
   const SchemaNode& schema = store::schema_of(node);
   if (schema.kind == NodeKind::kLeaf) {
-    // Keys stand in the keypath, and a default that came or went is no change.
+    // Keys are in the keypath, and a default that comes or goes is no change.
     return schema.is_key() || is_default(node) || visit_leaf(node, fate);
   }
   if (schema.kind != NodeKind::kContainer) {
@@ -199,33 +191,13 @@ bool DiffWalk::visit_leaf_list(const lyd_node* any_value, std::span<const lyd_no
   return report_leaf(any_value, MOP_VALUE_SET, value.data());
 }
 
-int diff_iterate(int sock, int thandle, Iterator iterator, void* state, const char* fmt,
-                 std::va_list args) {
-  const SessionState* session =
-      enter_session(PlatformCall::maapi_keypath_diff_iterate, sock, thandle);
-  if (session == nullptr) return CONFD_ERR;
-  const auto path = read_path(session->model, fmt, args);
-  if (!path.has_value()) return CONFD_ERR;
-  const Change* changes = session->transaction.changes();
-  if (changes == nullptr) return CONFD_OK;
-  DiffWalk walk(session->model, iterator, state);
-  walk.below(*changes, std::span(path->steps()).subspan(1));
-  if (!walk.failed()) return CONFD_OK;
-  return fail(CONFD_ERR_PROTOUSAGE, "the callback's answer is unknown");
-}
-
 }  // namespace
-}  // namespace tarnd::confd
 
-int maapi_keypath_diff_iterate(int sock, int thandle,
-                               enum maapi_iter_ret (*iter)(confd_hkeypath_t* kp,
-                                                           enum maapi_iter_op op,
-                                                           confd_value_t* oldv, confd_value_t* newv,
-                                                           void* state),
-                               int, void* initstate, const char* fmtpath, ...) {
-  va_list args;
-  va_start(args, fmtpath);
-  const int result = tarnd::confd::diff_iterate(sock, thandle, iter, initstate, fmtpath, args);
-  va_end(args);
-  return result;
+bool walk_changes(const Model& model, const Change& changes, std::span<const PathStep> steps,
+                  DiffIterator iterator, void* state) {
+  DiffWalk walk(model, iterator, state);
+  walk.below(changes, steps);
+  return !walk.failed();
 }
+
+}  // namespace tarnd::confd

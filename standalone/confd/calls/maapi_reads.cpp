@@ -1,12 +1,14 @@
-// The MAAPI calls that read one node.
+// Reads of one node of the transaction, and of several leaves below one node.
 
 #include "confd_maapi.h"
 
-#include <algorithm>
-#include <cstdlib>
+#include <cstdarg>
+#include <cstddef>
 
+#include "standalone/confd/call.h"
 #include "standalone/confd/errors.h"
-#include "standalone/confd/place.h"
+#include "standalone/confd/integers.h"
+#include "standalone/confd/tagged_values.h"
 #include "standalone/confd/values.h"
 
 namespace tarnd::confd {
@@ -33,9 +35,7 @@ int num_instances(int sock, int thandle, const char* fmt, std::va_list args) {
   const auto found = enter_place(PlatformCall::maapi_num_instances, sock, thandle, fmt, args);
   if (!found.has_value()) return CONFD_ERR;
   const Place& place = found->place;
-  if (place.schema->kind != NodeKind::kList || place.keyed) {
-    return fail_kind(CONFD_ERR_BADPATH, *place.schema, "list");
-  }
+  if (place.schema->kind != NodeKind::kList || place.keyed) return fail_kind(*place.schema, "list");
   if (place.parent == nullptr) return 0;
   const store::Datastore& datastore = found->session->transaction.datastore();
   return static_cast<int>(datastore.entries(place.parent, *place.schema).size());
@@ -48,9 +48,7 @@ int get_value(PlatformCall call, int sock, int thandle, OwnedValue& value, const
   if (!found.has_value()) return CONFD_ERR;
   const Place& place = found->place;
   const Model& model = found->session->model;
-  if (place.schema->value == store::ValueKind::kNone) {
-    return fail_kind(CONFD_ERR_BADPATH, *place.schema, "leaf");
-  }
+  if (place.schema->value == store::ValueKind::kNone) return fail_kind(*place.schema, "leaf");
   if (place.node != nullptr) {
     value = OwnedValue(own_leaf_value(model, place.node));
     return CONFD_OK;
@@ -63,28 +61,49 @@ int get_value(PlatformCall call, int sock, int thandle, OwnedValue& value, const
       return CONFD_OK;
     }
   }
-  return fail(CONFD_ERR_NOEXISTS, "'" + place.schema->path() + "' does not exist");
+  return fail_missing(*place.schema);
 }
 
-// The same for the calls that want one type of value.
+// The same for the calls that read one type of value.
 int get_typed(PlatformCall call, int sock, int thandle, confd_vtype type, OwnedValue& value,
               const char* fmt, std::va_list args) {
-  OwnedValue any;
-  if (get_value(call, sock, thandle, any, fmt, args) != CONFD_OK) return CONFD_ERR;
-  if (any.get().type != type) {
-    return fail(CONFD_ERR_BADTYPE,
-                "the value is not of the type of " + std::string(to_string(call)));
-  }
-  value = std::move(any);
+  if (get_value(call, sock, thandle, value, fmt, args) != CONFD_OK) return CONFD_ERR;
+  return value.get().type == type ? CONFD_OK : fail_type(call);
+}
+
+// The same for a type without memory of its own, whose value is one member of confd_value_t.
+template <typename Result>
+int get_fixed(PlatformCall call, int sock, int thandle, confd_vtype type,
+              Result ValueUnion::*member, Result* result, const char* fmt, std::va_list args) {
+  OwnedValue value;
+  if (get_typed(call, sock, thandle, type, value, fmt, args) != CONFD_OK) return CONFD_ERR;
+  *result = value.get().val.*member;
   return CONFD_OK;
+}
+
+int get_values(int sock, int thandle, confd_tag_value_t* values, int n, const char* fmt,
+               std::va_list args) {
+  const auto found = enter_place(PlatformCall::maapi_get_values, sock, thandle, fmt, args);
+  if (!found.has_value()) return CONFD_ERR;
+  const Place& place = found->place;
+  if (place.schema->value != store::ValueKind::kNone ||
+      (place.schema->kind == NodeKind::kList && !place.keyed)) {
+    return fail_kind(*place.schema, "container or entry");
+  }
+  if (!place.exists) return fail_missing(*place.schema);
+  if (n < 0) return fail(CONFD_ERR_PROTOUSAGE, "the number of values is negative");
+  return read_tagged_values(*found->session, *place.schema, place.node,
+                            {values, static_cast<std::size_t>(n)});
 }
 
 }  // namespace
 }  // namespace tarnd::confd
 
 using tarnd::PlatformCall;
+using tarnd::confd::get_fixed;
 using tarnd::confd::get_typed;
 using tarnd::confd::OwnedValue;
+using tarnd::confd::ValueUnion;
 
 int maapi_exists(int sock, int thandle, const char* fmt, ...) {
   va_list args;
@@ -116,44 +135,36 @@ int maapi_get_elem(int sock, int thandle, confd_value_t* v, const char* fmt, ...
 int maapi_get_bool_elem(int sock, int thandle, int* rval, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  OwnedValue value;
-  const int result =
-      get_typed(PlatformCall::maapi_get_bool_elem, sock, thandle, C_BOOL, value, fmt, args);
+  const int result = get_fixed(PlatformCall::maapi_get_bool_elem, sock, thandle, C_BOOL,
+                               &ValueUnion::boolean, rval, fmt, args);
   va_end(args);
-  if (result == CONFD_OK) *rval = CONFD_GET_BOOL(value.data());
   return result;
 }
 
 int maapi_get_u_int32_elem(int sock, int thandle, uint32_t* rval, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  OwnedValue value;
-  const int result =
-      get_typed(PlatformCall::maapi_get_u_int32_elem, sock, thandle, C_UINT32, value, fmt, args);
+  const int result = get_fixed(PlatformCall::maapi_get_u_int32_elem, sock, thandle, C_UINT32,
+                               &ValueUnion::u32, rval, fmt, args);
   va_end(args);
-  if (result == CONFD_OK) *rval = CONFD_GET_UINT32(value.data());
   return result;
 }
 
 int maapi_get_enum_value_elem(int sock, int thandle, int32_t* rval, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  OwnedValue value;
-  const int result = get_typed(PlatformCall::maapi_get_enum_value_elem, sock, thandle, C_ENUM_VALUE,
-                               value, fmt, args);
+  const int result = get_fixed(PlatformCall::maapi_get_enum_value_elem, sock, thandle, C_ENUM_VALUE,
+                               &ValueUnion::enumvalue, rval, fmt, args);
   va_end(args);
-  if (result == CONFD_OK) *rval = CONFD_GET_ENUM_VALUE(value.data());
   return result;
 }
 
 int maapi_get_ipv4_elem(int sock, int thandle, struct in_addr* rval, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  OwnedValue value;
-  const int result =
-      get_typed(PlatformCall::maapi_get_ipv4_elem, sock, thandle, C_IPV4, value, fmt, args);
+  const int result = get_fixed(PlatformCall::maapi_get_ipv4_elem, sock, thandle, C_IPV4,
+                               &ValueUnion::ip, rval, fmt, args);
   va_end(args);
-  if (result == CONFD_OK) *rval = CONFD_GET_IPV4(value.data());
   return result;
 }
 
@@ -161,11 +172,9 @@ int maapi_get_ipv4_and_plen_elem(int sock, int thandle, struct confd_ipv4_prefix
                                  const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  OwnedValue value;
-  const int result = get_typed(PlatformCall::maapi_get_ipv4_and_plen_elem, sock, thandle,
-                               C_IPV4_AND_PLEN, value, fmt, args);
+  const int result = get_fixed(PlatformCall::maapi_get_ipv4_and_plen_elem, sock, thandle,
+                               C_IPV4_AND_PLEN, &ValueUnion::ipv4prefix, rval, fmt, args);
   va_end(args);
-  if (result == CONFD_OK) *rval = CONFD_GET_IPV4_AND_PLEN(value.data());
   return result;
 }
 
@@ -192,4 +201,13 @@ int maapi_get_list_elem(int sock, int thandle, confd_value_t** values, int* n, c
   *values = list.val.list.ptr;
   *n = static_cast<int>(list.val.list.size);
   return CONFD_OK;
+}
+
+int maapi_get_values(int sock, int thandle, confd_tag_value_t* values, int n, const char* fmt,
+                     ...) {
+  va_list args;
+  va_start(args, fmt);
+  const int result = tarnd::confd::get_values(sock, thandle, values, n, fmt, args);
+  va_end(args);
+  return result;
 }

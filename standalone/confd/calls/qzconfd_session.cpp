@@ -1,9 +1,10 @@
-// The configuration-session service: which MAAPI socket and which read sessions on the committed
-// configuration belong to a transaction.
+// The configuration-session service: the MAAPI socket of a transaction, and its read sessions on
+// the committed configuration.
 
 #include "session/qzconfd_session.h"
+
+#include "standalone/confd/session_state.h"
 #include "standalone/platform_calls.h"
-#include "standalone/session/session_state.h"
 
 namespace {
 

@@ -1,10 +1,9 @@
-// maapi_get_values: several leaves below one node at once.
+#include "standalone/confd/tagged_values.h"
 
+#include <cstdint>
 #include <vector>
 
-#include "confd_maapi.h"
 #include "standalone/confd/errors.h"
-#include "standalone/confd/place.h"
 #include "standalone/confd/values.h"
 
 namespace tarnd::confd {
@@ -32,7 +31,7 @@ class TaggedReader {
   TaggedReader(const SessionState& session, const SchemaNode& schema, const lyd_node* instance)
       : session_(session), levels_{{&schema, instance}} {}
 
-  // Looks the whole array over before a value is written, so that a failed call changes nothing.
+  // Checks the whole array before it writes a value, so that a failed call changes nothing.
   int read(std::span<confd_tag_value_t> values) {
     std::vector<const lyd_node*> leaves(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -97,31 +96,11 @@ class TaggedReader {
   std::vector<Level> levels_;
 };
 
-int get_values(int sock, int thandle, confd_tag_value_t* values, int n, const char* fmt,
-               std::va_list args) {
-  const auto found = enter_place(PlatformCall::maapi_get_values, sock, thandle, fmt, args);
-  if (!found.has_value()) return CONFD_ERR;
-  const Place& place = found->place;
-  if (place.schema->value != store::ValueKind::kNone ||
-      (place.schema->kind == NodeKind::kList && !place.keyed)) {
-    return fail_kind(CONFD_ERR_BADPATH, *place.schema, "container or entry");
-  }
-  if (!place.exists) {
-    return fail(CONFD_ERR_NOEXISTS, "'" + place.schema->path() + "' does not exist");
-  }
-  if (n < 0) return fail(CONFD_ERR_PROTOUSAGE, "the number of values is negative");
-  return TaggedReader(*found->session, *place.schema, place.node)
-      .read({values, static_cast<std::size_t>(n)});
-}
-
 }  // namespace
-}  // namespace tarnd::confd
 
-int maapi_get_values(int sock, int thandle, confd_tag_value_t* values, int n, const char* fmt,
-                     ...) {
-  va_list args;
-  va_start(args, fmt);
-  const int result = tarnd::confd::get_values(sock, thandle, values, n, fmt, args);
-  va_end(args);
-  return result;
+int read_tagged_values(const SessionState& session, const SchemaNode& schema,
+                       const lyd_node* instance, std::span<confd_tag_value_t> values) {
+  return TaggedReader(session, schema, instance).read(values);
 }
+
+}  // namespace tarnd::confd

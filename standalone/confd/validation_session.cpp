@@ -1,6 +1,6 @@
-#include "standalone/session/validation_session.h"
+#include "standalone/confd/validation_session.h"
 
-#include "standalone/session/session_state.h"
+#include "standalone/confd/session_state.h"
 
 namespace tarnd {
 
