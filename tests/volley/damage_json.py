@@ -359,6 +359,20 @@ def trailing_comma(rng, document):
     return f"a comma before {end[0]} at {end.start()}"
 
 
+def wrapper(rng, document):
+    """The model's member inside NETCONF's, which JSON does not have."""
+    prefix = rng.choice(("ietf-netconf:", "ietf-netconf:", "", "ietf-restconf:"))
+    members = copy(document.root).members if isinstance(document.root, Object) else []
+    for name in rng.choice((("data",), ("config",), ("config", "edit-config"),
+                            ("data", "rpc-reply"), ("config", "edit-config", "rpc"))):
+        members = [[prefix + name, Object(members)]]
+        if name == "config":
+            default = rng.choice(("merge", "replace", "none"))
+            members.insert(rng.randrange(2), [prefix + "default-operation", default])
+    document.root = Object(members)
+    return f"inside {members[0][0]}"
+
+
 def text_after(rng, document):
     document.after = rng.choice((" x", "{}", "null", ",", "}", "\n\n", "\0", "// end", "\x1a", "[]",
                                  "\ufeff", "\u00a0", '{"base:config": {}}', "#"))
@@ -379,6 +393,6 @@ GENTLE_DAMAGES = (shuffle, shuffle, other_leaf, other_number, other_number, lose
                   leaf_list_operation)
 ROUGH_DAMAGES = (double, double_entry, lose, lose, move, swap_values, rename, rename, rename_top,
                  second_top, other_value, other_value, other_value, other_leaf, other_form,
-                 other_form, bad_metadata, bad_metadata, bad_metadata, nest, text_after,
+                 other_form, bad_metadata, bad_metadata, bad_metadata, nest, text_after, wrapper,
                  large_value)
 TEXT_DAMAGES = (soup, trailing_comma)

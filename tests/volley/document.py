@@ -52,7 +52,10 @@ class Document:
         self.doubts = doubts
 
 
-def close_inner(item):
+DEFAULT_OPERATIONS = ("merge", "replace", "none")
+
+
+def close_inner(item, role, doubts):
     """Checks an inner item that is complete: each instance once, an entry with its keys."""
     node = item.node
     if node.kind == "list":
@@ -61,14 +64,26 @@ def close_inner(item):
         if missing:
             raise Refused(f"{node.path()} without its key {missing[0]}")
         item.keys = tuple(keys[key] for key in node.keys)
-    seen = set()
-    for below in item.below:
-        if below.slot in seen:
-            raise Refused(f"{below.node.path()} {below.slot[1:]} twice")
-        seen.add(below.slot)
+    item.below = each_once(item.below, role, doubts)
 
 
-def utf_8(data):
+def each_once(items, role, doubts):
+    """The items, where a change names a container or an entry again joined with the first one."""
+    first_of = {}
+    for item in items:
+        first = first_of.setdefault(item.slot, item)
+        if first is item:
+            continue
+        again = role == CHANGE and item.node.is_inner
+        if not again or item.operation is not None or first.operation is not None:
+            raise Refused(f"{item.node.path()} {item.slot[1:]} twice")
+        doubts.append("a container or entry again")
+        further = [below for below in item.below if not below.node.is_key]
+        first.below = each_once(first.below + further, role, doubts)
+    return list(first_of.values())
+
+
+def utf_8(data, doubts):
     """The text of a file, without a byte order mark."""
     if b"\0" in data:
         raise Refused("a NUL byte")
@@ -76,4 +91,7 @@ def utf_8(data):
         text = data.decode("utf-8")
     except UnicodeDecodeError as error:
         raise Refused(f"not UTF-8: {error}") from error
-    return text[1:] if text.startswith("\ufeff") else text
+    text = text.removeprefix("\ufeff")
+    if text.startswith("\ufeff"):
+        doubts.append("a second byte order mark")
+    return text.lstrip("\ufeff")

@@ -62,7 +62,8 @@ class Edit:
     def on_the_way(self, item, parent, found, path):
         """The default operation "none": the node must be there, and stays as it is."""
         node = item.node
-        if not found and not node.kind == "container" and not node.is_key:
+        there = found or node.kind == "container" or node.default is not None
+        if not there:
             raise Refused(f"{path} does not exist")
         if not node.is_inner:
             return

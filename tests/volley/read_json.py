@@ -2,7 +2,8 @@
 
 import json
 
-from document import (CONFIGURATION, OPERATIONS, Document, Item, Refused, close_inner, utf_8)
+from document import (CHANGE, CONFIGURATION, DEFAULT_OPERATIONS, OPERATIONS, Document, Item,
+                      Refused, close_inner, utf_8)
 from values import BadValue, Number
 
 OPERATION = "ietf-netconf:operation"
@@ -33,12 +34,54 @@ def no_constant(name):
     raise Refused(f"{name} is no JSON")
 
 
-def parsed(data):
+def parsed(data, doubts):
     try:
-        return json.loads(utf_8(data), object_pairs_hook=members, parse_int=Number,
+        return json.loads(utf_8(data, doubts), object_pairs_hook=members, parse_int=Number,
                           parse_float=Number, parse_constant=no_constant)
     except (ValueError, RecursionError) as error:
         raise Refused(f"not JSON: {error}") from error
+
+
+class Wrappers:
+    """Takes off what NETCONF has around the model's node; no standard says so for JSON."""
+
+    PREFIX = "ietf-netconf:"
+
+    def __init__(self, role, doubts):
+        self.role = role
+        self.doubts = doubts
+        self.default_operation = "merge"
+
+    def unwrap(self, value, wanted):
+        """The value of the model's node inside an object that holds one of the wanted or it."""
+        if not isinstance(value, Object) or len(value) != 1:
+            raise Refused("no object with just one member")
+        name, inside = value[0]
+        if name.startswith(PREFIX):
+            return name.removeprefix(PREFIX), inside
+        name = name.removeprefix(self.PREFIX)
+        if name not in wanted:
+            raise Refused(f"the member {name!r}")
+        self.doubts.append("NETCONF's elements in JSON")
+        if name == "edit-config":
+            inside = self.config_of(inside)
+        below = {"rpc": ("edit-config",), "rpc-reply": ("data",)}.get(name, ())
+        return self.unwrap(inside, below)
+
+    def config_of(self, value):
+        if not isinstance(value, Object):
+            raise Refused("edit-config is no object")
+        found = {name.removeprefix(self.PREFIX): inside for name, inside in value}
+        if len(found) != len(value) or "config" not in found:
+            raise Refused("edit-config without just one config")
+        for name, inside in found.items():
+            if name == "default-operation":
+                if inside not in DEFAULT_OPERATIONS:
+                    raise Refused(f"the default operation {inside!r}")
+                self.default_operation = inside
+            elif name not in ("config", "target"):
+                raise Refused(f"{name!r} in edit-config")
+        return found["config"]
 
 
 class Reader:
@@ -85,7 +128,7 @@ class Reader:
             item.below.extend(self.items(child, member, metadata.pop(child, None)))
         for child, of_child in metadata.items():
             item.below.append(self.leaf_without_value(child, of_child))
-        close_inner(item)
+        close_inner(item, self.role, self.doubts)
         return item
 
     def child_node(self, node, name):
@@ -148,7 +191,9 @@ class Reader:
 
 def read_json(data, model, role):
     doubts = []
-    top = parsed(data)
-    if not isinstance(top, Object) or [name for name, _ in top] != [PREFIX + model.name]:
-        raise Refused("no object with just base:config")
-    return Document(Reader(role, doubts).inner(model, top[0][1]), "merge", doubts)
+    wrappers = Wrappers(role, doubts)
+    around = ("rpc", "edit-config", "config") if role == CHANGE else ("rpc-reply", "data", "config")
+    name, value = wrappers.unwrap(parsed(data, doubts), around)
+    if name != model.name:
+        raise Refused(f"the top-level member {name!r}")
+    return Document(Reader(role, doubts).inner(model, value), wrappers.default_operation, doubts)

@@ -4,8 +4,8 @@ import re
 
 from lxml import etree
 
-from document import (CHANGE, CONFIGURATION, MODEL, NETCONF, OPERATIONS, Document, Item, Refused,
-                      close_inner, utf_8)
+from document import (CHANGE, CONFIGURATION, DEFAULT_OPERATIONS, MODEL, NETCONF, OPERATIONS,
+                      Document, Item, Refused, close_inner, utf_8)
 from values import BadValue
 
 BLANKS = " \t\r\n"
@@ -27,7 +27,7 @@ def parser(recover):
 
 def parsed(data, doubts):
     """The root element of well-formed XML without a DOCTYPE, in UTF-8."""
-    text = utf_8(data)
+    text = utf_8(data, doubts)
     declaration = DECLARATION.match(text)
     if declaration:
         if (declaration[2] or "utf-8").lower() != "utf-8":
@@ -153,7 +153,7 @@ class Wrappers:
     def take_default_operation(self, element):
         text = text_of(element, self.doubts)
         operation = text.strip(BLANKS)
-        if operation not in ("merge", "replace", "none"):
+        if operation not in DEFAULT_OPERATIONS:
             raise Refused(f"the default operation {operation!r}")
         if operation != text:
             self.doubts.append("blanks around the default operation")
@@ -172,7 +172,7 @@ class Reader:
         if node.is_inner:
             for child in elements_of(element, self.doubts):
                 item.below.append(self.item(child, self.child_node(node, child)))
-            close_inner(item)
+            close_inner(item, self.role, self.doubts)
         else:
             self.take_value(item, element)
         return item
