@@ -4,14 +4,14 @@
 
 namespace tarnd::store {
 
-std::size_t line_of(const LinesOfNodes& lines, const lyd_node* node) {
+std::optional<std::size_t> place_of(const LinesOfNodes& lines, const lyd_node* node) {
   while (node != nullptr) {
     const auto found = std::find_if(lines.begin(), lines.end(),
                                     [node](const auto& line) { return line.first == node; });
     if (found != lines.end()) return found->second;
     node = node->parent != nullptr ? &node->parent->node : nullptr;
   }
-  return 0;
+  return std::nullopt;
 }
 
 }  // namespace tarnd::store

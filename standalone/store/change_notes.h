@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -14,12 +15,12 @@ namespace tarnd::store {
 /// The operations of a NETCONF edit. kNone: the node is only on the way to others and must exist.
 enum class Operation : std::uint8_t { kMerge, kReplace, kCreate, kDelete, kRemove, kNone };
 
-/// The lines that containers and entries begin in, and leaves with an operation. Searched only when
-/// something is wrong.
+/// Where entries begin, and other nodes with an operation: lines, or while the text is read
+/// offsets. Searched only when something is wrong.
 using LinesOfNodes = std::vector<std::pair<const lyd_node*, std::size_t>>;
 
-/// The line of the node, or of the nearest one around it that has one; 0 for none.
-std::size_t line_of(const LinesOfNodes& lines, const lyd_node* node);
+/// The place of the node, or of the nearest one around it that has one.
+std::optional<std::size_t> place_of(const LinesOfNodes& lines, const lyd_node* node);
 
 /// A leaf that goes. It needs no value, so no node of the edit's tree stands for it.
 struct LeafRemoval {

@@ -236,7 +236,7 @@ class Editor {
   }
 
   [[noreturn]] void fail(const lyd_node* edit, const std::string& what) const {
-    throw InputError(what, line_of(notes_.lines, edit));
+    throw InputError(what, place_of(notes_.lines, edit).value_or(0));
   }
 
   [[noreturn]] void fail_exists(const lyd_node* edit, const lyd_node* target) const {

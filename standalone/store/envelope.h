@@ -16,7 +16,7 @@ constexpr std::string_view kNetconfNamespace = "urn:ietf:params:xml:ns:netconf:b
 class Envelope {
  public:
   /// The schema and the locator stay with the caller.
-  Envelope(const Schema& schema, TreeUse use, Locator& locator)
+  Envelope(const Schema& schema, TreeUse use, const Locator& locator)
       : schema_(schema), use_(use), locator_(locator) {}
 
   /// An element begins. True when it is the model's top-level node.
@@ -39,7 +39,7 @@ class Envelope {
 
   const Schema& schema_;
   const TreeUse use_;
-  Locator& locator_;
+  const Locator& locator_;
   std::vector<std::string> open_;  // an empty name is the model's top-level node
   std::string text_;
   Operation default_operation_ = Operation::kMerge;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <optional>
 
 #include "standalone/input_error.h"
@@ -58,6 +59,19 @@ bool is_ascii(std::string_view text, std::size_t at) {
   return byte_at(text, at) < 0x80;
 }
 
+// Skips words of ASCII letters without a NUL byte, several letters at a time.
+std::size_t end_of_plain_ascii(std::string_view text, std::size_t at) {
+  constexpr std::uint64_t kLowest = 0x0101010101010101;
+  constexpr std::uint64_t kHighest = 0x8080808080808080;
+  for (; text.size() - at >= sizeof(std::uint64_t); at += sizeof(std::uint64_t)) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data() + at, sizeof word);
+    // Some byte has its highest bit, or gets it when one is taken away from a zero.
+    if (((word | (word - kLowest)) & kHighest) != 0) break;
+  }
+  return at;
+}
+
 bool is_control(char c) {
   return static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\n' && c != '\r';
 }
@@ -88,6 +102,18 @@ std::size_t line_at(std::string_view text, std::size_t offset) {
   return 1 + static_cast<std::size_t>(std::count(text.begin(), end, '\n'));
 }
 
+LineTable::LineTable(std::string_view text) {
+  for (std::size_t at = text.find('\n'); at != std::string_view::npos;
+       at = text.find('\n', at + 1)) {
+    ends_.push_back(at);
+  }
+}
+
+std::size_t LineTable::line_of(std::size_t offset) const {
+  return 1 + static_cast<std::size_t>(std::lower_bound(ends_.begin(), ends_.end(), offset) -
+                                      ends_.begin());
+}
+
 std::string_view checked_text(const std::string& text) {
   std::string_view rest = text;
   refuse_utf16(rest);
@@ -99,6 +125,8 @@ std::string_view checked_text(const std::string& text) {
   }
   std::size_t at = 0;
   while (at < rest.size()) {
+    at = end_of_plain_ascii(rest, at);
+    if (at == rest.size()) break;
     if (is_ascii(rest, at)) {
       if (rest[at] == '\0') throw InputError("holds a NUL byte", line_at(rest, at));
       ++at;

@@ -21,24 +21,15 @@ constexpr std::size_t kDeepest = 200;
 // How far the parser has read. It reports what it read, but not where.
 class ReadPosition : public Locator {
  public:
-  explicit ReadPosition(std::string_view text) : begin_(text.data()), counted_(begin_) {}
+  explicit ReadPosition(std::string_view text) : Locator(text), read(text.data()) {}
 
-  std::size_t line() override {
-    // The last letter read may be a line's end after the number that is reported.
-    const char* end = read > begin_ ? read - 1 : begin_;
-    if (end > counted_) {
-      line_ += static_cast<std::size_t>(std::count(counted_, end, '\n'));
-      counted_ = end;
-    }
-    return line_;
+  // The last letter read may be a line's end after the number that is reported.
+  [[nodiscard]] std::size_t offset() const override {
+    const auto count = static_cast<std::size_t>(read - text().data());
+    return count > 0 ? count - 1 : 0;
   }
 
-  const char* read = nullptr;
-
- private:
-  const char* begin_;
-  const char* counted_;
-  std::size_t line_ = 1;
+  const char* read;
 };
 
 // Passes the text to the parser letter by letter and keeps the position.

@@ -85,20 +85,20 @@ std::vector<std::string_view> names_below(const SchemaNode& node) {
 
 }  // namespace
 
-TreeBuilder::TreeBuilder(const Schema& schema, TreeUse use, Locator& locator)
+TreeBuilder::TreeBuilder(const Schema& schema, TreeUse use, const Locator& locator)
     : schema_(schema), use_(use), locator_(locator), root_(nullptr, lyd_free_all) {}
 
-std::size_t TreeBuilder::line() const {
-  return replayed_line_ != 0 ? replayed_line_ : locator_.line();
+std::size_t TreeBuilder::offset() const {
+  return replayed_offset_.value_or(locator_.offset());
 }
 
 void TreeBuilder::fail(const std::string& what) const {
-  fail_at(line(), what);
+  fail_at(offset(), what);
 }
 
-void TreeBuilder::fail_at(std::size_t line, const std::string& what) const {
+void TreeBuilder::fail_at(std::size_t offset, const std::string& what) const {
   const std::string place = path();
-  throw InputError(place.empty() ? what : place + ": " + what, line);
+  throw InputError(place.empty() ? what : place + ": " + what, line_at(locator_.text(), offset));
 }
 
 std::string TreeBuilder::path() const {
@@ -134,7 +134,7 @@ TreeBuilder::Frame& TreeBuilder::push(const SchemaNode& schema) {
   Frame& frame = frames_[depth_++];
   frame.schema = &schema;
   frame.node = nullptr;
-  frame.line = 0;
+  frame.offset = 0;
   frame.keys.assign(schema.num_keys, std::nullopt);
   frame.seen.assign(schema.children.size(), false);
   frame.instances.clear();
@@ -154,11 +154,11 @@ void TreeBuilder::enter_root() {
   root_.reset(node);
   Frame& frame = push(schema);
   frame.node = node;
-  frame.line = line();
+  frame.offset = offset();
 }
 
 void TreeBuilder::enter(const SchemaNode& node) {
-  if (record({Event::Kind::kEnter, &node, {}, {}, {}, 0, 0})) return;
+  if (waits(&node)) return record({Event::Kind::kEnter, &node, {}, {}, {}, 0, 0});
   check_once(top(), node);
   if (is_leaf(node)) {
     value_.clear();
@@ -172,7 +172,7 @@ void TreeBuilder::enter(const SchemaNode& node) {
 void TreeBuilder::enter_inner(const SchemaNode& node) {
   lyd_node* parent = top().node;
   Frame& frame = push(node);
-  frame.line = line();
+  frame.offset = offset();
   if (node.kind == NodeKind::kList) return;  // made when its keys are known
   if (use_ == TreeUse::kChange) {
     lyd_find_sibling_val(lyd_child(parent), node.lysc, nullptr, 0, &frame.node);
@@ -186,7 +186,11 @@ void TreeBuilder::enter_inner(const SchemaNode& node) {
 
 void TreeBuilder::text(std::string_view piece) {
   if (is_leaf(*open_node())) {
-    if (!record({Event::Kind::kText, nullptr, std::string(piece), {}, {}, 0, 0})) value_ += piece;
+    if (waits(nullptr)) {
+      record({Event::Kind::kText, nullptr, std::string(piece), {}, {}, 0, 0});
+    } else {
+      value_ += piece;
+    }
     return;
   }
   const std::size_t begin = piece.find_first_not_of(kWhiteSpace);
@@ -197,7 +201,8 @@ void TreeBuilder::text(std::string_view piece) {
 }
 
 void TreeBuilder::form(ValueForm form) {
-  if (!record({Event::Kind::kForm, nullptr, {}, form, {}, 0, 0})) form_ = form;
+  if (waits(nullptr)) return record({Event::Kind::kForm, nullptr, {}, form, {}, 0, 0});
+  form_ = form;
 }
 
 Operation TreeBuilder::operation_named(std::string_view name) const {
@@ -217,19 +222,21 @@ Operation TreeBuilder::operation_named(std::string_view name) const {
 }
 
 void TreeBuilder::operation(Operation operation) {
-  if (record({Event::Kind::kOperation, nullptr, {}, {}, operation, 0, 0})) return;
+  if (waits(nullptr)) return record({Event::Kind::kOperation, nullptr, {}, {}, operation, 0, 0});
   if (top().schema->is_key()) fail("a key has no operation; the entry has");
   top().operation = operation;
 }
 
 void TreeBuilder::operation_of(const SchemaNode& leaf, std::size_t index, Operation operation) {
-  if (record({Event::Kind::kOperationOf, &leaf, {}, {}, operation, index, 0})) return;
+  if (waits(nullptr)) {
+    return record({Event::Kind::kOperationOf, &leaf, {}, {}, operation, index, 0});
+  }
   if (leaf.is_key()) fail("the key '" + leaf.name + "' has no operation; the entry has");
-  top().child_operations.push_back({&leaf, index, operation, line()});
+  top().child_operations.push_back({&leaf, index, operation, offset()});
 }
 
 void TreeBuilder::leave() {
-  if (record({Event::Kind::kLeave, nullptr, {}, {}, {}, 0, 0})) return;
+  if (waits(nullptr)) return record({Event::Kind::kLeave, nullptr, {}, {}, {}, 0, 0});
   if (is_leaf(*top().schema)) {
     leave_leaf();
   } else {
@@ -239,28 +246,28 @@ void TreeBuilder::leave() {
 
 // An entry's node can be made only with its keys, which may come last: what comes before them
 // waits.
-bool TreeBuilder::record(Event event) {
-  if (depth_ == 0) return false;
+bool TreeBuilder::waits(const SchemaNode* entered) const {
+  const Frame& frame = top();
+  if (frame.early_open != nullptr) return true;
+  return entered != nullptr && frame.node == nullptr && frame.schema->kind == NodeKind::kList &&
+         !entered->is_key();
+}
+
+void TreeBuilder::record(Event event) {
   Frame& frame = top();
-  if (frame.early_open == nullptr) {
-    const bool waits = frame.node == nullptr && frame.schema->kind == NodeKind::kList &&
-                       event.kind == Event::Kind::kEnter && !event.node->is_key();
-    if (!waits) return false;
-  }
   if (event.kind == Event::Kind::kEnter) frame.early_open = event.node;
   if (event.kind == Event::Kind::kLeave) {
     const SchemaNode* parent = frame.early_open->parent;
     frame.early_open = parent != frame.schema ? parent : nullptr;
   }
-  event.line = line();
+  event.offset = offset();
   frame.early.push_back(std::move(event));
-  return true;
 }
 
 void TreeBuilder::replay(const std::vector<Event>& events) {
-  const std::size_t line_before = replayed_line_;
+  const std::optional<std::size_t> offset_before = replayed_offset_;
   for (const Event& event : events) {
-    replayed_line_ = event.line;
+    replayed_offset_ = event.offset;
     switch (event.kind) {
       case Event::Kind::kEnter:
         enter(*event.node);
@@ -282,7 +289,7 @@ void TreeBuilder::replay(const std::vector<Event>& events) {
         break;
     }
   }
-  replayed_line_ = line_before;
+  replayed_offset_ = offset_before;
 }
 
 // A change may come to a container or an entry several times, as when somebody puts changes
@@ -338,17 +345,28 @@ void TreeBuilder::create_entry(Frame& entry, lyd_node* parent) {
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): it reads as many as the list has keys
   lyd_new_list(parent, schema.lysc->module, schema.name.c_str(), 0, &entry.node, k0, k1, k2, k3, k4,
                k5, k6, k7, k8);
-  if (entry.node == nullptr) fail("the entry cannot be made");
+  if (entry.node == nullptr) refuse_keys(entry);
 }
 
-void TreeBuilder::take_key(const SchemaNode& key, const std::string& value) {
-  const LY_ERR valid = lyd_value_validate(schema_.context(), key.lysc, value.data(), value.size(),
-                                          nullptr, nullptr, nullptr);
-  if (valid != LY_SUCCESS || !is_yang_text(value)) refuse_value(key, value);
+void TreeBuilder::refuse_keys(const Frame& entry) {
+  for (std::size_t i = 0; i < entry.keys.size(); ++i) {
+    const SchemaNode& key = *entry.schema->children[i];
+    const std::string& value = *entry.keys[i];
+    const LY_ERR valid = lyd_value_validate(schema_.context(), key.lysc, value.data(), value.size(),
+                                            nullptr, nullptr, nullptr);
+    if (valid == LY_SUCCESS) continue;
+    push(key);
+    refuse_value(key, value);
+  }
+  fail("the entry cannot be made");
+}
+
+void TreeBuilder::take_key(const SchemaNode& key, std::string value) {
+  if (!is_yang_text(value)) refuse_value(key, value);
   check_form(key, key.value);
   --depth_;  // from here on the entry is the open node
   Frame& entry = top();
-  entry.keys[rank_in(*entry.schema, key)] = value;
+  entry.keys[rank_in(*entry.schema, key)] = std::move(value);
   for (const auto& known : entry.keys) {
     if (!known.has_value()) return;
   }
@@ -364,8 +382,8 @@ void TreeBuilder::take_key(const SchemaNode& key, const std::string& value) {
 void TreeBuilder::leave_leaf() {
   const SchemaNode& leaf = *top().schema;
   const std::optional<Operation> operation = top().operation;
-  const std::string value = std::exchange(value_, {});
-  if (leaf.is_key()) return take_key(leaf, value);
+  if (leaf.is_key()) return take_key(leaf, value_);
+  const std::string& value = value_;
   Frame& parent = around();
   if (operation.has_value() && goes(*operation) && leaf.kind == NodeKind::kLeaf) {
     // Which value it has does not matter, and none need be given.
@@ -373,10 +391,10 @@ void TreeBuilder::leave_leaf() {
         value.empty() || lyd_value_validate(schema_.context(), leaf.lysc, value.data(),
                                             value.size(), nullptr, nullptr, nullptr) == LY_SUCCESS;
     if (!valid) refuse_value(leaf, value);
-    note_removal(parent, {&leaf, *operation == Operation::kDelete, line()});
+    note_removal(parent, {&leaf, *operation == Operation::kDelete, offset()});
   } else {
     lyd_node* node = create_value(parent, leaf, value);
-    if (operation.has_value()) note(parent, node, *operation, line());
+    if (operation.has_value()) note(parent, node, *operation, offset());
   }
   --depth_;
 }
@@ -409,14 +427,18 @@ void TreeBuilder::leave_inner() {
   if (frame.node == nullptr) {
     for (std::size_t i = 0; i < frame.keys.size(); ++i) {
       if (frame.keys[i].has_value()) continue;
-      fail_at(frame.line, "the entry has no key '" + frame.schema->children[i]->name + "'");
+      fail_at(frame.offset, "the entry has no key '" + frame.schema->children[i]->name + "'");
     }
   }
   if (frame.again && (frame.operation.has_value() || notes_.operations.contains(frame.node))) {
-    fail_at(frame.line, "is given twice, with an operation");
+    fail_at(frame.offset, "is given twice, with an operation");
   }
   for (const ChildOperation& of : frame.child_operations) settle(frame, of);
-  notes_.lines.emplace_back(frame.node, frame.line);
+  if (use_ == TreeUse::kConfiguration) bring_own_defaults(frame.node);
+  // A container is found through the entry around it.
+  if (frame.schema->kind == NodeKind::kList || frame.operation.has_value()) {
+    notes_.lines.emplace_back(frame.node, frame.offset);
+  }
   if (frame.operation.has_value()) notes_.operations.emplace(frame.node, *frame.operation);
   frame.noted = frame.noted || frame.operation.has_value();
   if (frame.noted) notes_.noted.insert(frame.node);
@@ -424,10 +446,11 @@ void TreeBuilder::leave_inner() {
   if (depth_ > 0) top().noted = top().noted || frame.noted;
 }
 
-void TreeBuilder::note(Frame& parent, const lyd_node* node, Operation operation, std::size_t line) {
+void TreeBuilder::note(Frame& parent, const lyd_node* node, Operation operation,
+                       std::size_t offset) {
   notes_.operations.emplace(node, operation);
   notes_.noted.insert(node);
-  notes_.lines.emplace_back(node, line);
+  notes_.lines.emplace_back(node, offset);
   parent.noted = true;
 }
 
@@ -442,19 +465,19 @@ void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
   if (leaf.kind == NodeKind::kLeafList) {
     const std::vector<lyd_node*>& values = instances_of(frame, leaf).in_turn;
     if (of.index >= values.size()) {
-      fail_at(of.line, "'@" + leaf.name + "' has more values than '" + leaf.name + "'");
+      fail_at(of.offset, "'@" + leaf.name + "' has more values than '" + leaf.name + "'");
     }
-    return note(frame, values[of.index], of.operation, of.line);
+    return note(frame, values[of.index], of.operation, of.offset);
   }
   lyd_node* node = nullptr;
   lyd_find_sibling_val(lyd_child(frame.node), leaf.lysc, nullptr, 0, &node);
   if (goes(of.operation)) {
     lyd_free_tree(node);
-    note_removal(frame, {&leaf, of.operation == Operation::kDelete, of.line});
+    note_removal(frame, {&leaf, of.operation == Operation::kDelete, of.offset});
   } else if (node == nullptr) {
-    fail_at(of.line, "'@" + leaf.name + "' needs a '" + leaf.name + "' beside it");
+    fail_at(of.offset, "'@" + leaf.name + "' needs a '" + leaf.name + "' beside it");
   } else {
-    note(frame, node, of.operation, of.line);
+    note(frame, node, of.operation, of.offset);
   }
 }
 
@@ -468,13 +491,18 @@ ReadConfiguration TreeBuilder::take_configuration() {
   try {
     check_subtree(root_.get());
   } catch (const InvalidNode& error) {
-    throw InputError(error.what(), line_of(notes_.lines, error.node()));
+    const std::optional<std::size_t> offset = place_of(notes_.lines, error.node());
+    throw InputError(error.what(), line_at(locator_.text(), offset.value_or(0)));
   }
-  bring_defaults(root_.get());
   return {std::move(root_), std::move(unordered_)};
 }
 
 ReadChange TreeBuilder::take_change() {
+  const LineTable lines(locator_.text());
+  for (auto& [node, place] : notes_.lines) place = lines.line_of(place);
+  for (auto& [parent, removals] : notes_.removals) {
+    for (LeafRemoval& removal : removals) removal.line = lines.line_of(removal.line);
+  }
   return {std::move(root_), std::move(notes_)};
 }
 

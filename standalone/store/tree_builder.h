@@ -8,19 +8,28 @@
 #include <string_view>
 #include <vector>
 
+#include "standalone/store/input_text.h"
 #include "standalone/store/reader.h"
 
 namespace tarnd::store {
 
-/// Says where the parser is. Asked only when somebody wants to know: counting lines costs time.
+/// Says where in the text the parser is.
 class Locator {
  public:
-  Locator() = default;
+  /// The text stays with the caller.
+  explicit Locator(std::string_view text) : text_(text) {}
   Locator(const Locator&) = delete;
   Locator& operator=(const Locator&) = delete;
   virtual ~Locator() = default;
-  /// The line of what the parser reports now.
-  virtual std::size_t line() = 0;
+
+  /// Where what the parser reports now begins, or where it ends.
+  [[nodiscard]] virtual std::size_t offset() const = 0;
+  /// Lines are counted only when somebody wants to know one.
+  [[nodiscard]] std::size_t line() const { return line_at(text_, offset()); }
+  [[nodiscard]] std::string_view text() const { return text_; }
+
+ private:
+  std::string_view text_;
 };
 
 /// How a format wrote a value. XML has texts only; what they mean is the type's matter.
@@ -33,7 +42,7 @@ enum class TreeUse : std::uint8_t { kConfiguration, kChange };
 class TreeBuilder {
  public:
   /// The schema and the locator stay with the caller.
-  TreeBuilder(const Schema& schema, TreeUse use, Locator& locator);
+  TreeBuilder(const Schema& schema, TreeUse use, const Locator& locator);
 
   /// Begins the top-level node.
   void enter_root();
@@ -78,13 +87,13 @@ class TreeBuilder {
     ValueForm form = ValueForm::kXmlText;
     Operation operation = Operation::kMerge;
     std::size_t index = 0;
-    std::size_t line = 0;
+    std::size_t offset = 0;
   };
   struct ChildOperation {
     const SchemaNode* leaf = nullptr;
     std::size_t index = 0;
     Operation operation = Operation::kMerge;
-    std::size_t line = 0;
+    std::size_t offset = 0;
   };
   // The instances of one list or leaf-list that came so far.
   struct Instances {
@@ -96,7 +105,7 @@ class TreeBuilder {
   struct Frame {
     const SchemaNode* schema = nullptr;
     lyd_node* node = nullptr;  ///< null for a leaf, and for an entry without all its keys
-    std::size_t line = 0;
+    std::size_t offset = 0;
     std::vector<std::optional<std::string>> keys;  ///< of an entry, in the model's order
     std::vector<bool> seen;                        ///< children, by their rank in the model
     std::vector<Instances> instances;
@@ -112,12 +121,13 @@ class TreeBuilder {
   [[nodiscard]] const Frame& top() const { return frames_[depth_ - 1]; }
   Frame& around() { return frames_[depth_ - 2]; }
   Frame& push(const SchemaNode& schema);
-  [[nodiscard]] std::size_t line() const;
+  [[nodiscard]] std::size_t offset() const;
   [[nodiscard]] std::string path_of_frame(std::size_t depth) const;
-  [[noreturn]] void fail_at(std::size_t line, const std::string& what) const;
+  [[noreturn]] void fail_at(std::size_t offset, const std::string& what) const;
   [[noreturn]] void refuse_value(const SchemaNode& leaf, const std::string& value) const;
 
-  bool record(Event event);
+  [[nodiscard]] bool waits(const SchemaNode* entered) const;
+  void record(Event event);
   void replay(const std::vector<Event>& events);
   void check_once(Frame& parent, const SchemaNode& node) const;
   [[nodiscard]] bool was_given(const lyd_node* parent, const SchemaNode& leaf) const;
@@ -127,21 +137,22 @@ class TreeBuilder {
   void create_entry(Frame& entry, lyd_node* parent);
   void leave_inner();
   void leave_leaf();
-  void take_key(const SchemaNode& key, const std::string& value);
+  void take_key(const SchemaNode& key, std::string value);
+  [[noreturn]] void refuse_keys(const Frame& entry);
   lyd_node* create_value(Frame& parent, const SchemaNode& leaf, const std::string& value);
   void check_form(const SchemaNode& leaf, ValueKind kind) const;
-  void note(Frame& parent, const lyd_node* node, Operation operation, std::size_t line);
+  void note(Frame& parent, const lyd_node* node, Operation operation, std::size_t offset);
   void note_removal(Frame& parent, const LeafRemoval& removal);
   void settle(Frame& frame, const ChildOperation& of);
 
   const Schema& schema_;
   const TreeUse use_;
-  Locator& locator_;
+  const Locator& locator_;
   std::deque<Frame> frames_;  // those of nodes that have ended are kept for the next ones
   std::size_t depth_ = 0;
   std::string value_;  // of the open leaf
   ValueForm form_ = ValueForm::kXmlText;
-  std::size_t replayed_line_ = 0;
+  std::optional<std::size_t> replayed_offset_;
   TreeOwner root_;
   UnorderedLists unordered_;
   ChangeNotes notes_;

@@ -61,8 +61,10 @@ std::string text_of(XML_Error code) {
 
 class ExpatLocator : public Locator {
  public:
-  explicit ExpatLocator(XML_Parser parser) : parser_(parser) {}
-  std::size_t line() override { return XML_GetCurrentLineNumber(parser_); }
+  ExpatLocator(std::string_view text, XML_Parser parser) : Locator(text), parser_(parser) {}
+  [[nodiscard]] std::size_t offset() const override {
+    return static_cast<std::size_t>(std::max(XML_GetCurrentByteIndex(parser_), XML_Index{0}));
+  }
 
  private:
   XML_Parser parser_;
@@ -70,10 +72,10 @@ class ExpatLocator : public Locator {
 
 class XmlReader {
  public:
-  XmlReader(const Schema& schema, TreeUse use)
+  XmlReader(const Schema& schema, TreeUse use, std::string_view text)
       : schema_(schema),
         parser_(XML_ParserCreateNS("UTF-8", kSeparator), &XML_ParserFree),
-        locator_(parser_.get()),
+        locator_(text, parser_.get()),
         envelope_(schema, use, locator_),
         builder_(schema, use, locator_) {
     XML_Parser parser = parser_.get();
@@ -86,9 +88,9 @@ class XmlReader {
         [](void* self, const char* /*name*/) {
           of(self).guarded([](XmlReader& reader) { reader.end(); });
         });
-    XML_SetCharacterDataHandler(parser, [](void* self, const char* text, int length) {
+    XML_SetCharacterDataHandler(parser, [](void* self, const char* piece, int length) {
       of(self).guarded([&](XmlReader& reader) {
-        reader.text({text, static_cast<std::size_t>(length)});
+        reader.text({piece, static_cast<std::size_t>(length)});
       });
     });
     XML_SetXmlDeclHandler(
@@ -104,19 +106,20 @@ class XmlReader {
         });
   }
 
-  void read(std::string_view text) {
-    // As much at a time as expat's lengths hold.
-    constexpr std::size_t kMost = std::size_t{1} << 30;
+  void read() {
+    // expat copies what it is given, so it is given little at a time.
+    constexpr std::size_t kMost = std::size_t{1} << 16;
+    std::string_view rest = locator_.text();
     do {
-      const std::string_view piece = text.substr(0, kMost);
-      text.remove_prefix(piece.size());
+      const std::string_view piece = rest.substr(0, kMost);
+      rest.remove_prefix(piece.size());
       const XML_Status status = XML_Parse(parser_.get(), piece.data(),
-                                          static_cast<int>(piece.size()), text.empty() ? 1 : 0);
+                                          static_cast<int>(piece.size()), rest.empty() ? 1 : 0);
       if (failure_ != nullptr) std::rethrow_exception(failure_);
       if (status != XML_STATUS_OK) {
         throw InputError(text_of(XML_GetErrorCode(parser_.get())), locator_.line());
       }
-    } while (!text.empty());
+    } while (!rest.empty());
     envelope_.finish();
   }
 
@@ -224,14 +227,14 @@ class XmlReader {
 }  // namespace
 
 ReadConfiguration read_xml_configuration(const Schema& schema, std::string_view text) {
-  XmlReader reader(schema, TreeUse::kConfiguration);
-  reader.read(text);
+  XmlReader reader(schema, TreeUse::kConfiguration, text);
+  reader.read();
   return reader.builder().take_configuration();
 }
 
 ReadChange read_xml_change(const Schema& schema, std::string_view text) {
-  XmlReader reader(schema, TreeUse::kChange);
-  reader.read(text);
+  XmlReader reader(schema, TreeUse::kChange, text);
+  reader.read();
   ReadChange change = reader.builder().take_change();
   change.notes.default_operation = reader.envelope().default_operation();
   return change;
