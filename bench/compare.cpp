@@ -261,10 +261,10 @@ void print_bars(const Figures& one, const Figures& four, const Memory& memory,
   at_most("own steps of a one-leaf commit, ms", one.leaf_steps, 1);
   at_most("own steps of a one-leaf commit, four cards, ms", four.leaf_steps, 1);
   at_most("peak memory of gponval commit / libyang's of the same data",
-          memory.commit / memory.libyang, 2.5);
-  at_most("peak memory, four cards", memory_four.commit / memory_four.libyang, 2.5);
-  at_most("loading / libyang's reading and validating", one.load / one.parse_and_validate, 1.3);
-  at_most("loading, four cards", four.load / four.parse_and_validate, 1.3);
+          memory.commit / memory.libyang, 1.0);
+  at_most("peak memory, four cards", memory_four.commit / memory_four.libyang, 1.0);
+  at_most("loading / libyang's reading and validating", one.load / one.parse_and_validate, 0.55);
+  at_most("loading, four cards", four.load / four.parse_and_validate, 0.55);
 }
 
 // Profiles

@@ -1,6 +1,7 @@
 #include "standalone/store/libyang_compat.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 namespace tarnd::store {
@@ -37,6 +38,36 @@ LY_ERR find_xpath(const lyd_node* context, const lyd_node* tree, const char* exp
 #else
   return lyd_find_xpath3(context, tree, expression, nullptr, set);
 #endif
+}
+
+lyd_node* new_term(lyd_node* parent, const lysc_node* schema, const char* value, bool canonical) {
+  lyd_node* node = nullptr;
+#if LY_VERSION_MAJOR >= 3
+  lyd_new_term(parent, schema->module, schema->name, value, canonical ? LYD_NEW_VAL_CANON : 0,
+               &node);
+#else
+  const auto make = canonical ? lyd_new_term_canon : lyd_new_term;
+  make(parent, schema->module, schema->name, value, 0, &node);
+#endif
+  return node;
+}
+
+lyd_node* new_entry(lyd_node* parent, const lysc_node* list, std::span<const std::string> keys,
+                    bool canonical) {
+  // libyang takes the keys as arguments, and reads as many as the list has.
+  constexpr std::size_t kMostKeys = 9;
+  std::array<const char*, kMostKeys> texts{};
+  for (std::size_t i = 0; i < keys.size(); ++i) texts.at(i) = keys[i].c_str();
+  const auto& [k0, k1, k2, k3, k4, k5, k6, k7, k8] = texts;
+  lyd_node* node = nullptr;
+#if LY_VERSION_MAJOR >= 3
+  lyd_new_list(parent, list->module, list->name, canonical ? LYD_NEW_VAL_CANON : 0, &node, k0, k1,
+               k2, k3, k4, k5, k6, k7, k8);
+#else
+  const auto make = canonical ? lyd_new_list_canon : lyd_new_list;
+  make(parent, list->module, list->name, 0, &node, k0, k1, k2, k3, k4, k5, k6, k7, k8);
+#endif
+  return node;
 }
 
 std::vector<std::pair<std::string_view, std::string>> substatements(

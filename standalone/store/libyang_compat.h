@@ -3,6 +3,7 @@
 #include <libyang/libyang.h>
 #include <libyang/version.h>
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -18,6 +19,15 @@ std::string take_libyang_error(ly_ctx* context);
 /// document root where it is null. The caller frees the set.
 LY_ERR find_xpath(const lyd_node* context, const lyd_node* tree, const char* expression,
                   ly_set** set);
+
+/// Makes a leaf, or a value of a leaf-list, below the parent; null when the model refuses the
+/// value. libyang need not bring a canonical text into its canonical form.
+lyd_node* new_term(lyd_node* parent, const lysc_node* schema, const char* value, bool canonical);
+
+/// Makes an entry with these keys, as many as the list has, below the parent; null when the model
+/// refuses one.
+lyd_node* new_entry(lyd_node* parent, const lysc_node* list, std::span<const std::string> keys,
+                    bool canonical);
 
 /// What stands inside the braces of an extension's statement: keyword with its prefix, and
 /// argument.

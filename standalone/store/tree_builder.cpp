@@ -9,6 +9,7 @@
 #include "standalone/store/datastore.h"
 #include "standalone/store/defaults.h"
 #include "standalone/store/input_text.h"
+#include "standalone/store/libyang_compat.h"
 #include "standalone/store/validity.h"
 #include "standalone/store/value_help.h"
 
@@ -19,8 +20,6 @@ constexpr std::string_view kClearText = "$0$";
 constexpr std::string_view kWhiteSpace = " \t\r\n";
 // More than any model nests; what is deeper is no configuration.
 constexpr std::size_t kDeepest = 64;
-// libyang takes an entry's keys as arguments of one call.
-constexpr std::size_t kMostKeys = 9;
 
 bool is_leaf(const SchemaNode& node) {
   return node.kind == NodeKind::kLeaf || node.kind == NodeKind::kLeafList;
@@ -32,12 +31,6 @@ bool has_instances(const SchemaNode& node) {
 
 bool goes(Operation operation) {
   return operation == Operation::kDelete || operation == Operation::kRemove;
-}
-
-std::size_t rank_in(const SchemaNode& parent, const SchemaNode& child) {
-  std::size_t rank = 0;
-  while (parent.children[rank] != &child) ++rank;
-  return rank;
 }
 
 bool less(const lyd_node* left, const lyd_node* right) {
@@ -56,6 +49,17 @@ bool is_number_kind(ValueKind kind) {
     default:
       return false;  // RFC 7951 writes numbers of 64 bits as strings
   }
+}
+
+bool is_unsigned_kind(ValueKind kind) {
+  return kind == ValueKind::kUint8 || kind == ValueKind::kUint16 || kind == ValueKind::kUint32;
+}
+
+// A number of digits alone, without a leading zero, reads back as it was written.
+bool is_canonical(const SchemaNode& leaf, std::string_view value) {
+  if (!is_unsigned_kind(leaf.value) || value.empty()) return false;
+  if (value.front() == '0' && value.size() > 1) return false;
+  return std::all_of(value.begin(), value.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 ValueForm form_of(ValueKind kind) {
@@ -86,7 +90,10 @@ std::vector<std::string_view> names_below(const SchemaNode& node) {
 }  // namespace
 
 TreeBuilder::TreeBuilder(const Schema& schema, TreeUse use, const Locator& locator)
-    : schema_(schema), use_(use), locator_(locator), root_(nullptr, lyd_free_all) {}
+    : schema_(schema), use_(use), locator_(locator), root_(nullptr, lyd_free_all) {
+  // None moves while another is made, so that a reference to an open one stays good.
+  frames_.reserve(kDeepest);
+}
 
 std::size_t TreeBuilder::offset() const {
   return replayed_offset_.value_or(locator_.offset());
@@ -114,14 +121,14 @@ std::string TreeBuilder::path_of_frame(std::size_t depth) const {
   return path_of_frame(depth - 1) + "/" + frame.schema->name;
 }
 
-const SchemaNode* TreeBuilder::open_node() const {
-  if (depth_ == 0) return nullptr;
-  return top().early_open != nullptr ? top().early_open : top().schema;
-}
-
 const SchemaNode& TreeBuilder::child(std::string_view name) const {
   const SchemaNode& parent = *open_node();
   if (is_leaf(parent)) fail("holds " + excerpt(name) + ", but " + parent.name + " is a leaf");
+  // Most texts have the children in the order of the model.
+  const std::vector<const SchemaNode*>& children = parent.children;
+  const std::size_t next = top().early_open == nullptr ? top().next_rank : 0;
+  if (next < children.size() && children[next]->name == name) return *children[next];
+  if (next > 0 && children[next - 1]->name == name) return *children[next - 1];
   if (const SchemaNode* node = parent.child(name); node != nullptr) return *node;
   const auto meant = nearest(name, names_below(parent));
   fail("there is no " + excerpt(name) + " here" +
@@ -134,14 +141,17 @@ TreeBuilder::Frame& TreeBuilder::push(const SchemaNode& schema) {
   Frame& frame = frames_[depth_++];
   frame.schema = &schema;
   frame.node = nullptr;
+  frame.operation.reset();
+  frame.early_open = nullptr;
+  if (is_leaf(schema)) return frame;
   frame.offset = 0;
-  frame.keys.assign(schema.num_keys, std::nullopt);
+  frame.keys.resize(schema.num_keys);
+  frame.known_keys = 0;
+  frame.next_rank = 0;
   frame.seen.assign(schema.children.size(), false);
   frame.instances.clear();
   frame.child_operations.clear();
   frame.early.clear();
-  frame.early_open = nullptr;
-  frame.operation.reset();
   frame.noted = false;
   frame.again = false;
   return frame;
@@ -292,11 +302,21 @@ void TreeBuilder::replay(const std::vector<Event>& events) {
   replayed_offset_ = offset_before;
 }
 
+std::size_t TreeBuilder::rank_of(const Frame& parent, const SchemaNode& child) {
+  const std::vector<const SchemaNode*>& children = parent.schema->children;
+  std::size_t rank = parent.next_rank;
+  if (rank < children.size() && children[rank] == &child) return rank;
+  rank = 0;
+  while (children[rank] != &child) ++rank;
+  return rank;
+}
+
 // A change may come to a container or an entry several times, as when somebody puts changes
 // together; what it says of a leaf it says once.
 void TreeBuilder::check_once(Frame& parent, const SchemaNode& node) const {
+  const std::size_t rank = rank_of(parent, node);
+  parent.next_rank = rank + 1;
   if (has_instances(node) || (use_ == TreeUse::kChange && !is_leaf(node))) return;
-  const std::size_t rank = rank_in(*parent.schema, node);
   if (parent.seen[rank] || (parent.again && was_given(parent.node, node))) {
     fail("holds '" + node.name + "' twice");
   }
@@ -338,20 +358,18 @@ lyd_node* TreeBuilder::earlier_instance(Frame& parent, lyd_node* node) {
 
 // Called when the last of the keys was read.
 void TreeBuilder::create_entry(Frame& entry, lyd_node* parent) {
-  const SchemaNode& schema = *entry.schema;
-  std::array<const char*, kMostKeys> keys{};
-  for (std::size_t i = 0; i < schema.num_keys; ++i) keys.at(i) = entry.keys[i]->c_str();
-  const auto& [k0, k1, k2, k3, k4, k5, k6, k7, k8] = keys;
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): it reads as many as the list has keys
-  lyd_new_list(parent, schema.lysc->module, schema.name.c_str(), 0, &entry.node, k0, k1, k2, k3, k4,
-               k5, k6, k7, k8);
+  bool canonical = true;
+  for (std::size_t i = 0; i < entry.keys.size(); ++i) {
+    canonical = canonical && is_canonical(*entry.schema->children[i], entry.keys[i]);
+  }
+  entry.node = new_entry(parent, entry.schema->lysc, entry.keys, canonical);
   if (entry.node == nullptr) refuse_keys(entry);
 }
 
 void TreeBuilder::refuse_keys(const Frame& entry) {
   for (std::size_t i = 0; i < entry.keys.size(); ++i) {
     const SchemaNode& key = *entry.schema->children[i];
-    const std::string& value = *entry.keys[i];
+    const std::string value = entry.keys[i];
     const LY_ERR valid = lyd_value_validate(schema_.context(), key.lysc, value.data(), value.size(),
                                             nullptr, nullptr, nullptr);
     if (valid == LY_SUCCESS) continue;
@@ -361,15 +379,13 @@ void TreeBuilder::refuse_keys(const Frame& entry) {
   fail("the entry cannot be made");
 }
 
-void TreeBuilder::take_key(const SchemaNode& key, std::string value) {
+void TreeBuilder::take_key(const SchemaNode& key, const std::string& value) {
   if (!is_yang_text(value)) refuse_value(key, value);
   check_form(key, key.value);
   --depth_;  // from here on the entry is the open node
   Frame& entry = top();
-  entry.keys[rank_in(*entry.schema, key)] = std::move(value);
-  for (const auto& known : entry.keys) {
-    if (!known.has_value()) return;
-  }
+  entry.keys[entry.next_rank - 1] = value;
+  if (++entry.known_keys < entry.keys.size()) return;
   create_entry(entry, around().node);
   if (lyd_node* earlier = earlier_instance(around(), entry.node); earlier != nullptr) {
     if (use_ == TreeUse::kConfiguration) fail("is given twice");
@@ -405,11 +421,8 @@ lyd_node* TreeBuilder::create_value(Frame& parent, const SchemaNode& leaf,
   const bool clear = leaf.value == ValueKind::kEncrypted &&
                      std::string_view(value).substr(0, kClearText.size()) == kClearText;
   const std::string stored = clear ? encrypt_string(value.substr(kClearText.size())) : value;
-  lyd_node* node = nullptr;
-  if (lyd_new_term(parent.node, leaf.lysc->module, leaf.name.c_str(), stored.c_str(), 0, &node) !=
-      LY_SUCCESS) {
-    refuse_value(leaf, value);
-  }
+  lyd_node* node = new_term(parent.node, leaf.lysc, stored.c_str(), is_canonical(leaf, value));
+  if (node == nullptr) refuse_value(leaf, value);
   check_form(leaf, value_kind(node));
   if (leaf.kind != NodeKind::kLeafList) return node;
   if (earlier_instance(parent, node) != nullptr) fail(excerpt(value) + " is given twice");
@@ -426,7 +439,7 @@ void TreeBuilder::leave_inner() {
   Frame& frame = top();
   if (frame.node == nullptr) {
     for (std::size_t i = 0; i < frame.keys.size(); ++i) {
-      if (frame.keys[i].has_value()) continue;
+      if (frame.seen[i]) continue;
       fail_at(frame.offset, "the entry has no key '" + frame.schema->children[i]->name + "'");
     }
   }

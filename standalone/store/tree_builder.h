@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -66,7 +65,11 @@ class TreeBuilder {
   void leave();
 
   /// The model's node that is open; null before and after the top-level one.
-  [[nodiscard]] const SchemaNode* open_node() const;
+  [[nodiscard]] const SchemaNode* open_node() const {
+    if (depth_ == 0) return nullptr;
+    const Frame& frame = frames_[depth_ - 1];
+    return frame.early_open != nullptr ? frame.early_open : frame.schema;
+  }
   [[nodiscard]] TreeUse use() const { return use_; }
 
   [[noreturn]] void fail(const std::string& what) const;
@@ -106,12 +109,14 @@ class TreeBuilder {
     const SchemaNode* schema = nullptr;
     lyd_node* node = nullptr;  ///< null for a leaf, and for an entry without all its keys
     std::size_t offset = 0;
-    std::vector<std::optional<std::string>> keys;  ///< of an entry, in the model's order
-    std::vector<bool> seen;                        ///< children, by their rank in the model
+    std::vector<std::string> keys;  ///< of an entry, in the model's order
+    std::size_t known_keys = 0;
+    std::vector<bool> seen;  ///< children, by their rank in the model
     std::vector<Instances> instances;
     std::vector<ChildOperation> child_operations;
     std::vector<Event> early;                ///< what came before the keys
     const SchemaNode* early_open = nullptr;  ///< the innermost open node of that
+    std::size_t next_rank = 0;               ///< where the next child is expected
     std::optional<Operation> operation;
     bool noted = false;  ///< it or a node below has a note
     bool again = false;  ///< in a change: it was open before
@@ -129,6 +134,7 @@ class TreeBuilder {
   [[nodiscard]] bool waits(const SchemaNode* entered) const;
   void record(Event event);
   void replay(const std::vector<Event>& events);
+  static std::size_t rank_of(const Frame& parent, const SchemaNode& child);
   void check_once(Frame& parent, const SchemaNode& node) const;
   [[nodiscard]] bool was_given(const lyd_node* parent, const SchemaNode& leaf) const;
   lyd_node* earlier_instance(Frame& parent, lyd_node* node);
@@ -137,7 +143,7 @@ class TreeBuilder {
   void create_entry(Frame& entry, lyd_node* parent);
   void leave_inner();
   void leave_leaf();
-  void take_key(const SchemaNode& key, std::string value);
+  void take_key(const SchemaNode& key, const std::string& value);
   [[noreturn]] void refuse_keys(const Frame& entry);
   lyd_node* create_value(Frame& parent, const SchemaNode& leaf, const std::string& value);
   void check_form(const SchemaNode& leaf, ValueKind kind) const;
@@ -148,7 +154,7 @@ class TreeBuilder {
   const Schema& schema_;
   const TreeUse use_;
   const Locator& locator_;
-  std::deque<Frame> frames_;  // those of nodes that have ended are kept for the next ones
+  std::vector<Frame> frames_;  // those of nodes that have ended are kept for the next ones
   std::size_t depth_ = 0;
   std::string value_;  // of the open leaf
   ValueForm form_ = ValueForm::kXmlText;
