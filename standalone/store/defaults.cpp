@@ -4,11 +4,14 @@
 
 #include "standalone/store/datastore.h"
 #include "standalone/store/libyang_compat.h"
+#include "standalone/store/transaction.h"
 
 namespace tarnd::store {
 namespace {
 
 constexpr std::uint32_t kDefault = LYD_DEFAULT;
+
+void bring_own_defaults(lyd_node* node);
 
 bool is_inner(const lyd_node* node) {
   return (node->schema->nodetype & (LYS_CONTAINER | LYS_LIST)) != 0;
@@ -18,19 +21,46 @@ bool exists(const lyd_node* parent, const lysc_node* schema) {
   return child_instance(parent, *static_cast<const SchemaNode*>(schema->priv)) != nullptr;
 }
 
-// Some node of the case, those of choices inside it included, exists.
-bool in_use(const lyd_node* parent, const lysc_node* one) {
+// Takes each data node of the case, those of choices inside it included.
+template <typename Take>
+void for_each_node(const lysc_node* one, Take take) {
   for (const lysc_node* node = lysc_node_child(one); node != nullptr; node = node->next) {
-    const bool around = (node->nodetype & (LYS_CHOICE | LYS_CASE)) != 0;
-    if (around ? in_use(parent, node) : exists(parent, node)) return true;
+    if ((node->nodetype & (LYS_CHOICE | LYS_CASE)) != 0) {
+      for_each_node(node, take);
+    } else {
+      take(*static_cast<const SchemaNode*>(node->priv));
+    }
   }
-  return false;
 }
 
-const lysc_node* case_in_use(const lyd_node* parent, const lysc_node* choice) {
+bool in_use(const lyd_node* parent, const lysc_node* one) {
+  bool given = false;
+  for_each_node(one, [&](const SchemaNode& schema) {
+    const lyd_node* node = child_instance(parent, schema);
+    given = given || (node != nullptr && has_given_content(node));
+  });
+  return given;
+}
+
+// A container that is given empty does not bring its case into use.
+void drop_empty_containers(const lyd_node* parent, const lysc_node* one) {
+  for_each_node(one, [&](const SchemaNode& schema) {
+    lyd_node* node = child_instance(parent, schema);
+    if (node != nullptr) lyd_free_tree(node);
+  });
+}
+
+// The case that is in use, or the one by default; nothing is left of the others.
+const lysc_node* settle_case(const lyd_node* parent, const lysc_node* choice) {
+  const lysc_node* used = nullptr;
   for (const lysc_node* one = lysc_node_child(choice); one != nullptr; one = one->next) {
-    if (in_use(parent, one)) return one;
+    if (in_use(parent, one)) {
+      used = one;
+    } else {
+      drop_empty_containers(parent, one);
+    }
   }
+  if (used != nullptr) return used;
   const lysc_node_case* standard = reinterpret_cast<const lysc_node_choice*>(choice)->dflt;
   return standard != nullptr ? &standard->node : nullptr;
 }
@@ -67,19 +97,20 @@ void add_missing(lyd_node* parent, const lysc_node* around) {
     } else if (node->nodetype == LYS_CONTAINER) {
       add_container(parent, node);
     } else if (node->nodetype == LYS_CHOICE) {
-      const lysc_node* one = case_in_use(parent, node);
+      const lysc_node* one = settle_case(parent, node);
       if (one != nullptr) add_missing(parent, one);
     }
   }
 }
 
-}  // namespace
-
+// Those of the node alone: the nodes below it have theirs already.
 void bring_own_defaults(lyd_node* node) {
   add_missing(node, node->schema);
   // Adding a leaf took the mark away.
   if (is_empty_container(node)) node->flags |= kDefault;
 }
+
+}  // namespace
 
 void bring_defaults(lyd_node* tree) {
   lyd_node* next = nullptr;

@@ -9,7 +9,4 @@ namespace tarnd::store {
 /// defaults afterwards, as libyang has it.
 void bring_defaults(lyd_node* tree);
 
-/// The same for the node alone, when the nodes below it have their defaults already.
-void bring_own_defaults(lyd_node* node);
-
 }  // namespace tarnd::store

@@ -447,7 +447,6 @@ void TreeBuilder::leave_inner() {
     fail_at(frame.offset, "is given twice, with an operation");
   }
   for (const ChildOperation& of : frame.child_operations) settle(frame, of);
-  if (use_ == TreeUse::kConfiguration) bring_own_defaults(frame.node);
   // A container is found through the entry around it.
   if (frame.schema->kind == NodeKind::kList || frame.operation.has_value()) {
     notes_.lines.emplace_back(frame.node, frame.offset);
@@ -507,6 +506,7 @@ ReadConfiguration TreeBuilder::take_configuration() {
     const std::optional<std::size_t> offset = place_of(notes_.lines, error.node());
     throw InputError(error.what(), line_at(locator_.text(), offset.value_or(0)));
   }
+  bring_defaults(root_.get());
   return {std::move(root_), std::move(unordered_)};
 }
 

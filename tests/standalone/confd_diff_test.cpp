@@ -250,8 +250,9 @@ TEST_F(ConfdDiff, EntriesComeInKeyOrder) {
 }
 
 TEST_F(ConfdDiff, AnEntryReplacedIsAtMostModified) {
-  open("<service-port nc:operation=\"replace\"><id>7</id><upstream-rate>1</upstream-rate>"
-       "</service-port>");
+  open(
+      "<service-port nc:operation=\"replace\"><id>7</id><upstream-rate>1</upstream-rate>"
+      "</service-port>");
   EXPECT_THAT(changes("/config/service-port", ITER_CONTINUE),
               ElementsAre("modified /config/service-port{7}"));
 }

@@ -137,7 +137,7 @@ TEST(ValidityTest, AContainerOfACaseMustBeCompleteOnceTheCaseIsInUse) {
   }
   Transaction transaction(datastore);
   transaction.edit(config("<a><k>1</k><o>1</o></a>"), Format::kXml);
-  EXPECT_EQ(refusal(transaction), "/config/a{1}/needs: mandatory node 'n' does not exist");
+  EXPECT_EQ(refusal(transaction), "/config/a{1}: mandatory node 'needs/n' does not exist");
 }
 
 // An edit leaves the other cases of its own choice, not those of a choice around its case.

@@ -1,0 +1,117 @@
+// The reader beside libyang's own parser and validation: the same verdict and the same tree.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+
+#include "standalone/store/datastore.h"
+#include "standalone/store/libyang_compat.h"
+#include "tests/support/model.h"
+#include "tests/support/own_model.h"
+#include "tests/support/random_content.h"
+#include "tools/gponval/generated_card.h"
+
+namespace tarnd::store {
+namespace {
+
+using test::config;
+using test::kModelOfRules;
+using test::OwnModel;
+using test::RandomContent;
+
+// With every default and every empty container.
+std::string printed(const lyd_node* tree, Format format) {
+  char* text = nullptr;
+  lyd_print_mem(&text, tree, format == Format::kJson ? LYD_JSON : LYD_XML,
+                LYD_PRINT_WD_ALL | LYD_PRINT_KEEPEMPTYCONT);
+  const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+  return text != nullptr ? text : "";
+}
+
+// libyang leaves a container that is given empty without the defaults that are in effect in it.
+void bring_all_defaults(lyd_node* tree) {
+  lyd_node* node = nullptr;
+  LYD_TREE_DFS_BEGIN(tree, node) {
+    if (node->schema->nodetype == LYS_CONTAINER) {
+      node->flags &= ~static_cast<std::uint32_t>(LYD_DEFAULT);
+    }
+    LYD_TREE_DFS_END(tree, node);
+  }
+  lyd_new_implicit_tree(tree, LYD_IMPLICIT_NO_STATE, nullptr);
+}
+
+// What libyang makes of the text, put into order; empty when it refuses it.
+std::string read_by_libyang(const Schema& schema, const std::string& text, Format format) {
+  lyd_node* tree = nullptr;
+  const LY_ERR result = lyd_parse_data_mem(schema.context(), text.c_str(),
+                                           format == Format::kJson ? LYD_JSON : LYD_XML,
+                                           LYD_PARSE_STRICT, LYD_VALIDATE_PRESENT, &tree);
+  std::string read;
+  if (result == LY_SUCCESS && tree != nullptr) {
+    bring_all_defaults(tree);
+    read = printed(tree, Format::kXml);
+  }
+  lyd_free_all(tree);
+  return read;
+}
+
+std::string read_here(const Schema& schema, const std::string& text, Format format) {
+  try {
+    return printed(read_configuration(schema, text, format).root.get(), Format::kXml);
+  } catch (const InputError&) {
+    return "";
+  }
+}
+
+TEST(ReaderAgreement, OnRandomConfigurationsInXmlAndJson) {
+  const OwnModel model(kModelOfRules);
+  const Schema schema(model.folder());
+  unsigned taken = 0;
+  constexpr unsigned kConfigurations = 4000;
+  for (unsigned seed = 0; seed < kConfigurations; ++seed) {
+    const std::string text = config(RandomContent(seed, {}).of(schema.root().lysc));
+    const std::string here = read_here(schema, text, Format::kXml);
+    ASSERT_EQ(here, read_by_libyang(schema, text, Format::kXml)) << "seed " << seed << "\n" << text;
+    if (here.empty()) continue;
+    ++taken;
+    const std::string json =
+        printed(read_configuration(schema, text, Format::kXml).root.get(), Format::kJson);
+    ASSERT_EQ(read_here(schema, json, Format::kJson), read_by_libyang(schema, json, Format::kJson))
+        << "seed " << seed << "\n"
+        << json;
+  }
+  EXPECT_GT(taken, kConfigurations / 5);
+  EXPECT_LT(taken, kConfigurations * 4 / 5);
+}
+
+TEST(ReaderAgreement, OnTheTownAndOnAGeneratedCard) {
+  std::ifstream file(TARND_EXAMPLES_DIR "/town.xml");
+  const std::string town{std::istreambuf_iterator<char>(file), {}};
+  ASSERT_FALSE(town.empty());
+  gponval::CardSize size;
+  size.links = 2;
+  size.xgs_links = 2;
+  size.onus = 16;
+  size.service_ports = 64;
+  std::ostringstream card;
+  gponval::write_card(card, size);
+  for (const std::string& text : {town, card.str()}) {
+    // libyang keeps clear text, so only what is encrypted already can be alike.
+    const Schema& schema = test::model();
+    Datastore datastore(schema);
+    datastore.load(text, Format::kXml);
+    for (const Format format : {Format::kXml, Format::kJson}) {
+      const std::string stored = datastore.print(format);
+      const std::string here = read_here(schema, stored, format);
+      EXPECT_FALSE(here.empty());
+      EXPECT_EQ(here, read_by_libyang(schema, stored, format));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tarnd::store
