@@ -241,6 +241,8 @@ class JsonReader {
 
   // The parser's own words without its number, its place and the bytes that it read last.
   static std::string reason_of(const Json::exception& error) {
+    constexpr int kNumberOverflow = 406;
+    if (error.id == kNumberOverflow) return "a number has too many digits";
     std::string text = error.what();
     const std::size_t column = text.find("column ");
     const std::size_t colon = text.find(": ", column != std::string::npos ? column : 0);

@@ -268,6 +268,9 @@ INSTANTIATE_TEST_SUITE_P(
                 json_port(R"("upstream-rate": 100000000000000000000)"), 1,
                 "/config/service-port{5}/upstream-rate: '100000000000000000000' is not a number "
                 "from 0 to 4294967295"},
+        Refused{"FarTooLargeANumber", Format::kJson,
+                json_port(R"("upstream-rate": )" + std::string(400, '1')), 1,
+                "not JSON: a number has too many digits"},
         Refused{"StringForANumberOfAUnion", Format::kJson,
                 json(R"("profile": {"gpon": {"service-profile": [{"name": "s", "vlan-mapping":
                      [{"name": "m", "match": {"outer": {"vlan-id": "100"}}}]}]}})"),
