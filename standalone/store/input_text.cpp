@@ -8,17 +8,13 @@
 #include <optional>
 
 #include "standalone/input_error.h"
+#include "standalone/utf8.h"
 
 namespace tarnd::store {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t kLongestQuote = 60;
-
-struct Letter {
-  std::uint32_t code = 0;
-  std::size_t length = 0;
-};
 
 std::uint32_t byte_at(std::string_view text, std::size_t at) {
   return static_cast<unsigned char>(text[at]);
@@ -28,31 +24,6 @@ bool continues(std::string_view text, std::size_t at) {
   constexpr std::uint32_t kMask = 0xC0;
   constexpr std::uint32_t kContinuation = 0x80;
   return at < text.size() && (byte_at(text, at) & kMask) == kContinuation;
-}
-
-// The letter of two bytes or more that begins at `at`; none when the bytes are not UTF-8.
-std::optional<Letter> long_letter_at(std::string_view text, std::size_t at) {
-  struct Form {
-    std::uint32_t lead_mask, lead, least;
-    std::size_t length;
-  };
-  constexpr std::array<Form, 3> kForms{
-      {{0xE0, 0xC0, 0x80, 2}, {0xF0, 0xE0, 0x800, 3}, {0xF8, 0xF0, 0x10000, 4}}};
-  constexpr std::uint32_t kPayload = 0x3F;
-  constexpr std::uint32_t kPayloadBits = 6;
-  const std::uint32_t lead = byte_at(text, at);
-  for (const Form& form : kForms) {
-    if ((lead & form.lead_mask) != form.lead) continue;
-    std::uint32_t code = lead & ~form.lead_mask;
-    for (std::size_t i = 1; i < form.length; ++i) {
-      if (!continues(text, at + i)) return std::nullopt;
-      code = code << kPayloadBits | (byte_at(text, at + i) & kPayload);
-    }
-    const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-    if (code < form.least || code > 0x10FFFF || surrogate) return std::nullopt;
-    return Letter{code, form.length};
-  }
-  return std::nullopt;
 }
 
 bool is_ascii(std::string_view text, std::size_t at) {
@@ -132,7 +103,7 @@ std::string_view checked_text(const std::string& text) {
       ++at;
       continue;
     }
-    const std::optional<Letter> letter = long_letter_at(rest, at);
+    const std::optional<Letter> letter = letter_at(rest, at);
     if (!letter.has_value()) {
       throw InputError(
           "the text is not UTF-8: the byte " + hex(byte_at(rest, at)) + " begins no letter",
@@ -151,7 +122,7 @@ bool is_yang_text(std::string_view text) {
       ++at;
       continue;
     }
-    const std::optional<Letter> letter = long_letter_at(text, at);
+    const std::optional<Letter> letter = letter_at(text, at);
     if (!letter.has_value() || is_noncharacter(letter->code)) return false;
     at += letter->length;
   }
