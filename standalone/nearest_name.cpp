@@ -67,4 +67,9 @@ std::optional<std::string_view> nearest(std::string_view wanted,
   return found.has_value() ? found : longer;
 }
 
+std::string did_you_mean(std::string_view wanted, std::span<const std::string_view> candidates) {
+  const std::optional<std::string_view> name = nearest(wanted, candidates);
+  return name.has_value() ? ", did you mean '" + std::string(*name) + "'?" : "";
+}
+
 }  // namespace tarnd

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace tarnd {
@@ -11,5 +12,8 @@ namespace tarnd {
 /// off. Upper and lower case count as the same letter.
 std::optional<std::string_view> nearest(std::string_view wanted,
                                         std::span<const std::string_view> candidates);
+
+/// ", did you mean 'vlan-id'?" to end a message with, or an empty text.
+std::string did_you_mean(std::string_view wanted, std::span<const std::string_view> candidates);
 
 }  // namespace tarnd

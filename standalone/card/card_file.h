@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
+#include <string_view>
 
 namespace tarnd {
 
@@ -21,9 +21,9 @@ struct CardDescription {
   static CardDescription standard();
 };
 
-/// Reads "key = value" lines: bw-check, onus-per-link, pon-links, manageable-links,
-/// max-service-ports, xgspon. Throws InputError, one line that names file and key.
-CardDescription read_card_file(const std::filesystem::path& file);
+/// Reads the text of a card file, "key = value" lines: bw-check, onus-per-link, pon-links,
+/// manageable-links, max-service-ports, xgspon. Throws InputError with the line.
+CardDescription parse_card(std::string_view text);
 
 /// The card that fm_* answers for from now on.
 void insert_card(const CardDescription& card);

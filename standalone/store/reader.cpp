@@ -6,14 +6,6 @@
 
 namespace tarnd::store {
 
-Format format_of(std::string_view file_name) {
-  constexpr std::string_view kJsonEnding = ".json";
-  return file_name.size() >= kJsonEnding.size() &&
-                 file_name.substr(file_name.size() - kJsonEnding.size()) == kJsonEnding
-             ? Format::kJson
-             : Format::kXml;
-}
-
 ReadConfiguration read_configuration(const Schema& schema, const std::string& text, Format format) {
   const std::string_view checked = checked_text(text);
   return format == Format::kJson ? read_json_configuration(schema, checked)

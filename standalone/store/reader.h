@@ -3,7 +3,6 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "standalone/store/change_notes.h"
@@ -12,9 +11,6 @@
 namespace tarnd::store {
 
 enum class Format { kXml, kJson };
-
-/// JSON by the ending ".json", XML otherwise.
-Format format_of(std::string_view file_name);
 
 using TreeOwner = std::unique_ptr<lyd_node, void (*)(lyd_node*)>;
 

@@ -41,12 +41,28 @@ TEST_F(CommitTest, AGoodChangeIsAccepted) {
   EXPECT_THAT(run.err, IsEmpty());
 }
 
-TEST_F(CommitTest, ACommitWithoutAChangeIsAccepted) {
-  const Outcome run = gponval({"commit", "--running", "card.xml", "--format", "json"});
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(
-      run.json(),
-      json({{"result", "accepted"}, {"answers", json::array()}, {"messages", json::array()}}));
+TEST_F(CommitTest, ACommitWithoutAChangeIsAcceptedAndSaysSo) {
+  config("same.xml", service_port(1, 1, 10));
+  const std::vector<std::string> cases[] = {
+      {}, {"--change", "same.xml"}, {"--candidate", "card.xml"}, {"--all", "--confirm", "no"}};
+  for (const std::vector<std::string>& more : cases) {
+    std::vector<std::string> line = {"commit", "--running", "card.xml"};
+    line.insert(line.end(), more.begin(), more.end());
+    const Outcome text = gponval(line);
+    EXPECT_EQ(text.status, 0) << text.err;
+    EXPECT_EQ(text.out, "Nothing to commit.\n");
+    line.insert(line.end(), {"--format", "json"});
+    const Outcome run = gponval(line);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(
+        run.json(),
+        json({{"result", "accepted"}, {"answers", json::array()}, {"messages", json::array()}}));
+  }
+}
+
+TEST_F(CommitTest, AChangeThatNoValidatorSeesIsCommitted) {
+  EXPECT_EQ(commit(service_port(3, 1, 20), {"--only", "vlan_limit_check"}).out,
+            "Commit accepted.\n");
 }
 
 TEST_F(CommitTest, TheFirstErrorEndsIt) {
@@ -133,7 +149,7 @@ TEST_F(CommitTest, TheJsonReportHoldsEveryAnswerInCallOrder) {
   const json report = run.json();
   EXPECT_EQ(report.at("result"), "rejected");
   EXPECT_EQ(report.at("messages"), json::array());
-  EXPECT_FALSE(report.contains("requests"));
+  EXPECT_FALSE(report.contains("platform-calls"));
   ASSERT_THAT(requests_of(report), ElementsAre("config_modified_check",
                                                "service_port_global_validation", "sp_gem_check"));
   for (std::size_t i = 0; i < 3; ++i) {
@@ -220,7 +236,7 @@ TEST_F(CommitTest, ChangesApplyInOrderInOneTransaction) {
   const Outcome wrong =
       gponval({"commit", "--running", "card.xml", "--change", "drop.xml", "--change", "add.xml"});
   EXPECT_EQ(wrong.status, 2);
-  EXPECT_THAT(wrong.err, StartsWith("gponval: 'drop.xml': "));
+  EXPECT_THAT(wrong.err, StartsWith("gponval: drop.xml:"));
 }
 
 TEST_F(CommitTest, ACandidateIsTheWholeNewConfiguration) {
@@ -240,6 +256,38 @@ TEST_F(CommitTest, JsonIsReadByTheEndingOfTheName) {
   const Outcome run = gponval({"commit", "--running", "card.xml", "--change", "change.json"});
   EXPECT_EQ(run.status, 1) << run.err;
   EXPECT_THAT(run.out, HasSubstr("Service-port [3] gem [9] was not configured to onu [1]"));
+}
+
+TEST_F(CommitTest, TheEndingSaysTheFormatAndElseTheOption) {
+  const std::string in_json = R"({"base:config": {}})";
+  const std::string in_xml = in_config("");
+  const struct {
+    std::string name;
+    std::string format;  // empty: none given
+    std::string text;
+    bool read;
+  } cases[] = {
+      {"a.json", "", in_json, true},     {"a.JSON", "", in_json, true},
+      {"a.Json", "", in_json, true},     {"a.json", "xml", in_json, true},
+      {"a.json", "", in_xml, false},     {"a.xml", "", in_xml, true},
+      {"a.XML", "json", in_xml, true},   {"a.xml", "json", in_json, false},
+      {"a", "", in_xml, true},           {"a", "", in_json, false},
+      {"a", "json", in_json, true},      {"a", "xml", in_xml, true},
+      {"a.conf", "json", in_json, true}, {"json", "", in_xml, true},
+      {"a.json.bak", "", in_xml, true},  {"a.json.bak", "json", in_json, true},
+      {".json", "", in_json, true},      {"-", "", in_xml, true},
+      {"-", "json", in_json, true},      {"-", "json", in_xml, false},
+  };
+  for (const auto& [name, format, text, read] : cases) {
+    if (name != "-") file(name, text);
+    for (const std::string option : {"--running", "--change", "--candidate"}) {
+      std::vector<std::string> line = {"commit", option, name};
+      if (option != "--running") line.insert(line.end(), {"--running", "card.xml"});
+      if (!format.empty()) line.insert(line.end(), {"--input-format", format});
+      const Outcome run = gponval(line, name == "-" ? text : "");
+      EXPECT_EQ(run.status != 2, read) << option << ' ' << name << ' ' << format << run.err;
+    }
+  }
 }
 
 TEST_F(CommitTest, ADashIsStandardInput) {
@@ -275,10 +323,10 @@ TEST_F(CommitTest, TheTraceGoesToStandardError) {
 
 TEST_F(CommitTest, StatsTellTheCallsMade) {
   const std::string change = service_port(3, 1, 30);
-  const json requests = commit(change, {"--stats", "--format", "json"}).json().at("requests");
-  EXPECT_GE(requests.at("maapi_get_objects"), 1);
-  EXPECT_EQ(requests.at("maapi_get_values"), 1);
-  EXPECT_FALSE(requests.contains("maapi_query_start"));
+  const json calls = commit(change, {"--stats", "--format", "json"}).json().at("platform-calls");
+  EXPECT_GE(calls.at("maapi_get_objects"), 1);
+  EXPECT_EQ(calls.at("maapi_get_values"), 1);
+  EXPECT_FALSE(calls.contains("maapi_query_start"));
   EXPECT_THAT(commit(change, {"--stats"}).out, HasSubstr("\nPlatform calls\n"));
 }
 

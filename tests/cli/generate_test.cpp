@@ -127,7 +127,7 @@ TEST_F(GenerateTest, EveryShapeOfACardIsValid) {
       {"--links", "1", "--onus", "2", "--gems", "1", "--service-ports", "500"},
       {"--links", "1", "--onus", "1", "--gems", "1", "--service-ports", "4094"},
       // The most ONUs that the bandwidth of a link suffices for.
-      {"--links", "1", "--onus", "1024", "--service-ports", "8"},
+      {"--links", "1", "--onus", "1967", "--service-ports", "8"},
       {"--links", "2", "--onus", "128", "--bandwidth-profiles", "2000", "--line-profiles", "700",
        "--service-ports", "4"},
       {"--links", "1", "--onus", "2", "--service-ports", "2", "--service-profiles", "0",
@@ -184,14 +184,16 @@ TEST_F(GenerateTest, ASizeOfWhichNoValidCardCanBeMadeIsRefused) {
       {{"--bandwidth-profiles", "0"}, "line profiles need a bandwidth profile"},
       {{"--links", "0"}, "service ports need ONUs"},
       {{"--onus", "0"}, "service ports need ONUs"},
-      {{"--onus", "2000"}, "does not suffice for 2000 ONUs"},
+      {{"--onus", "1968"}, "suffices for 0 to 1967 ONUs, not for 1968"},
       {{"--gems", "0"}, "0 service ports only"},
       {{"--links", "1", "--onus", "1", "--gems", "1", "--service-ports", "4095"},
        "4094 service ports only"},
-      {{"--links", "4000000000", "--xgs-links", "4000000000"}, "that many links"},
-      {{"--links", "-1"}, "--links"},
-      {{"--links", "4294967296"}, "--links"},
-      {{"--links", "1.5"}, "--links"},
+      {{"--links", "4000000000", "--xgs-links", "4000000000"}, "4294967295 of each at most"},
+      {{"--links", "-1"}, "--links: '-1' is no number from 0 to 4294967295"},
+      {{"--links", "4294967296"}, "--links: '4294967296' is no number from 0 to 4294967295"},
+      {{"--links", "1.5"}, "--links: '1.5' is no number"},
+      {{"--links", "0x10"}, "--links: '0x10' is no number"},
+      {{"--links="}, "--links: '' is no number"},
   };
   for (const auto& [sizes, told] : cases) {
     const Outcome run = generate(sizes);

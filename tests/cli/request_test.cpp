@@ -8,6 +8,7 @@ namespace {
 using nlohmann::json;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 class RequestTest : public CommandTest {
@@ -57,18 +58,28 @@ TEST_F(RequestTest, TheNameGoesToThePluginAsItIs) {
         request(name, "/config/interface/gpon{1 1 3}/onu", {"--trace", "flow", "--format", "json"});
     EXPECT_EQ(run.status, 0) << name << run.err;
     EXPECT_THAT(run.err, HasSubstr(traced)) << name;
+    EXPECT_THAT(run.err, Not(HasSubstr("no request"))) << name;
     EXPECT_EQ(run.json().at("answers").at(0).at("request"), name);
   }
 }
 
-TEST_F(RequestTest, AnUnknownNameIsAccepted) {
+TEST_F(RequestTest, AnUnknownNameIsAcceptedAndTold) {
   for (const std::string name : {"sp_gem_check_x", "%s%n", "commit", "[a,b]", "nothing known"}) {
     const Outcome run =
         request(name, "/config/service-port", {"--trace", "flow", "--format", "json"});
     EXPECT_EQ(run.status, 0) << name << run.err;
-    EXPECT_THAT(run.err, IsEmpty()) << name;
+    EXPECT_THAT(run.err, StartsWith("gponval: no request of the model begins with '" + name + "'"));
+    EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
     EXPECT_EQ(run.json().at("answers").at(0).at("request"), name);
   }
+}
+
+TEST_F(RequestTest, AnUnknownNameIsToldWithTheNearestKnown) {
+  EXPECT_EQ(request("sp_gem_chek", "/config/service-port").err,
+            "gponval: no request of the model begins with 'sp_gem_chek', did you mean "
+            "'sp_gem_check'?\n");
+  EXPECT_EQ(request("\xff", "/config/service-port").err,
+            "gponval: no request of the model begins with '\\xff'\n");
 }
 
 TEST_F(RequestTest, ANameThatIsNoProperTextStillGivesProperJson) {

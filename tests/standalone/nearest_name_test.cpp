@@ -40,5 +40,11 @@ TEST(NearestName, IsWhatWasProbablyMeant) {
   }
 }
 
+TEST(NearestName, EndsAMessage) {
+  const Names known = {"commit", "points"};
+  EXPECT_EQ(did_you_mean("comit", known), ", did you mean 'commit'?");
+  EXPECT_EQ(did_you_mean("colour", known), "");
+}
+
 }  // namespace
 }  // namespace tarnd

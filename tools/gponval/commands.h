@@ -3,13 +3,15 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
+#include "tools/gponval/exit_status.h"
+
 namespace gponval {
 
 /// A subcommand: where it stands in the command line, and what it does once the line is parsed.
-/// `run` gives the exit status and throws std::exception with one line for the user.
+/// `run` returns the exit status and throws std::exception with one line for the user.
 struct Command {
   CLI::App* app = nullptr;
-  std::function<int()> run;
+  std::function<ExitStatus()> run;
 };
 
 Command add_commit(CLI::App& gponval);

@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <iostream>
 #include <memory>
+#include <string_view>
 
+#include "standalone/nearest_name.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/confirm.h"
 #include "tools/gponval/host.h"
@@ -38,33 +41,34 @@ struct CommitArguments {
 
 void check_names(const std::vector<std::string>& only,
                  const std::vector<tarnd::PointInModel>& points) {
+  std::vector<std::string_view> known;
+  for (const tarnd::PointInModel& in_model : points) known.push_back(in_model.point->request);
   for (const std::string& name : only) {
-    const bool known = std::any_of(points.begin(), points.end(), [&](const auto& in_model) {
-      return in_model.point->request == name;
-    });
-    if (!known) {
-      throw UsageError("--only: the model has no request '" + name + "' (see gponval points)");
-    }
+    if (std::find(known.begin(), known.end(), name) != known.end()) continue;
+    throw UsageError("--only: the model has no request '" + name + "'" +
+                     tarnd::did_you_mean(name, known) + " (see gponval points)");
   }
 }
 
-int commit(const CommitArguments& arguments) {
+ExitStatus commit(const CommitArguments& arguments) {
   check_standard_input(arguments.inputs, arguments.run);
   std::optional<std::filesystem::path> target;
   if (arguments.save.has_value()) target = save_target(*arguments.save);
-  Host host(arguments.run, arguments.inputs.card);
+  Host host(arguments.run, read_card(arguments.inputs));
   check_names(arguments.only, host.daemon().points());
 
   load_running(host.datastore(), arguments.inputs);
   tarnd::store::Transaction transaction(host.datastore());
   apply_changes(transaction, arguments.inputs);
+  const bool nothing_changed = transaction.changes() == nullptr;
   const tarnd::CommitReport report = host.daemon().commit(
       transaction, {arguments.all, arguments.only, confirmation(arguments.run)});
 
   if (target.has_value() && report.result == tarnd::CommitResult::kAccepted) {
-    save_file(*target, host.datastore().print(tarnd::store::format_of(*arguments.save)));
+    const auto format = format_named_by(*arguments.save);
+    save_file(*target, host.datastore().print(format.value_or(running_format(arguments.inputs))));
   }
-  print_report(report, {"Commit", false}, arguments.run);
+  print_report(std::cout, report, {"Commit", false, nothing_changed}, arguments.run);
   return exit_status(report.result);
 }
 
@@ -88,8 +92,9 @@ Command add_commit(CLI::App& gponval) {
   add_validation_options(*app, arguments->run);
   add_format_option(*app, arguments->run);
   app->add_option("--save", arguments->save,
-                  "Write the new configuration here when the commit was accepted; JSON by\n"
-                  "the ending .json, XML otherwise. May be the file that --running names")
+                  "Write the new configuration here when the commit was accepted, as JSON\n"
+                  "or XML by the ending of the name, else as --running is. May be the file\n"
+                  "that --running names")
       ->type_name("FILE")
       ->group("Validation and output");
   return {app, [arguments] { return commit(*arguments); }};

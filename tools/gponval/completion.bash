@@ -1,7 +1,7 @@
 # Completes the command line of gponval in bash.
 
 _gponval_options() {
-  local inputs="--running --change --candidate --card"
+  local inputs="--running --change --candidate --card --input-format"
   local validation="--plugin --confirm --trace --stats --format"
   case $1 in
     commit) echo "$inputs $validation --only --all --save --help" ;;
@@ -11,7 +11,7 @@ _gponval_options() {
       echo "--links --xgs-links --onus --service-ports --bandwidth-profiles --line-profiles --gems" \
         "--service-profiles --rg-profiles --tr069-profiles --sip-profiles --media-profiles --help"
       ;;
-    *) echo "--help" ;;
+    *) echo "--help --version" ;;
   esac
 }
 
@@ -44,6 +44,7 @@ _gponval_offer_value() {
     --confirm) _gponval_offer "yes no ask" "$2" ;;
     --trace) _gponval_offer "off flow entry detail" "$2" ;;
     --format) _gponval_offer "text json" "$2" ;;
+    --input-format) _gponval_offer "xml json" "$2" ;;
   esac
 }
 
@@ -56,8 +57,8 @@ _gponval() {
 
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _gponval_offer "commit request points generate --help" "$current"
-  elif [[ $previous == --* && ! $previous =~ ^--(stats|all|help)$ ]]; then
+    _gponval_offer "commit request points generate --help --version" "$current"
+  elif [[ $previous == --* && ! $previous =~ ^--(stats|all|help|version)$ ]]; then
     _gponval_offer_value "$previous" "$current"
   elif [[ $previous == request && $current != -* ]] && ((COMP_CWORD == 2)); then
     _gponval_offer "$(_gponval_requests)" "$current"

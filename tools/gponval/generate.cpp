@@ -1,5 +1,9 @@
+#include <charconv>
+#include <cstdint>
 #include <iostream>
 #include <memory>
+#include <string>
+#include <system_error>
 
 #include "tools/gponval/commands.h"
 #include "tools/gponval/generated_card.h"
@@ -24,21 +28,33 @@ constexpr const char* kExamples =
     "  gponval generate --links 2 --onus 8 --service-ports 16 > small.xml\n"
     "  gponval generate --links 64 --service-ports 16384 > four-times.xml\n"
     "  gponval generate --links 0 --xgs-links 4 > xgs.xml\n"
-    "\n"
-    "Exit status:\n"
-    "  0  written\n"
-    "  2  wrong use, or a size of which no valid card can be made\n";
+    "\n";
 
-int generate(const CardSize& size) {
+ExitStatus generate(const CardSize& size) {
   check_card_size(size);
   write_card(std::cout, size);
   finish_output();
-  return 0;
+  return ExitStatus::kAccepted;
+}
+
+// The library's own reading of numbers takes 010 for 8 and says no range.
+std::uint32_t number_of(const std::string& option, const std::string& text) {
+  std::uint32_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || rest != end) {
+    throw CLI::ValidationError(
+        option, "'" + text + "' is no number from 0 to " + std::to_string(UINT32_MAX));
+  }
+  return number;
 }
 
 void add_number(CLI::App& app, const std::string& name, std::uint32_t& number,
                 const std::string& help) {
-  app.add_option(name, number, help + " (" + std::to_string(number) + ")")->type_name("N");
+  app.add_option_function<std::string>(
+         name, [name, &number](const std::string& text) { number = number_of(name, text); },
+         help + " (" + std::to_string(number) + ")")
+      ->type_name("N");
 }
 
 }  // namespace
@@ -46,7 +62,7 @@ void add_number(CLI::App& app, const std::string& name, std::uint32_t& number,
 Command add_generate(CLI::App& gponval) {
   CLI::App* app = gponval.add_subcommand("generate", kHelp);
   auto size = std::make_shared<CardSize>();
-  app->footer(kExamples);
+  app->footer(std::string(kExamples) + kExitStatusHelp);
   add_number(*app, "--links", size->links, "GPON links");
   add_number(*app, "--xgs-links", size->xgs_links, "XGS-PON links");
   add_number(*app, "--onus", size->onus, "ONUs on each link");

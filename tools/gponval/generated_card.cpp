@@ -17,6 +17,9 @@ constexpr std::uint64_t kOnuOverhead = 560;
 
 // Three TCONTs keep within both limits of a line profile, whatever their traffic types are.
 constexpr std::uint64_t kTconts = 3;
+// Each TCONT needs a bandwidth, and one that can be halved where it is fixed.
+constexpr std::uint64_t kMostOnus =
+    std::min(kLinkTotal / (kOnuOverhead + kTconts), kLinkFixed / (2 * kTconts));
 // Bandwidth is dealt out for a full link, so that a card with fewer ONUs has room for more.
 constexpr std::uint64_t kFullLink = 128;
 constexpr std::uint64_t kTrafficTypes = 5;
@@ -272,11 +275,12 @@ void check_card_size(const CardSize& size) {
   const std::uint64_t onus = all_onus(size);
   const std::uint64_t links = std::uint64_t{size.links} + size.xgs_links;
   if (links > UINT32_MAX || onus > UINT32_MAX) {
-    throw UsageError("a card cannot have that many links and ONUs");
+    throw UsageError("a card cannot have that many links and ONUs, " + std::to_string(UINT32_MAX) +
+                     " of each at most");
   }
-  if (size.links > 0 && (tcont_budget(size).total == 0 || tcont_budget(size).fixed < 2)) {
-    throw UsageError("the bandwidth of a link does not suffice for " + std::to_string(size.onus) +
-                     " ONUs");
+  if (size.links > 0 && size.onus > kMostOnus) {
+    throw UsageError("the bandwidth of a link suffices for 0 to " + std::to_string(kMostOnus) +
+                     " ONUs, not for " + std::to_string(size.onus));
   }
   if (size.line_profiles > 0 && size.bandwidth_profiles == 0) {
     throw UsageError("line profiles need a bandwidth profile");

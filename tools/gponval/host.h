@@ -1,5 +1,6 @@
 #pragma once
 
+#include "standalone/card/card_file.h"
 #include "standalone/daemon/daemon.h"
 #include "tools/gponval/options.h"
 
@@ -8,11 +9,12 @@ namespace gponval {
 /// The daemon for one run of the command: the model, an empty datastore, the plug-in.
 class Host {
  public:
-  /// Starts the trace, inserts the card, loads the plug-in and enters it. Throws UsageError,
-  /// tarnd::InputError or PluginError.
-  Host(const RunOptions& options, const std::optional<std::string>& card_file);
+  /// Starts the trace, inserts the card, loads the plug-in and enters it. Throws UsageError or
+  /// PluginError.
+  Host(const RunOptions& options, const tarnd::CardDescription& card);
 
   [[nodiscard]] tarnd::store::Datastore& datastore() { return datastore_; }
+  [[nodiscard]] const tarnd::store::Datastore& datastore() const { return datastore_; }
   [[nodiscard]] tarnd::Daemon& daemon() { return *daemon_; }
 
  private:

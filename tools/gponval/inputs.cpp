@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 
+#include "standalone/input_error.h"
 #include "tools/gponval/usage_error.h"
 
 namespace gponval {
@@ -18,76 +21,148 @@ namespace store = tarnd::store;
 constexpr std::string_view kStandardInput = "-";
 constexpr std::size_t kReadSize = std::size_t{1} << 16;
 
-std::string shown(const std::string& name) {
+// Beyond any card; what is longer, such as /dev/zero, is no configuration.
+constexpr std::size_t kMegabyte = 1000 * 1000;
+constexpr std::size_t kMostOfConfiguration = 250 * kMegabyte;
+constexpr std::size_t kMostOfCardFile = kMegabyte;
+
+std::string quoted(const std::string& name) {
   return name == kStandardInput ? "standard input" : "'" + name + "'";
 }
 
 [[noreturn]] void cannot_read(const std::string& name, const std::string& why) {
-  throw UsageError("cannot read " + shown(name) + ": " + why);
+  throw UsageError("cannot read " + quoted(name) + ": " + why);
 }
 
-std::string read_all(std::istream& in, const std::string& name) {
+std::string read_all(std::istream& in, const std::string& name, std::size_t most) {
   std::string text;
   std::array<char, kReadSize> buffer{};
   errno = 0;
   do {
     in.read(buffer.data(), buffer.size());
     text.append(buffer.data(), static_cast<std::size_t>(in.gcount()));
+    if (text.size() > most) {
+      cannot_read(name, "longer than " + std::to_string(most / kMegabyte) + " MB");
+    }
   } while (in);
   if (in.bad()) cannot_read(name, std::strerror(errno));
   return text;
 }
 
-std::string read_input(const std::string& name) {
-  if (name == kStandardInput) return read_all(std::cin, name);
+std::string read_input(const std::string& name, std::size_t most) {
+  if (name == kStandardInput) return read_all(std::cin, name, most);
   errno = 0;
   std::ifstream in(name, std::ios::binary);
   if (!in) cannot_read(name, std::strerror(errno));
   std::error_code unknown;
   if (std::filesystem::is_directory(name, unknown)) cannot_read(name, std::strerror(EISDIR));
-  return read_all(in, name);
+  return read_all(in, name, most);
 }
 
-// Reads the file and hands its text on; what is wrong with the text is told with the file's name.
+// What is wrong with an input, as compilers report it: "card.xml:12: ...".
+[[noreturn]] void refuse(const std::string& name, const tarnd::InputError& error) {
+  std::string place = name == kStandardInput ? "standard input" : name;
+  if (error.line() > 0) place += ":" + std::to_string(error.line());
+  throw UsageError(place + ": " + error.what());
+}
+
+store::Format format_of(const std::string& name, const InputOptions& inputs) {
+  const store::Format otherwise =
+      inputs.input_format == "json" ? store::Format::kJson : store::Format::kXml;
+  return format_named_by(name).value_or(otherwise);
+}
+
+// Reads a configuration and hands it on; returns its text.
 template <typename Take>
-void take_file(const std::string& name, Take take) {
-  const std::string text = read_input(name);
+std::string take_file(const std::string& name, const InputOptions& inputs, Take take) {
+  std::string text = read_input(name, kMostOfConfiguration);
   try {
-    take(text, store::format_of(name));
+    take(text, format_of(name, inputs));
   } catch (const tarnd::InputError& error) {
-    throw tarnd::InputError(shown(name) + ": " + error.what());
+    refuse(name, error);
+  }
+  return text;
+}
+
+std::vector<std::string> edits_of(const InputOptions& inputs) {
+  std::vector<std::string> names = inputs.changes;
+  if (inputs.candidate.has_value()) names.push_back(*inputs.candidate);
+  return names;
+}
+
+std::vector<std::string> inputs_of(const InputOptions& inputs) {
+  std::vector<std::string> names = edits_of(inputs);
+  names.push_back(inputs.running);
+  if (inputs.card.has_value()) names.push_back(*inputs.card);
+  return names;
+}
+
+// What is wrong with what the edits leave is the fault of the only edit.
+void prepare(store::Transaction& transaction, const InputOptions& inputs) {
+  const std::vector<std::string> edits = edits_of(inputs);
+  try {
+    transaction.prepare();
+  } catch (const tarnd::InputError& error) {
+    if (edits.size() != 1) throw;
+    refuse(edits.front(), error);
   }
 }
 
 }  // namespace
 
+std::optional<store::Format> format_named_by(std::string_view file_name) {
+  const auto ends_in = [file_name](std::string_view ending) {
+    if (file_name.size() < ending.size()) return false;
+    return std::equal(ending.begin(), ending.end(), file_name.end() - ending.size(),
+                      [](char wanted, unsigned char letter) {
+                        return wanted == static_cast<char>(std::tolower(letter));
+                      });
+  };
+  if (ends_in(".json")) return store::Format::kJson;
+  if (ends_in(".xml")) return store::Format::kXml;
+  return std::nullopt;
+}
+
+store::Format running_format(const InputOptions& inputs) {
+  return format_of(inputs.running, inputs);
+}
+
 void check_standard_input(const InputOptions& inputs, const RunOptions& run) {
-  auto uses = std::count(inputs.changes.begin(), inputs.changes.end(), kStandardInput);
-  if (inputs.running == kStandardInput) ++uses;
-  if (inputs.candidate == kStandardInput) ++uses;
+  const std::vector<std::string> names = inputs_of(inputs);
+  const auto uses = std::count(names.begin(), names.end(), kStandardInput);
   if (uses > 1) throw UsageError("standard input (-) can be read only once");
   if (uses == 1 && run.confirm == "ask") {
-    throw UsageError("--confirm ask needs standard input, which is read as a configuration (-)");
+    throw UsageError("--confirm ask needs standard input, which is read as a file (-)");
   }
 }
 
-void load_running(store::Datastore& datastore, const InputOptions& inputs) {
-  take_file(inputs.running,
-            [&](const std::string& text, store::Format format) { datastore.load(text, format); });
+tarnd::CardDescription read_card(const InputOptions& inputs) {
+  if (!inputs.card.has_value()) return tarnd::CardDescription::standard();
+  try {
+    return tarnd::parse_card(read_input(*inputs.card, kMostOfCardFile));
+  } catch (const tarnd::InputError& error) {
+    refuse(*inputs.card, error);
+  }
+}
+
+std::string load_running(store::Datastore& datastore, const InputOptions& inputs) {
+  return take_file(inputs.running, inputs, [&](const std::string& text, store::Format format) {
+    datastore.load(text, format);
+  });
 }
 
 void apply_changes(store::Transaction& transaction, const InputOptions& inputs) {
   for (const std::string& change : inputs.changes) {
-    take_file(change, [&](const std::string& text, store::Format format) {
+    take_file(change, inputs, [&](const std::string& text, store::Format format) {
       transaction.edit(text, format);
     });
   }
   if (inputs.candidate.has_value()) {
-    take_file(*inputs.candidate, [&](const std::string& text, store::Format format) {
+    take_file(*inputs.candidate, inputs, [&](const std::string& text, store::Format format) {
       transaction.replace(text, format);
     });
   }
-  transaction.prepare();
+  prepare(transaction, inputs);
 }
 
 }  // namespace gponval

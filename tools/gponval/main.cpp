@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cctype>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -9,39 +8,29 @@
 #include <vector>
 
 #include "tools/gponval/commands.h"
+#include "tools/gponval/error_line.h"
 #include "tools/gponval/output.h"
+#include "tools/gponval/wrong_use.h"
 
 namespace {
 
-constexpr int kWrongUse = 2;
+using gponval::ExitStatus;
 
 constexpr const char* kHelp =
     "Commits configuration changes of an optical line-terminal card through the validation\n"
     "plug-in of its management daemon, away from the card, and prints the verdict.\n";
 
 constexpr const char* kFooter =
-    "A FILE holds the model's top-level config, in XML or, by the ending .json, in JSON; - is\n"
-    "standard input. See gponval COMMAND --help for the options of a command.\n"
+    "A FILE holds the model's top-level config; - is standard input. It is read as JSON if its\n"
+    "name ends in .json, as XML if it ends in .xml, both in any case, and otherwise as\n"
+    "--input-format says, or as XML. See gponval COMMAND --help for the options of a command.\n"
     "\n"
     "Examples:\n"
     "  gponval commit --running card.xml --change change.xml\n"
     "  gponval request onu_gem_check '/config/interface/gpon{1 1 3}/onu' --running card.xml\n"
     "  gponval points\n"
     "  gponval generate --links 2 --onus 8 --service-ports 16 > card.xml\n"
-    "\n"
-    "Exit status:\n"
-    "  0  accepted\n"
-    "  1  rejected\n"
-    "  2  wrong use, or input that cannot be read; one line on standard error says why\n"
-    "  3  the warnings were not confirmed\n";
-
-// Whatever a file or an argument put into the text, the user gets one line.
-std::string one_line(std::string text) {
-  for (char& letter : text) {
-    if (std::iscntrl(static_cast<unsigned char>(letter)) != 0) letter = ' ';
-  }
-  return text;
-}
+    "\n";
 
 // Of a subcommand the list tells the first line; the rest is for its own help.
 class CommandListFormatter : public CLI::Formatter {
@@ -71,20 +60,15 @@ std::vector<std::string> arguments_of(int argc, char** argv) {
   return arguments;
 }
 
-int report(const std::string& what) {
-  std::cerr << "gponval: " << one_line(what) << '\n';
-  return kWrongUse;
+ExitStatus report(const std::string& what) {
+  gponval::print_error(what);
+  return ExitStatus::kWrongUse;
 }
 
-int report_usage(const CLI::App& app, const CLI::ParseError& error) {
-  std::string command = "gponval";
-  for (const CLI::App* sub : app.get_subcommands()) command += " " + sub->get_name();
-  return report(std::string(error.what()) + " (see " + command + " --help)");
-}
-
-int run(int argc, char** argv) {
+ExitStatus run(int argc, char** argv) {
   CLI::App app(kHelp, "gponval");
-  app.footer(kFooter);
+  app.footer(std::string(kFooter) + gponval::kExitStatusHelp);
+  app.set_version_flag("--version", "gponval " GPONVAL_VERSION, "Print the version and exit");
   app.formatter(std::make_shared<CommandListFormatter>());
   app.require_subcommand(0, 1);
   const std::vector<gponval::Command> commands = {
@@ -94,12 +78,12 @@ int run(int argc, char** argv) {
     std::vector<std::string> arguments = arguments_of(argc, argv);
     std::reverse(arguments.begin(), arguments.end());  // the library takes them from the end
     app.parse(std::move(arguments));
-  } catch (const CLI::CallForHelp& help) {
-    app.exit(help);
+  } catch (const CLI::Success& help_or_version) {
+    app.exit(help_or_version);
     gponval::finish_output();
-    return 0;
+    return ExitStatus::kAccepted;
   } catch (const CLI::ParseError& error) {
-    return report_usage(app, error);
+    return report(gponval::wrong_use(app, error));
   }
   for (const gponval::Command& command : commands) {
     if (command.app->parsed()) return command.run();
@@ -112,8 +96,8 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   try {
-    return run(argc, argv);
+    return static_cast<int>(run(argc, argv));
   } catch (const std::exception& error) {
-    return report(error.what());
+    return static_cast<int>(report(error.what()));
   }
 }

@@ -1,6 +1,10 @@
 #include "tools/gponval/options.h"
 
+#include <algorithm>
 #include <map>
+#include <string_view>
+
+#include "standalone/nearest_name.h"
 
 namespace gponval {
 namespace {
@@ -8,19 +12,36 @@ namespace {
 constexpr const char* kInputGroup = "Configuration";
 constexpr const char* kRunGroup = "Validation and output";
 
-}  // namespace
+using Words = std::vector<std::string_view>;
 
-const char* const kExitStatusHelp =
-    "Exit status:\n"
-    "  0  accepted\n"
-    "  1  rejected\n"
-    "  2  wrong use, or input that cannot be read; one line on standard error says why\n"
-    "  3  the warnings were not confirmed\n";
+std::string joined(const Words& words, std::string_view separator) {
+  std::string text;
+  for (const std::string_view word : words) {
+    if (!text.empty()) text += separator;
+    text += word;
+  }
+  return text;
+}
+
+// An option that takes one of a few words.
+template <typename Value>
+CLI::Option* add_choice(CLI::App& app, const std::string& name, Value& value, const Words& words,
+                        const std::string& help) {
+  const auto check = [words](const std::string& given) -> std::string {
+    if (std::find(words.begin(), words.end(), given) != words.end()) return "";
+    return "'" + given + "' is none of " + joined(words, ", ") + tarnd::did_you_mean(given, words);
+  };
+  return app.add_option(name, value, help)
+      ->type_name(joined(words, "|"))
+      ->check(CLI::Validator(check, ""));
+}
+
+}  // namespace
 
 void add_input_options(CLI::App& app, InputOptions& options) {
   app.add_option("--running", options.running,
-                 "The committed configuration: XML, or JSON by the ending .json; - reads\n"
-                 "XML from standard input")
+                 "The committed configuration: JSON if its name ends in .json, else XML\n"
+                 "unless --input-format says otherwise; - is standard input")
       ->type_name("FILE")
       ->required()
       ->group(kInputGroup);
@@ -43,6 +64,10 @@ void add_input_options(CLI::App& app, InputOptions& options) {
                  "defines nothing else")
       ->type_name("FILE")
       ->group(kInputGroup);
+  add_choice(app, "--input-format", options.input_format, {"xml", "json"},
+             "How configurations are read whose names end neither in .xml nor in\n"
+             ".json, in any case, such as standard input (xml)")
+      ->group(kInputGroup);
 }
 
 void add_plugin_option(CLI::App& app, RunOptions& options) {
@@ -53,23 +78,17 @@ void add_plugin_option(CLI::App& app, RunOptions& options) {
 }
 
 void add_format_option(CLI::App& app, RunOptions& options) {
-  app.add_option("--format", options.format, "How the answer is printed (text)")
-      ->type_name("text|json")
-      ->check(CLI::IsMember({"text", "json"}).description(""))
+  add_choice(app, "--format", options.format, {"text", "json"}, "How the answer is printed (text)")
       ->group(kRunGroup);
 }
 
 void add_validation_options(CLI::App& app, RunOptions& options) {
-  app.add_option("--confirm", options.confirm,
-                 "The answer to warnings; ask is the default at a terminal, no elsewhere")
-      ->type_name("yes|no|ask")
-      ->check(CLI::IsMember({"yes", "no", "ask"}).description(""))
+  add_choice(app, "--confirm", options.confirm, {"yes", "no", "ask"},
+             "The answer to warnings; ask is the default at a terminal, no elsewhere")
       ->group(kRunGroup);
-  app.add_option("--trace", options.trace,
-                 "Write the trace of the validation to standard error: the flow, each\n"
-                 "service port's entry too, or every detail (off)")
-      ->type_name("off|flow|entry|detail")
-      ->check(CLI::IsMember({"off", "flow", "entry", "detail"}).description(""))
+  add_choice(app, "--trace", options.trace, {"off", "flow", "entry", "detail"},
+             "Write the trace of the validation to standard error: the flow, each\n"
+             "service port's entry too, or every detail (off)")
       ->group(kRunGroup);
   app.add_flag("--stats", options.stats, "Also tell how many platform calls of each kind were made")
       ->group(kRunGroup);

@@ -9,12 +9,13 @@
 
 namespace gponval {
 
-/// The configurations that a command reads. A name is a file or "-", standard input.
+/// What a command reads. A name is a file or "-", standard input.
 struct InputOptions {
   std::string running;
   std::vector<std::string> changes;
   std::optional<std::string> candidate;
   std::optional<std::string> card;
+  std::string input_format = "xml";  ///< of a name that does not say it
 };
 
 /// How the plug-in runs and what is shown of it.
@@ -33,8 +34,5 @@ void add_format_option(CLI::App& app, RunOptions& options);
 void add_validation_options(CLI::App& app, RunOptions& options);
 
 tarnd::TraceLevel trace_level(const RunOptions& options);
-
-/// The part of a help text that tells the exit statuses of `commit` and `request`.
-extern const char* const kExitStatusHelp;
 
 }  // namespace gponval

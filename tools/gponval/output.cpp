@@ -21,6 +21,7 @@ using tarnd::CommitResult;
 using tarnd::Verdict;
 
 constexpr std::string_view kNoText = "validation failed";
+constexpr std::string_view kNothingChanged = "Nothing to commit.";
 
 constexpr std::string_view kRed = "\033[31m";
 constexpr std::string_view kYellow = "\033[33m";
@@ -31,10 +32,11 @@ constexpr int kJsonIndent = 2;
 constexpr double kUsecsPerMsec = 1000;
 constexpr int kCallNameWidth = 58;
 
-bool standard_output_has_colours() {
+bool has_colours(const std::ostream& out) {
   const char* terminal = std::getenv("TERM");
   const bool can = terminal != nullptr && std::string_view(terminal) != "dumb";
-  return can && std::getenv("NO_COLOR") == nullptr && isatty(STDOUT_FILENO) != 0;
+  return can && std::getenv("NO_COLOR") == nullptr &&
+         isatty(&out == &std::cout ? STDOUT_FILENO : STDERR_FILENO) != 0;
 }
 
 void print_coloured(std::ostream& out, std::string_view text, std::string_view colour,
@@ -95,24 +97,26 @@ void for_each_call_made(Take take) {
   }
 }
 
-void print_text(const CommitReport& report, const ReportKind& kind, const RunOptions& options) {
-  const bool colours = standard_output_has_colours();
+void print_text(std::ostream& out, const CommitReport& report, const ReportKind& kind,
+                const RunOptions& options) {
+  const bool colours = has_colours(out);
   const std::string verdict = std::string(kind.title) + std::string(sentence_of(report.result));
-  print_coloured(std::cout, verdict, colour_of(report.result), colours);
-  std::cout << '\n';
+  print_coloured(out, kind.nothing_changed ? kNothingChanged : verdict, colour_of(report.result),
+                 colours);
+  out << '\n';
   for (const Answer& answer : report.answers) {
     if (answer.result == Verdict::kOk && !kind.with_ok_answers) continue;
-    std::cout << '\n';
-    print_answer(std::cout, answer, colours);
+    out << '\n';
+    print_answer(out, answer, colours);
   }
   for (const std::string& message : report.messages) {
-    std::cout << "\nMessage to the user\n";
-    print_lines(std::cout, message);
+    out << "\nMessage to the user\n";
+    print_lines(out, message);
   }
   if (!options.stats) return;
-  std::cout << "\nPlatform calls\n";
-  for_each_call_made([](std::string_view name, std::uint64_t count) {
-    std::cout << std::left << std::setw(kCallNameWidth) << name << ' ' << count << '\n';
+  out << "\nPlatform calls\n";
+  for_each_call_made([&out](std::string_view name, std::uint64_t count) {
+    out << std::left << std::setw(kCallNameWidth) << name << ' ' << count << '\n';
   });
 }
 
@@ -124,21 +128,19 @@ nlohmann::ordered_json json_of(const Answer& answer) {
           {"msecs", std::round(answer.msecs * kUsecsPerMsec) / kUsecsPerMsec}};
 }
 
-void print_json(const CommitReport& report, const RunOptions& options) {
+void print_json(std::ostream& out, const CommitReport& report, const RunOptions& options) {
   nlohmann::ordered_json object;
   object["result"] = tarnd::to_string(report.result);
   object["answers"] = nlohmann::ordered_json::array();
   for (const Answer& answer : report.answers) object["answers"].push_back(json_of(answer));
   object["messages"] = report.messages;
   if (options.stats) {
-    object["requests"] = nlohmann::ordered_json::object();
-    for_each_call_made([&object](std::string_view name, std::uint64_t count) {
-      object["requests"][std::string(name)] = count;
-    });
+    nlohmann::ordered_json& calls = object["platform-calls"] = nlohmann::ordered_json::object();
+    for_each_call_made(
+        [&calls](std::string_view name, std::uint64_t count) { calls[std::string(name)] = count; });
   }
   // A text cut off within a letter, or a name from the command line, need not be proper UTF-8.
-  std::cout << object.dump(kJsonIndent, ' ', false, nlohmann::json::error_handler_t::replace)
-            << '\n';
+  out << object.dump(kJsonIndent, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
 }  // namespace
@@ -153,11 +155,12 @@ void print_answer(std::ostream& out, const Answer& answer, bool colours) {
   }
 }
 
-void print_report(const CommitReport& report, const ReportKind& kind, const RunOptions& options) {
+void print_report(std::ostream& out, const CommitReport& report, const ReportKind& kind,
+                  const RunOptions& options) {
   if (options.format == "json") {
-    print_json(report, options);
+    print_json(out, report, options);
   } else {
-    print_text(report, kind, options);
+    print_text(out, report, kind, options);
   }
   finish_output();
 }
@@ -165,18 +168,6 @@ void print_report(const CommitReport& report, const ReportKind& kind, const RunO
 void finish_output() {
   std::cout.flush();
   if (!std::cout) throw UsageError("cannot write standard output");
-}
-
-int exit_status(CommitResult result) {
-  switch (result) {
-    case CommitResult::kAccepted:
-      return 0;
-    case CommitResult::kRejected:
-      return 1;
-    case CommitResult::kUnconfirmed:
-      return 3;
-  }
-  return 2;
 }
 
 }  // namespace gponval

@@ -25,10 +25,7 @@ constexpr const char* kExamples =
     "Examples:\n"
     "  gponval points\n"
     "  gponval points --format json\n"
-    "\n"
-    "Exit status:\n"
-    "  0  listed\n"
-    "  2  wrong use; one line on standard error says why\n";
+    "\n";
 
 constexpr std::size_t kNameSize = 256;
 constexpr int kJsonIndent = 2;
@@ -62,7 +59,7 @@ void print_json(const Points& points) {
   std::cout << object.dump(kJsonIndent) << '\n';
 }
 
-int list_points(const RunOptions& options) {
+ExitStatus list_points(const RunOptions& options) {
   const tarnd::store::Schema schema(find_model());
   const tarnd::Plugin plugin(find_plugin(options.plugin));
   const Points points = tarnd::validation_points(schema, served_name(plugin.entry_points()));
@@ -72,7 +69,7 @@ int list_points(const RunOptions& options) {
     print_text(points);
   }
   finish_output();
-  return 0;
+  return ExitStatus::kAccepted;
 }
 
 }  // namespace
@@ -80,7 +77,7 @@ int list_points(const RunOptions& options) {
 Command add_points(CLI::App& gponval) {
   CLI::App* app = gponval.add_subcommand("points", kHelp);
   auto options = std::make_shared<RunOptions>();
-  app->footer(kExamples);
+  app->footer(std::string(kExamples) + kExitStatusHelp);
   add_plugin_option(*app, *options);
   add_format_option(*app, *options);
   return {app, [options] { return list_points(*options); }};

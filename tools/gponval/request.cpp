@@ -1,7 +1,12 @@
+#include <algorithm>
+#include <iostream>
 #include <memory>
+#include <string_view>
 
+#include "standalone/nearest_name.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/confirm.h"
+#include "tools/gponval/error_line.h"
 #include "tools/gponval/host.h"
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
@@ -33,9 +38,21 @@ struct RequestArguments {
   RunOptions run;
 };
 
-int request(const RequestArguments& arguments) {
+// The validators match a leading part of a name, and accept what matches none.
+void warn_of_unknown_name(const std::string& name, const std::vector<tarnd::PointInModel>& points) {
+  const auto begins_with_name = [&name](const tarnd::PointInModel& in_model) {
+    return in_model.point->request.starts_with(name);
+  };
+  if (std::any_of(points.begin(), points.end(), begins_with_name)) return;
+  std::vector<std::string_view> requests;
+  for (const tarnd::PointInModel& in_model : points) requests.push_back(in_model.point->request);
+  print_error("no request of the model begins with '" + name + "'" +
+              tarnd::did_you_mean(name, requests));
+}
+
+ExitStatus request(const RequestArguments& arguments) {
   check_standard_input(arguments.inputs, arguments.run);
-  Host host(arguments.run, arguments.inputs.card);
+  Host host(arguments.run, read_card(arguments.inputs));
   load_running(host.datastore(), arguments.inputs);
   tarnd::store::Transaction transaction(host.datastore());
   apply_changes(transaction, arguments.inputs);
@@ -43,7 +60,8 @@ int request(const RequestArguments& arguments) {
   options.confirm = confirmation(arguments.run);
   const tarnd::CommitReport report = host.daemon().request(
       transaction, arguments.name, arguments.keypath, arguments.value, options);
-  print_report(report, {"Request", true}, arguments.run);
+  print_report(std::cout, report, {"Request", true}, arguments.run);
+  warn_of_unknown_name(arguments.name, host.daemon().points());
   return exit_status(report.result);
 }
 

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "standalone/daemon/daemon.h"
+
+namespace gponval {
+
+enum class ExitStatus { kAccepted = 0, kRejected = 1, kWrongUse = 2, kUnconfirmed = 3 };
+
+/// The part of every help text that explains them.
+extern const char* const kExitStatusHelp;
+
+/// The exit status that reports a result.
+ExitStatus exit_status(tarnd::CommitResult result);
+
+}  // namespace gponval
