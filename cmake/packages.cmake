@@ -1,11 +1,12 @@
 # The Debian packages: cpack in the build folder makes libgpon-valid and gponval of the two
-# components of the installation.
+# components of the installation. The address ends in .invalid, since nobody reads mail for it yet.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
-set(CPACK_PACKAGE_CONTACT "The gpon-valid developers <gpon-valid@localhost>")
+set(CPACK_PACKAGE_CONTACT "The gpon-valid developers <gpon-valid@tarnd.invalid>")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_documents.cmake)
 set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/without_ldconfig.cmake)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -23,21 +24,23 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 
 set(zlog_origin "
-The trace is written with zlog, which Debian carries from release 13 on. On Debian 12 the package
-libzlog1 of release 13 is installed as it is.")
+The trace is written with zlog, which Debian carries from release 13 on. On
+Debian 12 the package libzlog1 of release 13 is installed as it is.")
 
 set(CPACK_DEBIAN_PLUGIN_PACKAGE_NAME libgpon-valid)
 set(CPACK_DEBIAN_PLUGIN_DESCRIPTION
 "configuration validation plug-in of the tarnd line-card daemon
-Accepts, rejects or questions each configuration commit of a GPON or XGS-PON line card. With the
-headers of the platform that the daemon offers the plug-in, and the manual.
+Accepts, rejects or questions each configuration commit of a GPON or XGS-PON
+line card. With the headers of the platform that the daemon offers the plug-in,
+and the manual.
 ${zlog_origin}")
 
 set(CPACK_DEBIAN_GPONVAL_PACKAGE_NAME gponval)
 set(CPACK_DEBIAN_GPONVAL_DESCRIPTION
 "commits line-card configuration changes away from the card
-Commits a change of the configuration of a GPON or XGS-PON line card through the validation plug-in
-of the tarnd daemon, on a workstation, and prints the verdict. Brings the data model and examples.
+Commits a change of the configuration of a GPON or XGS-PON line card through
+the validation plug-in of the tarnd daemon, on a workstation, and prints the
+verdict. Brings the data model and examples.
 ${zlog_origin}")
 
 include(CPack)
