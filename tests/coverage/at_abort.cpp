@@ -1,6 +1,7 @@
 // Part of the plug-in in the coverage build only. A process that a failed assertion ends writes no
 // coverage, so what only the death tests reach would count as unreached. It is the plug-in that has
-// to write: every shared library keeps its own counters.
+// to write: every shared library, and every test program with the plug-in's objects in it, keeps
+// its own counters. Where both are loaded, one handler calls the other.
 
 #include <csignal>
 
@@ -8,10 +9,17 @@ extern "C" void __gcov_dump();
 
 namespace {
 
-void write_coverage(int /*signal*/) {
-  __gcov_dump();
-}
+using Handler = void (*)(int);
 
-[[maybe_unused]] const auto previous_handler = std::signal(SIGABRT, write_coverage);
+void write_coverage(int signal);
+
+const Handler previous_handler = std::signal(SIGABRT, write_coverage);
+
+void write_coverage(int signal) {
+  __gcov_dump();
+  if (previous_handler != SIG_DFL && previous_handler != SIG_IGN && previous_handler != SIG_ERR) {
+    previous_handler(signal);
+  }
+}
 
 }  // namespace
