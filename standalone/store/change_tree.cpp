@@ -41,6 +41,8 @@ class ChildChanges {
     changes_.push_back({&schema, nullptr, nullptr, std::move(before), std::move(after), {}});
   }
 
+  [[nodiscard]] bool empty() const { return changes_.empty(); }
+
   [[nodiscard]] std::vector<Change> take() {
     if (!std::is_sorted(changes_.begin(), changes_.end(), in_model_and_key_order)) {
       std::sort(changes_.begin(), changes_.end(), in_model_and_key_order);
@@ -82,33 +84,21 @@ std::vector<const lyd_node*> values_of(const lyd_node* parent, const SchemaNode&
   return values;
 }
 
-// The instances of one node of the model that are left of a walk over siblings.
-class Run {
- public:
-  explicit Run(const lyd_node* first) : node_(first), schema_(first->schema) {}
+void compare_children(const lyd_node* before, const lyd_node* after, ChildChanges& changes);
 
-  [[nodiscard]] bool at_end() const { return node_ == nullptr || node_->schema != schema_; }
-  [[nodiscard]] const lyd_node* node() const { return node_; }
-  void step() { node_ = node_->next; }
-
-  std::vector<const lyd_node*> take_rest() {
-    std::vector<const lyd_node*> rest;
-    for (; !at_end(); step()) rest.push_back(node_);
-    return rest;
-  }
-
- private:
-  const lyd_node* node_;
-  const lysc_node* schema_;
-};
-
-std::optional<Change> difference(const lyd_node* before, const lyd_node* after);
+// Of two instances of one container or one entry.
+void add_difference(const lyd_node* before, const lyd_node* after, ChildChanges& changes) {
+  ChildChanges below;
+  compare_children(before, after, below);
+  if (!below.empty()) changes.add(with_children(before, after, below.take()));
+}
 
 void put_in_key_order(std::vector<const lyd_node*>& entries) {
   if (std::is_sorted(entries.begin(), entries.end(), key_less)) return;
   std::sort(entries.begin(), entries.end(), key_less);
 }
 
+// Entries of one list; or one container or leaf that only one of both sides has.
 void compare_entries(std::vector<const lyd_node*> before, std::vector<const lyd_node*> after,
                      ChildChanges& changes) {
   put_in_key_order(before);
@@ -119,76 +109,62 @@ void compare_entries(std::vector<const lyd_node*> before, std::vector<const lyd_
     if (left == before.end() || key_less(entry, *left)) {
       changes.add(created(entry));
     } else {
-      changes.add(difference(*left++, entry));
+      add_difference(*left++, entry, changes);
     }
   }
   for (; left != before.end(); ++left) changes.add(deleted(*left));
 }
 
-// Instances of the same node of the model on both sides. What is the same most often stands in the
-// same place, too.
-void compare(Run& before, Run& after, ChildChanges& changes) {
-  const SchemaNode& schema = schema_of(before.node());
-  if (schema.kind == NodeKind::kLeafList) {
-    return changes.add_leaf_list(schema, before.take_rest(), after.take_rest());
+// Takes the instances of the model's node from where a walk over siblings is.
+std::vector<const lyd_node*> take_instances(const lyd_node*& node, const SchemaNode& schema) {
+  std::vector<const lyd_node*> instances;
+  for (; node != nullptr && node->schema == schema.lysc; node = node->next) {
+    instances.push_back(node);
   }
-  while (!before.at_end() && !after.at_end() && same_instance(before.node(), after.node())) {
-    changes.add(difference(before.node(), after.node()));
-    before.step();
-    after.step();
-  }
-  if (!before.at_end() || !after.at_end()) {
-    compare_entries(before.take_rest(), after.take_rest(), changes);
-  }
+  return instances;
 }
 
-void add_created(Run& run, ChildChanges& changes) {
-  const SchemaNode& schema = schema_of(run.node());
-  if (schema.kind == NodeKind::kLeafList) return changes.add_leaf_list(schema, {}, run.take_rest());
-  for (; !run.at_end(); run.step()) changes.add(created(run.node()));
+// The walk over two rows of siblings goes on with the node that the model has first.
+const SchemaNode& next_schema(const lyd_node* before, const lyd_node* after) {
+  if (before == nullptr) return schema_of(after);
+  if (after == nullptr) return schema_of(before);
+  const SchemaNode& left = schema_of(before);
+  const SchemaNode& right = schema_of(after);
+  return left.position < right.position ? left : right;
 }
 
-void add_deleted(Run& run, ChildChanges& changes) {
-  const SchemaNode& schema = schema_of(run.node());
-  if (schema.kind == NodeKind::kLeafList) return changes.add_leaf_list(schema, run.take_rest(), {});
-  for (; !run.at_end(); run.step()) changes.add(deleted(run.node()));
-}
-
-std::vector<Change> compare_children(const lyd_node* before, const lyd_node* after) {
-  ChildChanges changes;
-  // Siblings are in the order of the model.
-  const lyd_node* old = lyd_child_no_keys(before);
-  const lyd_node* now = lyd_child_no_keys(after);
-  while (old != nullptr && now != nullptr) {
-    Run left(old);
-    Run right(now);
-    if (old->schema == now->schema) {
-      compare(left, right, changes);
-    } else if (schema_of(old).position < schema_of(now).position) {
-      add_deleted(left, changes);
-    } else {
-      add_created(right, changes);
+// Siblings are in the order of the model, and what is the same is most often in the same place,
+// too.
+void compare_children(const lyd_node* before, const lyd_node* after, ChildChanges& changes) {
+  const lyd_node* left = lyd_child(before);
+  const lyd_node* right = lyd_child(after);
+  for (;;) {
+    for (; left != nullptr && right != nullptr && same_instance(left, right);
+         left = left->next, right = right->next) {
+      if (left->schema->nodetype == LYS_LEAF) {
+        if (!same_value(left, right)) changes.add(changed_leaf(left, right));
+      } else if (left->schema->nodetype != LYS_LEAFLIST) {
+        add_difference(left, right, changes);
+      }
     }
-    old = left.node();
-    now = right.node();
+    if (left == nullptr && right == nullptr) return;
+    const SchemaNode& schema = next_schema(left, right);
+    auto entries_before = take_instances(left, schema);
+    auto entries_after = take_instances(right, schema);
+    if (schema.kind == NodeKind::kLeafList) {
+      changes.add_leaf_list(schema, values_of(before, schema), values_of(after, schema));
+    } else {
+      compare_entries(std::move(entries_before), std::move(entries_after), changes);
+    }
   }
-  while (old != nullptr) {
-    Run rest(old);
-    add_deleted(rest, changes);
-    old = rest.node();
-  }
-  while (now != nullptr) {
-    Run rest(now);
-    add_created(rest, changes);
-    now = rest.node();
-  }
-  return changes.take();
 }
 
 // Of two instances of one node.
 std::optional<Change> difference(const lyd_node* before, const lyd_node* after) {
   if (schema_of(after).kind == NodeKind::kLeaf) return changed_leaf(before, after);
-  return with_children(before, after, compare_children(before, after));
+  ChildChanges changes;
+  compare_children(before, after, changes);
+  return with_children(before, after, changes.take());
 }
 
 // The values before the edits, told from those that stand now and the records of what came and

@@ -1,6 +1,5 @@
 #include "standalone/store/instance_key.h"
 
-#include <cstring>
 #include <functional>
 #include <string_view>
 
@@ -47,26 +46,8 @@ bool has_key(const lyd_node* node, InstanceKey key) {
   if (keys.count != key.size()) return false;
   const lyd_node* own = keys.first;
   for (const std::string& text : key) {
-    if (value_text(own) != text) return false;
+    if (text != lyd_get_value(own)) return false;
     own = own->next;
-  }
-  return true;
-}
-
-bool same_value(const lyd_node* left, const lyd_node* right) {
-  // libyang keeps equal texts once.
-  const char* l = lyd_get_value(left);
-  const char* r = lyd_get_value(right);
-  return l == r || std::strcmp(l, r) == 0;
-}
-
-bool same_instance(const lyd_node* left, const lyd_node* right) {
-  if (left->schema != right->schema) return false;
-  const KeyNodes keys = key_nodes(left);
-  const lyd_node* l = keys.first;
-  const lyd_node* r = key_nodes(right).first;
-  for (std::size_t i = 0; i < keys.count; ++i, l = l->next, r = r->next) {
-    if (!same_value(l, r)) return false;
   }
   return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <span>
 #include <string>
 
@@ -18,10 +19,28 @@ std::size_t key_hash(InstanceKey key);
 /// True when the node, an instance of the model's node that the key is meant for, has this key.
 bool has_key(const lyd_node* node, InstanceKey key);
 
-/// Two leaves or values of leaf-lists of one model.
-bool same_value(const lyd_node* left, const lyd_node* right);
+/// Two leaves, or values of leaf-lists, of one model.
+inline bool same_value(const lyd_node* left, const lyd_node* right) {
+  // libyang keeps equal texts once.
+  const char* l = lyd_get_value(left);
+  const char* r = lyd_get_value(right);
+  return l == r || std::strcmp(l, r) == 0;
+}
+
+inline bool same_keys(const lyd_node* left, const lyd_node* right) {
+  const lyd_node* l = lyd_child(left);
+  const lyd_node* r = lyd_child(right);
+  for (; l != nullptr && lysc_is_key(l->schema); l = l->next, r = r->next) {
+    if (!same_value(l, r)) return false;
+  }
+  return true;
+}
 
 /// The same node of the model with the same key.
-bool same_instance(const lyd_node* left, const lyd_node* right);
+inline bool same_instance(const lyd_node* left, const lyd_node* right) {
+  if (left->schema != right->schema) return false;
+  if (left->schema->nodetype == LYS_LIST) return same_keys(left, right);
+  return left->schema->nodetype != LYS_LEAFLIST || same_value(left, right);
+}
 
 }  // namespace tarnd::store
