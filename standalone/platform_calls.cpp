@@ -15,6 +15,7 @@ constexpr std::array<std::string_view, kNumCalls> kNames = {
 
 CallCounts counts = {};
 CallHook hook;
+PathHook path_hook;
 
 }  // namespace
 
@@ -29,6 +30,14 @@ void set_call_hook(CallHook new_hook) {
 bool enter_platform_call(PlatformCall call) {
   ++counts.at(static_cast<std::size_t>(call));
   return !hook || hook(call);
+}
+
+void set_path_hook(PathHook new_hook) {
+  path_hook = std::move(new_hook);
+}
+
+void enter_platform_path(const std::string& path) {
+  if (path_hook) path_hook(path);
 }
 
 const CallCounts& platform_call_counts() {

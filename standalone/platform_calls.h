@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <string_view>
 
 namespace tarnd {
@@ -27,6 +28,15 @@ void set_call_hook(CallHook hook);
 
 /// Counts the call and asks the hook. Every platform function calls it once, first.
 bool enter_platform_call(PlatformCall call);
+
+/// Looks at each path that a platform call is given, as its format and arguments make it.
+using PathHook = std::function<void(const std::string& path)>;
+
+/// Installs the hook, an empty one removes it. The hook stays with the process.
+void set_path_hook(PathHook hook);
+
+/// Shows the path to the hook. Every platform function that takes a path calls it, some twice.
+void enter_platform_path(const std::string& path);
 
 using CallCounts = std::array<std::uint64_t, static_cast<std::size_t>(PlatformCall::kCount)>;
 

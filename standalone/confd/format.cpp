@@ -4,6 +4,7 @@
 
 #include "confd_lib.h"
 #include "standalone/confd/print.h"
+#include "standalone/platform_calls.h"
 
 namespace tarnd::confd {
 namespace {
@@ -88,6 +89,7 @@ std::optional<std::string> format_path(const char* format, std::va_list argument
   }
   va_end(own.list);
   if (!good) return std::nullopt;
+  enter_platform_path(text);
   return text;
 }
 

@@ -1,25 +1,28 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "card/fm_card.h"
 #include "confd_maapi.h"
 
 namespace tarnd::test {
 
 /// What a test puts in place of the platform's own answers, where those are always sound. All of it
-/// is taken back when the guard ends.
+/// is taken back when the guard ends, and what is noted below begins with the guard.
 struct InPlace {
   struct Xpath {
     int result;
     std::optional<std::string> text;  ///< no text for none
   };
 
-  InPlace() = default;
+  InPlace() { take_back(); }
   InPlace(const InPlace&) = delete;
   InPlace& operator=(const InPlace&) = delete;
-  ~InPlace();
+  ~InPlace() { take_back(); }
 
   /// The answer of the next evaluations.
   static std::optional<Xpath> xpath;
@@ -31,6 +34,34 @@ struct InPlace {
   static std::optional<int> decrypted;
   /// Where the last decryption put the clear text; its memory may be gone.
   static const char* clear_text;
+  /// What stood there before.
+  static std::string clear_text_before;
+  /// How many bytes were wiped last.
+  static std::optional<std::size_t> wiped;
+
+  /// The answers of the next look-ups in the committed configuration, and of the next reads of a
+  /// boolean there, beside the boolean itself.
+  static std::optional<int> committed_exists;
+  static std::optional<int> committed_bool;
+
+  /// The board's functions for the number of ONUs per link and of links.
+  static fm_board_count_t onus_of_board;
+  static fm_board_count_t links_of_board;
+
+  /// Whether the trace takes records of a level.
+  static std::function<bool(int level)> takes_level;
+
+  /// With which flags the changes were iterated over last.
+  static std::optional<int> iteration_flags;
+  /// The tagged values as they were requested last.
+  static std::vector<confd_tag_value_t> requested;
+  /// For how many characters values were turned into text.
+  static std::vector<int> text_sizes;
+  /// To whom the last message was sent.
+  static std::string message_to;
+
+ private:
+  static void take_back();
 };
 
 }  // namespace tarnd::test

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <unistd.h>
+#include <chrono>
+#include <cstdio>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "standalone/platform_calls.h"
@@ -26,6 +30,67 @@ class RecordedCalls {
 
  private:
   std::vector<std::string> names_;
+};
+
+/// Lets each platform call of a kind take some milliseconds from now on.
+class SlowCalls {
+ public:
+  SlowCalls(PlatformCall slow, int msecs) {
+    set_call_hook([slow, msecs](PlatformCall call) {
+      if (call == slow) std::this_thread::sleep_for(std::chrono::milliseconds(msecs));
+      return true;
+    });
+  }
+  SlowCalls(const SlowCalls&) = delete;
+  SlowCalls& operator=(const SlowCalls&) = delete;
+  ~SlowCalls() { set_call_hook({}); }
+};
+
+/// Notes the platform calls that take a path from now on, each with its path, such as
+/// "maapi_exists /config/service-port".
+class RecordedPaths {
+ public:
+  RecordedPaths() {
+    set_call_hook([this](PlatformCall call) {
+      last_call_ = to_string(call);
+      return true;
+    });
+    set_path_hook([this](const std::string& path) {
+      // The stand-alone platform may read the path of a call more than once.
+      if (!last_call_.empty()) calls_.push_back(last_call_ + " " + path);
+      last_call_.clear();
+    });
+  }
+  RecordedPaths(const RecordedPaths&) = delete;
+  RecordedPaths& operator=(const RecordedPaths&) = delete;
+  ~RecordedPaths() {
+    set_call_hook({});
+    set_path_hook({});
+  }
+
+  [[nodiscard]] const std::vector<std::string>& calls() const { return calls_; }
+
+ private:
+  std::string last_call_;
+  std::vector<std::string> calls_;
+};
+
+/// Writes the name of each platform call among the records of the trace from now on, a line such as
+/// "CALL maapi_exists": a TraceCapture then shows what came first. Calls of the kind that is to
+/// fail fail; those of the trace are left out.
+class CallsAmongRecords {
+ public:
+  explicit CallsAmongRecords(std::optional<PlatformCall> failing = std::nullopt) {
+    set_call_hook([failing](PlatformCall call) {
+      if (call != PlatformCall::qzmw_trace_register_category) {
+        dprintf(STDERR_FILENO, "CALL %s\n", std::string(to_string(call)).c_str());
+      }
+      return call != failing;
+    });
+  }
+  CallsAmongRecords(const CallsAmongRecords&) = delete;
+  CallsAmongRecords& operator=(const CallsAmongRecords&) = delete;
+  ~CallsAmongRecords() { set_call_hook({}); }
 };
 
 }  // namespace tarnd::test

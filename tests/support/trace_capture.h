@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -48,6 +49,15 @@ class TraceCapture {
       const std::size_t text_at = record.find(' ', record.find(".cpp:")) + 1;
       return record.rfind(level + " ", 0) == 0 && record.substr(text_at) == text;
     });
+  }
+
+  /// Ends the capture: the number behind the text in the first record that has it, -1 for none.
+  long figure(const std::string& text) {
+    for (const std::string& record : records()) {
+      const std::size_t at = record.find(text);
+      if (at != std::string::npos) return std::atol(record.c_str() + at + text.size());
+    }
+    return -1;
   }
 
   std::ptrdiff_t count(const std::string& text) {

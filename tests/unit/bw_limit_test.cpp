@@ -168,6 +168,13 @@ TEST_F(OnuBwCheck, TheLinkIsSoughtInChassis1) {
   EXPECT_EQ(request(kLinkRequest, "/config/interface/gpon{2 1 3}/onu").result, Verdict::kOk);
 }
 
+TEST_F(OnuBwCheck, OverheadAndTotalTogetherWrapAt32Bits) {
+  // 4294967295 and the overhead of one ONU are 559.
+  running(line("l", assured(4294967295)) + gpon_link(3, onus({"l"})));
+  EXPECT_THAT(check_link(), Accepted());
+  EXPECT_THAT(check_all(), Accepted());
+}
+
 TEST_F(OnuBwCheck, SumsAndComparisonWrapAt32Bits) {
   running(line("l", assured(2147483648)) + gpon_link(3, onus({"l", "l"})));
   EXPECT_EQ(check_link().result, Verdict::kOk);
@@ -331,6 +338,15 @@ TEST_F(OnuBwCheck, TheTraceTellsThatTheCheckIsOff) {
   EXPECT_TRUE(trace.has("validate_max_bandwidth_global end - OK - elapsed time "));
 }
 
+TEST_F(OnuBwCheck, TheOnusOfTheKeypathsSlotAreRead) {
+  const std::string slot_2 =
+      element("interface", element("gpon", element("chassis-id", "1") + element("slot-id", "2") +
+                                               element("port-id", "3") + onus({"l"})));
+  running(line("l", fixed(kFixedCapacity + 1)) + gpon_link(3) + slot_2);
+  EXPECT_THAT(request(kLinkRequest, "/config/interface/gpon{1 2 3}/onu"),
+              Rejected("Fixed bandwidth exceeds GPON interface 1/2/3 capacity (442752 kbits/s)\n"));
+}
+
 TEST_F(OnuBwCheck, ThePlatformIsCalledInOrder) {
   running(line("l", fixed(kTotalCapacity)) + gpon_link(3, onus({"l"})));
   using Names = std::vector<std::string>;
@@ -378,6 +394,21 @@ TEST_F(PonlinkBwCheck, TheFirstLinkThatIsFullEndsTheWalk) {
   EXPECT_EQ(check_all().text,
             "Fixed bandwidth exceeds GPON interface 1/1/2 capacity (442752 kbits/s)\n");
   EXPECT_EQ(calls(PlatformCall::maapi_query_start), 2U);
+}
+
+TEST_F(PonlinkBwCheck, EveryLinkIsCheckedBySlotAndPort) {
+  const auto link = [](const char* chassis, const char* slot, const std::string& content) {
+    return element("interface",
+                   element("gpon", element("chassis-id", chassis) + element("slot-id", slot) +
+                                       element("port-id", "3") + content));
+  };
+  const std::string profiles = line("small", fixed(1)) + line("big", fixed(kFixedCapacity + 1));
+  running(profiles + link("1", "1", onus({"small"})) + link("1", "2", onus({"big"})));
+  EXPECT_THAT(check_all(),
+              Rejected("Fixed bandwidth exceeds GPON interface 1/2/3 capacity (442752 kbits/s)\n"));
+  // A link of another chassis stands for the one of chassis 1 with its slot and port.
+  running(profiles + link("1", "2", onus({"small"})) + link("2", "2", onus({"big"})));
+  EXPECT_THAT(check_all(), Accepted());
 }
 
 TEST_F(PonlinkBwCheck, XgsPonLinksAreNotChecked) {

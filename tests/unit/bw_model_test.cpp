@@ -8,6 +8,7 @@
 
 #include "gpon_bw_limit.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
@@ -516,6 +517,26 @@ TEST_F(BwModelDeathTest, AListThatIsNoTcontsIsImpossible) {
                "\\(&cur_val\\[TCONT_CONFD_VAL_OFFSET_BW\\]\\)->type == C_BUF");
   EXPECT_DEATH(load("/config/profile/gpon/sip-agent-profile"),
                "\\(&cur_val\\[TCONT_CONFD_VAL_OFFSET_ID\\]\\)->type == C_UINT32");
+}
+
+TEST_F(BwModel, TheTimesOfTheLoadsAreTracedInMilliseconds) {
+  running(bandwidth_profile("bw", type_1(1)) + line_profile("l", tcont(1, "bw")));
+  open();
+  TraceCapture trace(TraceLevel::kDetail);
+  constexpr int kPause = 20;
+  const SlowCalls opening(PlatformCall::maapi_init_cursor, kPause);
+  loadAllBws(sock(), tctx());
+  loadAllLines(sock(), tctx());
+  std::vector<long> took;
+  for (const std::string& record : trace.records()) {
+    const std::size_t at = record.find(" Took ");
+    if (at != std::string::npos) took.push_back(std::atol(record.c_str() + at + 6));
+  }
+  ASSERT_EQ(took.size(), 3U) << "bandwidth profiles, the TCONTs of the line, lines";
+  for (const long msecs : took) {
+    EXPECT_GE(msecs, kPause);
+    EXPECT_LT(msecs, kPause * 1000) << "these are microseconds";
+  }
 }
 
 }  // namespace

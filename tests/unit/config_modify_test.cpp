@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 
@@ -114,6 +115,12 @@ TEST_F(ConfigModifiedCheck, AFailedIterationIsAccepted) {
   EXPECT_EQ(answer.text, "");
 }
 
+TEST_F(ConfigModifiedCheck, TheChangesAreIteratedOverWithoutFlags) {
+  const InPlace in_place;
+  answer_of(kRequest, admin_enabled(1, "true"));
+  EXPECT_EQ(InPlace::iteration_flags, 0);
+}
+
 TEST_F(ConfigModifiedCheck, ThePlatformIsCalledInOrder) {
   const RecordedCalls recorded;
   answer_of(kRequest, admin_enabled(1, "true"));
@@ -129,6 +136,12 @@ TEST_F(ConfigModifiedCheck, TheTraceBracketsTheCheck) {
   EXPECT_EQ(trace.count("validate_config_modify begin"), 2);
   EXPECT_EQ(trace.count("validate_config_modify end - OK - elapsed time "), 1);
   EXPECT_EQ(trace.count("validate_config_modify end - ERROR - elapsed time "), 1);
+}
+
+TEST(DiffIter, WritesNothingButItsByte) {
+  std::array<std::uint8_t, 3> bytes{0xaa, 0, 0xaa};
+  diffIter(nullptr, MOP_MODIFIED, nullptr, nullptr, &bytes[1]);
+  EXPECT_EQ(bytes, (std::array<std::uint8_t, 3>{0xaa, 1, 0xaa}));
 }
 
 TEST(DiffIter, StopsAtTheFirstModificationAndPassesOverTheRest) {

@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -5,6 +7,7 @@
 
 #include "gpon_ponlink_fec_confirm.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 
@@ -19,6 +22,7 @@ constexpr const char* kWarning =
     "The change in FEC configuration will result in temporary data loss for all users of this PON "
     "link.";
 constexpr const char* kUnreadable = "Failed accessing confd data.";
+constexpr const char* kLeaf = "/config/interface/gpon{1 1 3}/downstream-fec";
 
 std::string downstream(const std::string& value) {
   return element("downstream-fec", value);
@@ -78,11 +82,10 @@ TEST_F(FecConfirmationWarning, AConfirmedChangeIsAccepted) {
 }
 
 TEST_F(FecConfirmationWarning, TheValueThatTheLeafHasAlreadyIsAccepted) {
-  const std::string path = "/config/interface/gpon{1 1 3}/downstream-fec";
-  const Answer same = request(kRequest, path, "", "true");
+  const Answer same = request(kRequest, kLeaf, "", "true");
   EXPECT_EQ(same.result, Verdict::kOk);
   EXPECT_EQ(same.text, "");
-  EXPECT_EQ(request(kRequest, path, "", "false").result, Verdict::kWarning);
+  EXPECT_EQ(request(kRequest, kLeaf, "", "false").result, Verdict::kWarning);
 }
 
 TEST_F(FecConfirmationWarning, ANewInterfaceHasNothingToLose) {
@@ -125,6 +128,62 @@ TEST_F(FecConfirmationWarning, ThePlatformIsCalledInOrder) {
       "confd_trans_seterr",       "qzconfd_config_session_end"};
   EXPECT_EQ(calls_with(PlatformCall::cdb_get_bool), asked);
   EXPECT_EQ(calls_with(std::nullopt), asked);
+}
+
+TEST_F(FecConfirmationWarning, TextRecordEndOfTheTraceAndOfTheSessionComeInThisOrder) {
+  using testing::ElementsAre;
+  using testing::HasSubstr;
+  const std::string fec_path = kLeaf;
+  const auto begin = HasSubstr(" ponlink_fec_confirmation begin");
+  const auto ends_with = [](const std::string& word) {
+    return HasSubstr(" ponlink_fec_confirmation end - " + word);
+  };
+  const auto lines_with = [&](const std::string& value, std::optional<PlatformCall> failing) {
+    TraceCapture trace(TraceLevel::kDetail);
+    const CallsAmongRecords calls(failing);
+    request(kRequest, kLeaf, "", value);
+    return trace.records();
+  };
+  const std::string socket = "CALL qzconfd_maapi_socket_get";
+  const std::string start = "CALL qzconfd_config_session_start";
+  const std::string exists = "CALL cdb_exists";
+  const std::string read = "CALL cdb_get_bool";
+  const std::string text = "CALL confd_trans_seterr";
+  const std::string end = "CALL qzconfd_config_session_end";
+  EXPECT_THAT(lines_with("false", std::nullopt),
+              ElementsAre(socket, begin, start, exists, read, text,
+                          HasSubstr(fec_path + " FEC did change."), ends_with("WARNING"), end));
+  EXPECT_THAT(lines_with("true", std::nullopt),
+              ElementsAre(socket, begin, start, exists, read,
+                          HasSubstr(fec_path + " FEC didn't change."), ends_with("OK"), end));
+  EXPECT_THAT(lines_with("false", PlatformCall::qzconfd_config_session_start),
+              ElementsAre(socket, begin, start, text, end, ends_with("ERROR")));
+  EXPECT_THAT(lines_with("false", PlatformCall::cdb_exists),
+              ElementsAre(socket, begin, start, exists,
+                          HasSubstr(fec_path + " doesn't exist. FEC didn't change."),
+                          ends_with("OK"), end));
+  EXPECT_THAT(lines_with("false", PlatformCall::cdb_get_bool),
+              ElementsAre(socket, begin, start, exists, read, HasSubstr(" cdb_sock="), text,
+                          ends_with("ERROR"), end));
+}
+
+TEST_F(FecConfirmationWarning, OnlyTheResult1MeansThatTheInterfaceIsCommitted) {
+  const InPlace in_place;
+  for (const int result : {-1, 0, 2}) {
+    InPlace::committed_exists = result;
+    EXPECT_THAT(request(kRequest, kLeaf, "", "false"), Accepted()) << result;
+  }
+  EXPECT_EQ(calls(PlatformCall::cdb_get_bool), 0U);
+}
+
+TEST_F(FecConfirmationWarning, OnlyANegativeResultMeansThatTheOldValueCannotBeRead) {
+  const InPlace in_place;
+  for (const int result : {0, 1}) {
+    InPlace::committed_bool = result;
+    EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), AsksToConfirm(kWarning)) << result;
+  }
+  InPlace::committed_bool = -2;
+  EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), Rejected(kUnreadable));
 }
 
 TEST_F(FecConfirmationWarning, AnInterfaceThatCannotBeLookedUpCountsAsNew) {

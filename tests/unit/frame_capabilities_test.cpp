@@ -5,6 +5,7 @@
 #include "gpon_capabilities.h"
 #include "gpon_card_valid.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 
 namespace tarnd::test {
@@ -79,6 +80,16 @@ struct Initialised {
   CardDescription card;
   Values values;
 };
+
+TEST(BoardCounts, AreAskedForWithZero) {
+  const InPlace in_place;
+  insert_card(CardDescription::standard());
+  InPlace::onus_of_board = [](std::uint32_t argument) { return 100 + argument; };
+  InPlace::links_of_board = [](std::uint32_t argument) { return 200 + argument; };
+  EXPECT_EQ(lib_init(), 0);
+  EXPECT_EQ(get_num_onus_per_ponlink(), 100U);
+  EXPECT_EQ(get_num_ponlinks(), 200U);
+}
 
 class LibInit : public ::testing::TestWithParam<Initialised> {};
 

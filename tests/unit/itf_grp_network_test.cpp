@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -97,6 +98,21 @@ TEST_F(ItfGrpValidationOfNetworks, NetworksDoNotOverlap) {
     running("");
     EXPECT_EQ(text_for(row.wans), row.text) << row.wans;
   }
+}
+
+TEST_F(ItfGrpValidationOfNetworks, EveryEarlierNetworkIsCompared) {
+  EXPECT_EQ(
+      text_for(wan(kPppoe, "a", network("10.0.0.1/24")) + wan(kIp, "b", network("10.0.1.1/24")) +
+               wan(kIp, "c", network("10.0.2.1/24")) + wan(kBridge, "d", network("10.0.1.9/24"))),
+      "Network 10.0.1.9/24 from WAN d conflicts with network 10.0.1.1/24 from WAN b");
+}
+
+TEST_F(ItfGrpValidationOfNetworks, APoolIsHeldAgainstItsOwnNetwork) {
+  const std::string first = wan(kPppoe, "a", network("10.0.0.1/24"));
+  EXPECT_EQ(text_for(first + wan(kIp, "b", network("10.0.1.1/24") + pool("10.0.1.5", "10.0.1.9"))),
+            "");
+  EXPECT_EQ(text_for(first + wan(kIp, "b", network("10.0.1.1/24") + pool("10.0.0.5", "10.0.0.9"))),
+            "Start address 10.0.0.5 for DHCP pool is not part of network 10.0.1.1/24");
 }
 
 TEST_F(ItfGrpValidationOfNetworks, OtherProfilesMayHaveTheSameNetwork) {
@@ -210,6 +226,19 @@ TEST_F(ItfGrpValidationOfNetworks, TheTraceTellsTheStepsAndTheTime) {
                 "from RG-profile home"));
   EXPECT_TRUE(trace.has(" validate_itf_grp end - OK"));
   EXPECT_EQ(trace.count("FLOW "), 3) << "begin and end, and that there is no DHCP server";
+}
+
+TEST_F(ItfGrpValidationOfNetworks, TheTimesAreTracedInMicroseconds) {
+  TraceCapture trace(TraceLevel::kDetail);
+  const SlowCalls opening(PlatformCall::maapi_init_cursor, 1);
+  EXPECT_EQ(text_for(wan(kIp, "a", network("10.0.0.1/24"))), "");
+  EXPECT_EQ(trace.count(" Took "), 2);
+  for (const std::string& record : trace.records()) {
+    const std::size_t at = record.find(" Took ");
+    if (at == std::string::npos) continue;
+    // Each walk opens a cursor for each of the three lists.
+    EXPECT_GE(std::atol(record.c_str() + at + 6), 3000) << record;
+  }
 }
 
 TEST_F(ItfGrpValidationOfNetworks, ThePlatformIsCalledInOrder) {

@@ -154,6 +154,13 @@ TEST_F(InterfaceGponValidation, AnotherTypeIsRejectedButTracedAsASuccess) {
   EXPECT_EQ(calls(PlatformCall::maapi_num_instances), 0U);
 }
 
+TEST_F(InterfaceGponValidation, NumbersOfLinksAreUnsigned) {
+  set_num_manageable_ponlinks(3000000000);
+  EXPECT_FALSE(num_pon_links_ok(5));
+  EXPECT_FALSE(num_pon_links_ok(2999999999));
+  EXPECT_TRUE(num_pon_links_ok(3000000000));
+}
+
 TEST_F(InterfaceGponValidation, AllManageableLinksAreEnough) {
   set_num_manageable_ponlinks(16);
   EXPECT_FALSE(num_pon_links_ok(15));

@@ -5,6 +5,7 @@
 
 #include "gpon_link_mode_validation.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 
@@ -170,6 +171,21 @@ TEST_F(PonModeValidation, ThePlatformIsCalledInOrder) {
             (Names{"qzconfd_maapi_socket_get", "maapi_num_instances", "confd_trans_seterr"}));
 }
 
+TEST_F(PonModeValidation, TheNoticeGoesToTheSessionByItsSignedNumber) {
+  const InPlace in_place;
+  running(xgspon_link(3));
+  open();
+  confd_hkeypath_t keypath = mode_keypath(1, 1, 3);
+  confd_value_t combo = enumeration(2);
+  for (const int number : {7, 0, -5}) {
+    confd_user_info user{number};
+    confd_trans_ctx of_user = *tctx();
+    of_user.uinfo = &user;
+    EXPECT_EQ(pon_mode_validation(sock(), &of_user, &keypath, &combo), CONFD_OK);
+    EXPECT_EQ(InPlace::message_to, std::to_string(number));
+  }
+}
+
 TEST_F(PonModeValidation, NoKeypathIsPrintedForATraceThatIsOff) {
   running(xgspon_link(3));
   answer_of(kRequest, xgspon_link(3, mode("combo")));
@@ -191,6 +207,21 @@ TEST_F(PonModeValidationDeathTest, KeysThatAreNoNumbersEndTheProcess) {
     CONFD_SET_NOEXISTS(&keypath.v[1][key]);
     EXPECT_DEATH(pon_mode_validation(sock(), tctx(), &keypath, &gpon), assertions.at(key));
   }
+}
+
+TEST_F(PonModeValidationDeathTest, TheRecordComesFirstThenTheKeysThenTheMode) {
+  open();
+  confd_value_t number;
+  CONFD_SET_UINT32(&number, 1);
+  start_trace(TraceLevel::kDetail);
+  confd_hkeypath_t keypath = mode_keypath(1, 1, 3);
+  for (const int key : {2, 1, 0}) {
+    CONFD_SET_NOEXISTS(&keypath.v[1][key]);
+    EXPECT_DEATH(pon_mode_validation(sock(), tctx(), &keypath, &number),
+                 " Keypath: /config/interface/xgspon(.|\n)*\\(&keypath->v\\[1\\]\\[" +
+                     std::to_string(key) + "\\]\\)->type == C_UINT32");
+  }
+  start_trace(TraceLevel::kOff);
 }
 
 TEST_F(PonModeValidationDeathTest, ANewValueThatIsNoModeEndsTheProcess) {

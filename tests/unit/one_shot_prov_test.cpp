@@ -7,6 +7,7 @@
 #include "gpon_card_valid.h"
 #include "gpon_onu_rg_profile_validation.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 
@@ -215,6 +216,13 @@ TEST_F(OneShotProvCheck, TheIterationStopsAtTheSwitchAlone) {
   }
 }
 
+TEST_F(OneShotProvCheck, TheIterationWritesNothingButItsByte) {
+  confd_hkeypath_t keypath = keypath_to(base_rg_one_shot_prov);
+  std::array<std::uint8_t, 3> bytes{0xaa, 0, 0xaa};
+  diff_iter(&keypath, MOP_CREATED, nullptr, nullptr, &bytes[1]);
+  EXPECT_EQ(bytes, (std::array<std::uint8_t, 3>{0xaa, 1, 0xaa}));
+}
+
 TEST_F(OneShotProvCheck, TheTraceTellsOfEveryChangeThatIsLookedAt) {
   confd_hkeypath_t keypath = keypath_to(base_rg_profile);
   confd_value_t old_value;
@@ -380,6 +388,40 @@ TEST_F(RgProfOneShotCheck, AnyChangeEndsTheIterationOverAnOverride) {
       EXPECT_EQ(changed, row.changed) << row.op;
     }
   }
+}
+
+TEST_F(RgProfOneShotCheck, OnlyTheLowestByteOfTheFlagIsWritten) {
+  confd_hkeypath_t keypath = keypath_to(base_rg_override);
+  std::int32_t changed = 0x01020304;
+  diff_iter_rg(&keypath, MOP_NOOP, nullptr, nullptr, &changed);
+  EXPECT_EQ(changed, 0x01020300);
+  diff_iter_rg(&keypath, MOP_CREATED, nullptr, nullptr, &changed);
+  EXPECT_EQ(changed, 0x01020301);
+}
+
+TEST_F(RgProfOneShotCheck, AChangeOfAnOverrideIsTracedWhereBothLevelsAreOn) {
+  const InPlace in_place;
+  confd_hkeypath_t keypath = keypath_to(base_rg_override);
+  for (const bool flow : {false, true}) {
+    for (const bool detail : {false, true}) {
+      TraceCapture trace(TraceLevel::kDetail);
+      InPlace::takes_level = [flow, detail](int level) { return level == 12 ? flow : detail; };
+      std::int32_t changed = 0;
+      diff_iter_rg(&keypath, MOP_NOOP, nullptr, nullptr, &changed);
+      EXPECT_EQ(trace.count("DETAIL diff_iter_rg "), flow && detail ? 1 : 0) << flow << detail;
+      InPlace::takes_level = nullptr;
+    }
+  }
+}
+
+TEST_F(RgProfOneShotCheck, TheChangesAreIteratedOverWithoutFlags) {
+  const InPlace in_place;
+  running(card(one_shot()) + onu_5(uses_rg("rg")));
+  answer_of(kSwitchRequest, card(one_shot("delete")));
+  EXPECT_EQ(InPlace::iteration_flags, 0);
+  InPlace::iteration_flags.reset();
+  answer_of(kRgRequest, onu_5(rg_override("away")));
+  EXPECT_EQ(InPlace::iteration_flags, 0);
 }
 
 using RgProfOneShotCheckDeathTest = CardFixture;

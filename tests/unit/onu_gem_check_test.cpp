@@ -7,6 +7,7 @@
 
 #include "gpon_onu_gem_check.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 
@@ -52,6 +53,22 @@ class OnuGemCheck : public CardFixture {
 
   Answer answer_for(const std::string& change) { return answer_of(kRequest, change); }
 };
+
+TEST_F(OnuGemCheck, TheChangesAreIteratedOverWithoutFlags) {
+  const InPlace in_place;
+  answer_for(gpon_link(2, onu_gone(4)));
+  EXPECT_EQ(InPlace::iteration_flags, 0);
+}
+
+TEST_F(OnuGemCheck, AnOnuThatIsBothDeletedAndMovedCountsAsDeleted) {
+  ValidationSession& session = open();
+  validation_state state;
+  state.register_deleted_onu("1 1 2 3");
+  state.register_modified_onu("1 1 2 3");
+  EXPECT_EQ(validate_onu_removal_and_modification(sock(), tctx(), state, "/config/no/such/onu"),
+            CONFD_ERR);
+  EXPECT_EQ(session.error_text(), in_use(10, 3, "1 1 2"));
+}
 
 TEST_F(OnuGemCheck, AnOnuThatAServicePortUsesMayNotGo) {
   EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3))), Rejected(in_use(10, 3, "1 1 2")));

@@ -92,6 +92,28 @@ TEST_F(OnuPwdSnUniqueCheck, ChassisAndSlotTellTheCard) {
   EXPECT_EQ(auth_method(1, 7), 0);
 }
 
+TEST_F(OnuPwdSnUniqueCheck, NumbersOfTheCardAreSignedInItsPath) {
+  open();
+  const RecordedPaths recorded;
+  auth_method(4294967295, 2147483648);
+  EXPECT_THAT(recorded.calls(),
+              testing::ElementsAre(
+                  "maapi_get_enum_value_elem /config/gpon{-1/-2147483648}/onu-auth-method"));
+}
+
+TEST_F(OnuPwdSnUniqueCheck, PathsAreAskedForInThisForm) {
+  running(card(kBySerial) + gpon_link(3, onu(5, serial_number("A"))));
+  const RecordedPaths recorded;
+  check();
+  const std::string onus = "/config/interface/gpon{1 1 3}/onu";
+  const std::string method = "maapi_get_enum_value_elem /config/gpon{1/1}/onu-auth-method";
+  EXPECT_THAT(recorded.calls(),
+              testing::ElementsAre(method, "maapi_init_cursor /config/interface/gpon/",
+                                   "maapi_init_cursor " + onus,
+                                   "maapi_get_str_elem " + onus + "{5}/auth-method/serial-number",
+                                   method, "maapi_init_cursor /config/interface/xgspon/"));
+}
+
 TEST_F(OnuPwdSnUniqueCheck, AnUnreadableMethodIsZero) {
   running(card(kByPassword));
   open();

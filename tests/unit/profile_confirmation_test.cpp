@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -277,6 +279,37 @@ TEST_P(EveryProfileConfirmation, AResultThatIsNoNumberFails) {
                            "(stoi) checking if there is any ONU using " + kind.word + " gold."))
         << result;
   }
+}
+
+TEST_P(EveryProfileConfirmation, TheRecordComesBeforeTheText) {
+  using testing::HasSubstr;
+  const Kind& kind = GetParam();
+  running(profile(kind, "gold") + gpon_link(1, onu(1, use_of(kind))));
+  const auto last_three = [this, &kind](std::optional<PlatformCall> failing) {
+    TraceCapture trace(TraceLevel::kDetail);
+    const CallsAmongRecords calls(failing);
+    answer_of(kind.request, edit_of(kind));
+    std::vector<std::string> lines = trace.records();
+    lines.erase(lines.begin(), lines.end() - 3);
+    return lines;
+  };
+  const std::string text = "CALL confd_trans_seterr";
+  EXPECT_THAT(last_three(std::nullopt),
+              testing::ElementsAre(HasSubstr(" There are 1 onus associated with gold"), text,
+                                   HasSubstr(kind.validator + " end - WARNING")));
+  const auto count_failed =
+      testing::ElementsAre(HasSubstr(" checking if there is any ONU using " + kind.word + " gold."),
+                           text, HasSubstr(kind.validator + " end - ERROR"));
+  EXPECT_THAT(last_three(PlatformCall::maapi_xpath_eval_expr), count_failed);
+  count_as("many");
+  EXPECT_THAT(last_three(std::nullopt), count_failed);
+}
+
+TEST_P(EveryProfileConfirmation, AnyPositiveAnswerMeansThatTheProfileIsCommitted) {
+  const Kind& kind = GetParam();
+  InPlace::committed_exists = 2;
+  EXPECT_THAT(answer_of(kind.request, edit_of(kind) + gpon_link(1, onu(1, use_of(kind)))),
+              AsksToConfirm(kind.warning));
 }
 
 TEST_P(EveryProfileConfirmation, ThePlatformIsCalledInOrder) {

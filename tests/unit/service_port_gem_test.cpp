@@ -1,9 +1,12 @@
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tests/support/both_branches.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
@@ -210,6 +213,12 @@ TEST_F(SingleServicePort, IsCheckedOnItsKindOfLink) {
   EXPECT_EQ(session_text(CONFD_ERR, 1, 1, limid_type_xgspon), gem_missing(9, 1, 1));
 }
 
+TEST_F(SingleServicePort, OfAnUnknownKindOfLinkFailsByThatAlone) {
+  constexpr int kLookForGem = 3;
+  fail_call(PlatformCall::maapi_exists, kLookForGem);
+  EXPECT_EQ(session_text(CONFD_ERR, 1, 1, nullptr), "no text");
+}
+
 TEST_F(SingleServicePort, OfAnUnknownKindOfLinkFails) {
   TraceCapture trace(TraceLevel::kFlow);
   EXPECT_EQ(session_text(CONFD_ERR, 1, 1, nullptr), gem_missing(9, 1, 1));
@@ -273,6 +282,89 @@ TEST_F(SingleServicePort, ThePlatformIsAskedInThisOrder) {
       recorded.names(),
       testing::ElementsAre("limid_type_compare", "maapi_exists", "maapi_exists", "maapi_get_elem",
                            "confd_pp_value", "confd_free_value", "maapi_exists"));
+}
+
+TEST_F(SpGemCheck, AnIdThatCannotBeReadEndsTheIteration) {
+  confd_hkeypath_t leaf =
+      keypath({{tag(base_id)}, {number(7)}, {tag(base_service_port)}, {tag(base_config)}});
+  sp_gem_check_state state;
+  EXPECT_EQ(iterate_sp_for_gem_check_validation(&leaf, MOP_CREATED, nullptr, nullptr, &state),
+            ITER_STOP);
+  EXPECT_FALSE(state.all_good);
+}
+
+TEST_F(SpGemCheck, APortThatCannotBeReadEndsTheIteration) {
+  open();
+  confd_hkeypath_t path = service_port_keypath(7);
+  sp_gem_check_state state{true, sock(), tctx()};
+  EXPECT_EQ(iterate_sp_for_gem_check_validation(&path, MOP_CREATED, nullptr, nullptr, &state),
+            ITER_STOP);
+  EXPECT_TRUE(state.all_good);
+}
+
+TEST_F(SpGemCheck, TheChangesAreIteratedOverWithoutFlags) {
+  const InPlace in_place;
+  answer_for(service_port(1, "gpon", "1/1/1", 1, 1));
+  EXPECT_EQ(InPlace::iteration_flags, 0);
+}
+
+TEST_F(SpGemCheck, PathsAreAskedForWithTheirNumbers) {
+  // Ids of service ports are unsigned in a path, those of ONUs and GEM ports are not.
+  open(element(
+      "service-port",
+      element("id", "4000000000") +
+          element("xgspon", element("id", "1/1/1") +
+                                element("onu", element("id", "3") +
+                                                   element("gem", element("gem-id", "1"))))));
+  confd_hkeypath_t path = service_port_keypath(4000000000);
+  sp_gem_check_state state{true, sock(), tctx()};
+  const RecordedPaths recorded;
+  iterate_sp_for_gem_check_validation(&path, MOP_CREATED, nullptr, nullptr, &state);
+  EXPECT_TRUE(state.all_good);
+  const std::string onu_path = "/config/interface/xgspon{1 1 1}/onu{3}";
+  EXPECT_THAT(
+      recorded.calls(),
+      testing::ElementsAre("maapi_get_values /base:config/service-port{4000000000}",
+                           "maapi_exists " + onu_path,
+                           "maapi_exists " + onu_path + "/profile-references/line-profile",
+                           "maapi_get_elem " + onu_path + "/profile-references/line-profile",
+                           "maapi_exists /config/profile/gpon/line-profile{fast}/gem{1}/gem-id"));
+}
+
+TEST_F(SingleServicePort, NumbersOfOnusAndGemPortsAreSignedInAPath) {
+  open();
+  const RecordedPaths recorded;
+  gem_check_single_sp(sock(), tctx(), 4294967295, 4294967294, 9, "1 1 1", limid_type_gpon);
+  EXPECT_THAT(
+      recorded.calls(),
+      testing::ElementsAre(
+          "maapi_exists /config/interface/gpon{1 1 1}/onu{-1}",
+          "maapi_exists /config/interface/gpon{1 1 1}/onu{-1}/profile-references/line-profile",
+          "maapi_exists /config/profile/gpon/line-profile{}/gem{-2}/gem-id"));
+}
+
+TEST_F(SpGemCheck, TheRequestHasBothBranchesInTheNamespaceOfTheModel) {
+  const InPlace in_place;
+  answer_for(service_port(1, "gpon", "1/1/1", 1, 1));
+  struct Row {
+    std::uint32_t tag;
+    confd_vtype type;
+  };
+  const std::vector<Row> rows{
+      {1802393476, C_XMLBEGIN}, {1279252765, C_NOEXISTS}, {1099044037, C_XMLBEGIN},
+      {1279252765, C_NOEXISTS}, {54084138, C_XMLBEGIN},   {730022296, C_NOEXISTS},
+      {54084138, C_XMLEND},     {1099044037, C_XMLEND},   {1802393476, C_XMLEND},
+      {1305479277, C_XMLBEGIN}, {1279252765, C_NOEXISTS}, {1099044037, C_XMLBEGIN},
+      {1279252765, C_NOEXISTS}, {54084138, C_XMLBEGIN},   {730022296, C_NOEXISTS},
+      {54084138, C_XMLEND},     {1099044037, C_XMLEND},   {1305479277, C_XMLEND},
+  };
+  ASSERT_EQ(InPlace::requested.size(), rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const confd_tag_value_t& requested = InPlace::requested[i];
+    EXPECT_EQ(CONFD_GET_TAG_TAG(&requested), rows[i].tag) << i;
+    EXPECT_EQ(CONFD_GET_TAG_NS(&requested), 864307902U) << i;
+    EXPECT_EQ(CONFD_GET_TAG_VALUE(&requested)->type, rows[i].type) << i;
+  }
 }
 
 TEST_F(SpGemCheck, OtherOperationsArePassedOver) {

@@ -6,6 +6,7 @@
 
 #include "tests/support/both_branches.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
@@ -105,6 +106,12 @@ TEST_F(ServicePortGlobalValidation, AModificationIsLookedAtToo) {
                                  element("id", "2") +
                                      element("match", element("vlan", element("vlan-id", "10"))))),
               Rejected(conflict(1, 2)));
+}
+
+TEST_F(ServicePortGlobalValidation, TheChangesAreIteratedOverWithoutFlags) {
+  const InPlace in_place;
+  answer_for(service_port(1, "gpon", "1/1/1", 1, 1));
+  EXPECT_EQ(InPlace::iteration_flags, 0);
 }
 
 TEST_F(ServicePortGlobalValidation, DeletionsAloneDoNotReadTheList) {
@@ -491,6 +498,26 @@ TEST_F(ServicePortDeleteAllWarningCheck, AListOfLinksThatCannotBeReadHasNoOnus) 
     fail_call(step);
     EXPECT_THAT(answer_for(deleted_service_port(1) + deleted_service_port(2)), Accepted());
   }
+}
+
+TEST_F(ServicePortDeleteAllWarningCheck, AStepThatFailsWithKeysAtHandEndsTheCount) {
+  running(gpon_link(1, onu(1)) + gpon_link(2, onu(1)) + gpon_link(3, onu(1)) +
+          xgspon_link(1, onu(1)));
+  open();
+  fail_call(PlatformCall::maapi_get_next, 2);
+  EXPECT_EQ(get_number_onus_in_candidate(sock(), tctx()), 2) << "one of each kind of link";
+}
+
+TEST_F(ServicePortDeleteAllWarningCheck, ThePathsOfTheListsEndInASlash) {
+  running(gpon_link(1) + xgspon_link(2));
+  open();
+  const RecordedPaths recorded;
+  get_number_onus_in_candidate(sock(), tctx());
+  EXPECT_THAT(recorded.calls(),
+              testing::ElementsAre("maapi_init_cursor /config/interface/gpon/",
+                                   "maapi_num_instances /config/interface/gpon/{1 1 1}/onu",
+                                   "maapi_init_cursor /config/interface/xgspon/",
+                                   "maapi_num_instances /config/interface/xgspon/{1 1 2}/onu"));
 }
 
 TEST_F(ServicePortDeleteAllWarningCheck, AllOnusOfTheTransactionAreCounted) {

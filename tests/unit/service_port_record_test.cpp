@@ -7,6 +7,7 @@
 #include "confd_get_str.h"
 #include "service_port_batches.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
 
@@ -398,6 +399,15 @@ TEST_F(ServicePortValues, AreTakenFromTheBranchOfTheLink) {
   EXPECT_EQ(xgspon.interface_name, "1 1 4");
   EXPECT_EQ(xgspon.onu, 5U);
   EXPECT_EQ(xgspon.gem, 6U);
+}
+
+TEST_F(ServicePortValues, TheTimeIsTracedInMicroseconds) {
+  TraceCapture trace(TraceLevel::kDetail);
+  const SlowCalls printing(PlatformCall::confd_pp_kpath, 3);
+  Request request;
+  ASSERT_EQ(request.get(limid_type_xgspon), 0);
+  EXPECT_GE(trace.figure("Took "), 3000);
+  EXPECT_TRUE(trace.has(" usecs to get SP 7 (xgspon=1 1 4, onu=5, gem=6) from ConfD"));
 }
 
 TEST_F(ServicePortValues, OnlyTheNameThatIsTakenIsFreed) {

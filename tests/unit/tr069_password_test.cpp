@@ -112,6 +112,36 @@ TEST_F(Tr069ProfilePasswordLengthCheck, OnlyTheResult0MeansThatItDecrypted) {
   EXPECT_EQ(check(encrypted), CONFD_OK);
 }
 
+TEST_F(Tr069ProfilePasswordLengthCheck, TheBufferHasRoomForABlockMoreInWholeBlocks) {
+  const InPlace in_place;
+  open();
+  for (const auto& [encrypted, buffer] :
+       {std::pair(0, 16), std::pair(1, 32), std::pair(15, 32), std::pair(16, 32), std::pair(17, 48),
+        std::pair(8192, 8208), std::pair(65536, 65552)}) {
+    check(std::string(static_cast<std::size_t>(encrypted), 'x'));
+    EXPECT_EQ(InPlace::wiped, static_cast<std::size_t>(buffer)) << encrypted;
+  }
+}
+
+TEST_F(Tr069ProfilePasswordLengthCheck, TheBufferIsEmptyBeforeTheDecryption) {
+  const InPlace in_place;
+  open();
+  check("no encrypted text, and long enough to leave something behind on the stack");
+  check("no encrypted text, and long enough to leave something behind on the stack");
+  EXPECT_EQ(InPlace::clear_text_before, "");
+  // A decryption that writes nothing is one of an empty password.
+  InPlace::decrypted = CONFD_OK;
+  EXPECT_EQ(check("x"), CONFD_OK);
+}
+
+TEST_F(Tr069ProfilePasswordLengthCheck, A64KTextIsTheLongestThatIsDecrypted) {
+  open();
+  check(std::string(65536, 'x'));
+  EXPECT_EQ(calls(PlatformCall::confd_decrypt), 1U);
+  check(std::string(65537, 'x'));
+  EXPECT_EQ(calls(PlatformCall::confd_decrypt), 1U);
+}
+
 TEST_F(Tr069ProfilePasswordLengthCheck, AnEnormousTextIsRejectedBeforeItTakesTheStack) {
   open();
   EXPECT_EQ(check("$8$" + std::string(std::size_t{64} << 20, 'A')), CONFD_ERR);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 
@@ -182,6 +183,28 @@ TEST_F(VlanMatchCheck, WhatIsOpenedIsClosedWhateverTheAnswer) {
 TEST_F(VlanMatchCheck, EveryPortValueIsReleased) {
   EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1, 2, 3}))), Accepted());
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 3U);
+}
+
+TEST_F(VlanMatchCheck, LongNumbersAreToldApartToTheirLastDigit) {
+  EXPECT_THAT(answer_for({{"4090", "3"}, {"4091", "3"}}, on_ethernet({1}), on_ethernet({1})),
+              Accepted());
+}
+
+TEST_F(VlanMatchCheck, TheVlanIsReadBeforeTheCosEachIntoAHundredCharacters) {
+  const InPlace in_place;
+  running(service_profile("sp", vlan_mapping("a", matching("100", "3") + on_ethernet({1}))));
+  const RecordedPaths recorded;
+  request(kRequest, "/config/profile/gpon/service-profile{sp}/vlan-mapping{a}");
+  const std::string profile = "/config/profile/gpon/service-profile{sp}/vlan-mapping";
+  const std::string vlan = profile + "{a}/match/outer/vlan-id";
+  const std::string cos = profile + "{a}/match/outer/cos";
+  EXPECT_THAT(recorded.calls(),
+              testing::ElementsAre("maapi_init_cursor " + profile, "maapi_get_elem " + vlan,
+                                   "maapi_get_elem " + cos, "confd_cs_node_cd " + vlan,
+                                   "confd_cs_node_cd " + cos,
+                                   "maapi_exists " + profile + "{a}/uni/ethernet",
+                                   "maapi_get_list_elem " + profile + "{a}/uni/ethernet"));
+  EXPECT_THAT(InPlace::text_sizes, testing::ElementsAre(100, 100));
 }
 
 TEST_F(VlanMatchCheck, ThePlatformIsCalledInOrder) {
