@@ -26,6 +26,7 @@ std::function<bool(int level)> InPlace::takes_level;
 std::optional<int> InPlace::iteration_flags;
 std::vector<confd_tag_value_t> InPlace::requested;
 std::vector<int> InPlace::text_sizes;
+bool InPlace::notes = false;
 std::string InPlace::message_to;
 
 void InPlace::take_back() {
@@ -164,7 +165,7 @@ int maapi_get_values(int sock, int thandle, confd_tag_value_t* values, int n, co
 int confd_val2str(confd_type* type, const confd_value_t* val, char* buf, int bufsiz) {
   static auto* const platform =
       of_platform<int(confd_type*, const confd_value_t*, char*, int)>("confd_val2str");
-  InPlace::text_sizes.push_back(bufsiz);
+  if (InPlace::notes) InPlace::text_sizes.push_back(bufsiz);
   return platform(type, val, buf, bufsiz);
 }
 

@@ -19,10 +19,16 @@ struct InPlace {
     std::optional<std::string> text;  ///< no text for none
   };
 
-  InPlace() { take_back(); }
+  InPlace() {
+    take_back();
+    notes = true;
+  }
   InPlace(const InPlace&) = delete;
   InPlace& operator=(const InPlace&) = delete;
-  ~InPlace() { take_back(); }
+  ~InPlace() {
+    take_back();
+    notes = false;
+  }
 
   /// The answer of the next evaluations.
   static std::optional<Xpath> xpath;
@@ -57,6 +63,8 @@ struct InPlace {
   static std::vector<confd_tag_value_t> requested;
   /// For how many characters values were turned into text.
   static std::vector<int> text_sizes;
+  /// A guard exists. Without one, notes of every call would only grow.
+  static bool notes;
   /// To whom the last message was sent.
   static std::string message_to;
 
