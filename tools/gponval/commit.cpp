@@ -2,6 +2,7 @@
 #include <iostream>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "standalone/nearest_name.h"
 #include "tools/gponval/commands.h"
@@ -31,6 +32,8 @@ constexpr const char* kExamples =
     "  gponval commit --running card.xml --change - --only sp_gem_check < change.xml\n"
     "\n";
 
+constexpr std::string_view kStandardOutput = "-";
+
 struct CommitArguments {
   InputOptions inputs;
   RunOptions run;
@@ -50,25 +53,40 @@ void check_names(const std::vector<std::string>& only,
   }
 }
 
+std::string new_configuration(const Host& host, const CommitArguments& arguments) {
+  const auto format = format_named_by(*arguments.save);
+  return host.datastore().print(format.value_or(running_format(arguments.inputs)));
+}
+
+void write_output(const std::string& text) {
+  std::cout << text;
+  finish_output();
+}
+
 ExitStatus commit(const CommitArguments& arguments) {
   check_standard_input(arguments.inputs, arguments.run);
-  std::optional<std::filesystem::path> target;
-  if (arguments.save.has_value()) target = save_target(*arguments.save);
+  const bool to_output = arguments.save == kStandardOutput;
+  std::optional<SaveFile> file;
+  if (arguments.save.has_value() && !to_output) {
+    file.emplace(*arguments.save, arguments.inputs.running);
+  }
   Host host(arguments.run, read_card(arguments.inputs));
   check_names(arguments.only, host.daemon().points());
 
-  load_running(host.datastore(), arguments.inputs);
+  std::string running = load_running(host.datastore(), arguments.inputs);
+  if (file.has_value()) file->set_running(std::move(running));
   tarnd::store::Transaction transaction(host.datastore());
   apply_changes(transaction, arguments.inputs);
   const bool nothing_changed = transaction.changes() == nullptr;
   const tarnd::CommitReport report = host.daemon().commit(
       transaction, {arguments.all, arguments.only, confirmation(arguments.run)});
 
-  if (target.has_value() && report.result == tarnd::CommitResult::kAccepted) {
-    const auto format = format_named_by(*arguments.save);
-    save_file(*target, host.datastore().print(format.value_or(running_format(arguments.inputs))));
+  if (report.result == tarnd::CommitResult::kAccepted) {
+    if (to_output) write_output(new_configuration(host, arguments));
+    if (file.has_value()) file->replace(new_configuration(host, arguments));
   }
-  print_report(std::cout, report, {"Commit", false, nothing_changed}, arguments.run);
+  print_report(to_output ? std::cerr : std::cout, report, {"Commit", false, nothing_changed},
+               arguments.run);
   return exit_status(report.result);
 }
 
@@ -94,7 +112,8 @@ Command add_commit(CLI::App& gponval) {
   app->add_option("--save", arguments->save,
                   "Write the new configuration here when the commit was accepted, as JSON\n"
                   "or XML by the ending of the name, else as --running is. May be the file\n"
-                  "that --running names")
+                  "that --running names, which nobody may have changed meanwhile. - is\n"
+                  "standard output; the report then goes to standard error")
       ->type_name("FILE")
       ->group("Validation and output");
   return {app, [arguments] { return commit(*arguments); }};

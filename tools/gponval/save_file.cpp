@@ -1,131 +1,147 @@
 #include "tools/gponval/save_file.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
+#include <chrono>
+#include <cstddef>
 #include <string_view>
+#include <system_error>
+#include <thread>
 #include <utility>
 
+#include "tools/gponval/temporary_file.h"
 #include "tools/gponval/usage_error.h"
 
 namespace gponval {
 namespace {
 
-constexpr mode_t kNewFileMode = 0644;
-constexpr mode_t kPermissionBits = 07777;
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
 
-[[noreturn]] void cannot_save(const std::filesystem::path& target, const std::string& why) {
-  throw UsageError("cannot save '" + target.string() + "': " + why);
+constexpr std::chrono::seconds kLongestWait(5);
+constexpr std::chrono::milliseconds kBetweenLooks(10);
+constexpr int kMostLinks = 40;
+constexpr std::size_t kReadSize = std::size_t{1} << 16;
+
+constexpr const char* kStandardInput = "-";
+constexpr const char* kStandardInputFile = "/proc/self/fd/0";
+constexpr std::string_view kRemovedMark = " (deleted)";
+
+[[noreturn]] void cannot_save(const std::string& name, const std::string& why) {
+  throw UsageError("cannot save '" + name + "': " + why);
 }
 
-[[noreturn]] void cannot_save(const std::filesystem::path& target) {
-  cannot_save(target, std::strerror(errno));
+[[noreturn]] void cannot_save(const std::string& name, int error) {
+  cannot_save(name, std::generic_category().message(error));
 }
 
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  ~FileDescriptor() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  [[nodiscard]] int get() const { return descriptor_; }
-  /// Closes and tells whether that went well: some file systems report a full disk only then.
-  bool close() { return ::close(std::exchange(descriptor_, -1)) == 0; }
+fs::path folder_of(const fs::path& file) {
+  return file.has_parent_path() ? file.parent_path() : fs::path(".");
+}
 
- private:
-  int descriptor_;
-};
-
-// A file beside the target, removed at the end unless it took the target's name.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const std::filesystem::path& target)
-      : target_(target),
-        name_(target.string() + ".XXXXXX"),
-        file_(::mkostemp(name_.data(), O_CLOEXEC)) {
-    if (file_.get() < 0) cannot_save(target_);
+// Where the name leads, also if there is no file yet.
+fs::path resolved(fs::path file) {
+  std::error_code error;
+  for (int links = 0; fs::is_symlink(file, error) && links < kMostLinks; ++links) {
+    file = file.parent_path() / fs::read_symlink(file, error);
   }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile() {
-    if (!renamed_) ::unlink(name_.c_str());
-  }
+  const fs::path folder = fs::canonical(folder_of(file), error);
+  return error ? file : folder / file.filename();
+}
 
-  void write(std::string_view text) {
-    while (!text.empty()) {
-      const ssize_t written = ::write(file_.get(), text.data(), text.size());
-      if (written < 0 && errno == EINTR) continue;
-      if (written < 0) cannot_save(target_);
-      text.remove_prefix(static_cast<std::size_t>(written));
+fs::path target_of(const std::string& name) {
+  if (name.empty()) throw UsageError("--save needs the name of a file");
+  std::error_code error;
+  const fs::file_status status = fs::status(name, error);
+  if (!fs::status_known(status)) cannot_save(name, error.message());
+  if (fs::exists(status) && !fs::is_regular_file(status)) {
+    cannot_save(name, "it is not a regular file");
+  }
+  fs::path target = resolved(name);
+  const fs::path folder = folder_of(target);
+  if (!fs::is_directory(folder, error)) {
+    cannot_save(name, "there is no folder '" + folder.string() + "'");
+  }
+  if (::access(folder.c_str(), W_OK | X_OK) != 0) {
+    cannot_save(name, "no file can be made in '" + folder.string() + "'");
+  }
+  return target;
+}
+
+// Is the running configuration read from the target? Compared by name as well as by file: between
+// two looks, or since a shell opened standard input, another run may have replaced the file.
+bool reads_from(const std::string& running, const fs::path& target) {
+  const fs::path source = running == kStandardInput ? kStandardInputFile : running;
+  std::string name = resolved(source).string();
+  if (name.ends_with(kRemovedMark)) name.resize(name.size() - kRemovedMark.size());
+  std::error_code missing;
+  return name == target.string() || fs::equivalent(source, target, missing);
+}
+
+// The lock is on the file itself, so that none is left over. Whoever waited for it may hold one
+// that has lost its name to a new file meanwhile, and tries again with that.
+FileDescriptor lock_file(const std::string& name, const fs::path& target) {
+  const Clock::time_point give_up = Clock::now() + kLongestWait;
+  while (true) {
+    FileDescriptor file = FileDescriptor::open_to_lock(target);
+    if (!file.is_open()) {
+      throw UsageError("cannot read '" + name + "': " + std::generic_category().message(errno));
     }
+    const int error = file.try_lock();
+    if (error == 0 && file.is_regular_file_at(target)) return file;
+    if (error != 0 && error != EWOULDBLOCK) cannot_save(name, error);
+    if (Clock::now() > give_up) cannot_save(name, "another run is committing to it");
+    if (error != 0) std::this_thread::sleep_for(kBetweenLooks);
   }
+}
 
-  void take_mode() {
-    struct stat old {};
-    if (::stat(target_.c_str(), &old) == 0) {
-      // Only the administrator may give a file away; the mode comes after, since a new owner
-      // clears parts of it.
-      if (::fchown(file_.get(), old.st_uid, old.st_gid) != 0) errno = 0;
-      if (::fchmod(file_.get(), old.st_mode & kPermissionBits) != 0) cannot_save(target_);
-      return;
-    }
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    if (::fchmod(file_.get(), kNewFileMode & ~mask) != 0) cannot_save(target_);
+bool holds(const FileDescriptor& file, std::string_view text) {
+  std::array<char, kReadSize> buffer{};
+  for (off_t at = 0;;) {
+    const ssize_t size = ::pread(file.get(), buffer.data(), buffer.size(), at);
+    if (size < 0 && errno == EINTR) continue;
+    if (size <= 0) return size == 0 && text.empty();
+    const std::string_view part(buffer.data(), static_cast<std::size_t>(size));
+    if (!text.starts_with(part)) return false;
+    text.remove_prefix(part.size());
+    at += size;
   }
-
-  void rename() {
-    if (::fsync(file_.get()) != 0 || !file_.close()) cannot_save(target_);
-    if (::rename(name_.c_str(), target_.c_str()) != 0) cannot_save(target_);
-    renamed_ = true;
-  }
-
- private:
-  const std::filesystem::path& target_;
-  std::string name_;
-  FileDescriptor file_;
-  bool renamed_ = false;
-};
-
-std::filesystem::path folder_of(const std::filesystem::path& target) {
-  return target.has_parent_path() ? target.parent_path() : std::filesystem::path(".");
 }
 
 }  // namespace
 
-std::filesystem::path save_target(const std::string& name) {
-  if (name.empty() || name == "-") throw UsageError("--save needs the name of a file");
-  std::error_code error;
-  const std::filesystem::file_status status = std::filesystem::status(name, error);
-  if (!std::filesystem::exists(status)) {
-    std::filesystem::path target(name);
-    if (!std::filesystem::is_directory(folder_of(target), error)) {
-      cannot_save(target, "there is no folder '" + folder_of(target).string() + "'");
-    }
-    return target;
-  }
-  if (!std::filesystem::is_regular_file(status)) cannot_save(name, "it is not a regular file");
-  std::filesystem::path target = std::filesystem::canonical(name, error);
-  if (error) cannot_save(name, error.message());
-  return target;
+SaveFile::SaveFile(const std::string& name, const std::string& running)
+    : name_(name), target_(target_of(name)) {
+  if (reads_from(running, target_)) locked_ = lock_file(name_, target_);
+  remove_leftovers(folder_of(target_));
 }
 
-void save_file(const std::filesystem::path& target, const std::string& text) {
-  // Opened before the rename: what can fail shall fail while the old file still stands.
-  const FileDescriptor folder(
-      ::open(folder_of(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (folder.get() < 0) cannot_save(target);
-  TemporaryFile file(target);
-  file.write(text);
-  file.take_mode();
-  file.rename();
-  if (::fsync(folder.get()) != 0) cannot_save(target);
+// The whole text is compared: neither times nor sizes show every change.
+void SaveFile::check_unchanged() const {
+  if (!locked_->is_regular_file_at(target_) || !holds(*locked_, running_)) {
+    cannot_save(name_, "it has changed since it was read");
+  }
+}
+
+void SaveFile::replace(const std::string& text) const {
+  try {
+    const fs::path folder_name = folder_of(target_);
+    // Opened before the rename: what can fail shall fail as long as the old file is there.
+    const FileDescriptor folder(::open(folder_name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.is_open()) cannot_save(name_, errno);
+    TemporaryFile file(folder_name);
+    file.write(text);
+    file.take_mode_of(target_);
+    // Last of all, since programs that do not know the lock may write at any time.
+    if (locked_.has_value()) check_unchanged();
+    file.replace(target_);
+    if (::fsync(folder.get()) != 0) cannot_save(name_, errno);
+  } catch (const std::system_error& error) {
+    cannot_save(name_, error.code().message());
+  }
 }
 
 }  // namespace gponval

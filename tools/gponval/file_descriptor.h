@@ -1,0 +1,34 @@
+#pragma once
+
+#include <filesystem>
+
+namespace gponval {
+
+/// An open file, closed at the end.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+  /// Opens a file to lock it, not through a link; writing if that is allowed, since some network
+  /// file systems lock no other.
+  static FileDescriptor open_to_lock(const std::filesystem::path& name);
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  FileDescriptor(FileDescriptor&& other) noexcept;
+  FileDescriptor& operator=(FileDescriptor&& other) noexcept;
+  ~FileDescriptor();
+
+  [[nodiscard]] int get() const { return descriptor_; }
+  [[nodiscard]] bool is_open() const { return descriptor_ >= 0; }
+
+  /// Locks the file for this descriptor alone, until it is closed or its process ends in whatever
+  /// way. Returns 0, EWOULDBLOCK while another descriptor has the lock, or why there are no locks.
+  [[nodiscard]] int try_lock() const;
+
+  /// True if this is a regular file and the name is its own: nobody has removed or replaced it.
+  [[nodiscard]] bool is_regular_file_at(const std::filesystem::path& name) const;
+
+ private:
+  int descriptor_;
+};
+
+}  // namespace gponval

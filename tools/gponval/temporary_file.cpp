@@ -1,0 +1,108 @@
+#include "tools/gponval/temporary_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <random>
+#include <string>
+#include <system_error>
+
+namespace gponval {
+namespace {
+
+constexpr mode_t kOwnMode = 0600;
+constexpr mode_t kNewFileMode = 0644;
+constexpr mode_t kPermissionBits = 07777;
+
+constexpr std::string_view kNamePrefix = ".gponval-save-";
+constexpr std::string_view kHexDigits = "0123456789abcdef";
+constexpr std::size_t kDigits = 16;
+
+[[noreturn]] void fail() {
+  throw std::system_error(errno, std::generic_category());
+}
+
+std::string new_name() {
+  std::random_device random;
+  std::uniform_int_distribution<std::size_t> digit(0, kHexDigits.size() - 1);
+  std::string name(kNamePrefix);
+  for (std::size_t i = 0; i < kDigits; ++i) name += kHexDigits[digit(random)];
+  return name;
+}
+
+bool is_temporary_name(const std::string& name) {
+  return name.size() == kNamePrefix.size() + kDigits && name.starts_with(kNamePrefix) &&
+         name.find_first_not_of(kHexDigits, kNamePrefix.size()) == std::string::npos;
+}
+
+// Unlinked while it is locked, so that no other run can take it for a file of its own meanwhile.
+void remove_unless_owned(const std::filesystem::path& name) {
+  const FileDescriptor file = FileDescriptor::open_to_lock(name);
+  if (!file.is_open() || file.try_lock() != 0 || !file.is_regular_file_at(name)) return;
+  ::unlink(name.c_str());
+}
+
+}  // namespace
+
+TemporaryFile::TemporaryFile(const std::filesystem::path& folder) : file_(-1) {
+  // Until the new file is locked, another run may take it for one of a killed run and remove it.
+  // Where there are no locks nothing is ever removed.
+  bool owned = false;
+  while (!owned) {
+    name_ = folder / new_name();
+    file_ = FileDescriptor(::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnMode));
+    if (!file_.is_open() && errno == EEXIST) continue;
+    if (!file_.is_open()) fail();
+    owned = file_.try_lock() != EWOULDBLOCK && file_.is_regular_file_at(name_);
+  }
+}
+
+TemporaryFile::~TemporaryFile() {
+  if (!renamed_) ::unlink(name_.c_str());
+}
+
+void TemporaryFile::write(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(file_.get(), text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) fail();
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void TemporaryFile::take_mode_of(const std::filesystem::path& target) {
+  struct stat old {};
+  if (::stat(target.c_str(), &old) == 0) {
+    // Only the administrator may give a file away; the mode comes after, since a new owner
+    // clears parts of it.
+    if (::fchown(file_.get(), old.st_uid, old.st_gid) != 0) errno = 0;
+    if (::fchmod(file_.get(), old.st_mode & kPermissionBits) != 0) fail();
+    return;
+  }
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  if (::fchmod(file_.get(), kNewFileMode & ~mask) != 0) fail();
+}
+
+void TemporaryFile::replace(const std::filesystem::path& target) {
+  if (::fsync(file_.get()) != 0) fail();
+  // Closed after that: unlocked, the file might be taken for one of a killed run.
+  if (::rename(name_.c_str(), target.c_str()) != 0) fail();
+  renamed_ = true;
+}
+
+void remove_leftovers(const std::filesystem::path& folder) {
+  std::error_code unreadable;
+  for (std::filesystem::directory_iterator entry(folder, unreadable), end;
+       !unreadable && entry != end; entry.increment(unreadable)) {
+    if (is_temporary_name(entry->path().filename().string())) remove_unless_owned(entry->path());
+  }
+}
+
+}  // namespace gponval
