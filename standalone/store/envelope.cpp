@@ -16,6 +16,8 @@ struct Surrounding {
   TreeUse use;
 };
 
+constexpr std::string_view kEditConfig = "edit-config";
+
 constexpr std::array kSurroundings{
     Surrounding{"", "rpc", TreeUse::kChange},
     Surrounding{"", "edit-config", TreeUse::kChange},
@@ -71,6 +73,7 @@ bool Envelope::enter(std::string_view name_space, std::string_view name) {
   if (name == schema_.root().name && name_space == schema_.namespace_uri()) {
     if (root_seen_) fail("a second top-level '" + schema_.root().name + "'; one is needed");
     if (!is_one_of(parent, kAroundRoot)) refuse(name_space, name);
+    refuse_text();
     root_seen_ = true;
     open_.emplace_back();
     return true;
@@ -80,8 +83,9 @@ bool Envelope::enter(std::string_view name_space, std::string_view name) {
                        return row.parent == parent && row.name == name && row.use == use_;
                      });
   if (!known) refuse(name_space, name);
+  refuse_text();
+  if (parent == kEditConfig && name != "config") check_parameter_once(name);
   open_.emplace_back(name);
-  text_.clear();
   return false;
 }
 
@@ -94,6 +98,20 @@ void Envelope::refuse(std::string_view name_space, std::string_view name) const 
   if (root_seen_) fail(found + " is a second top-level node, after '" + schema_.root().name + "'");
   if (open_.empty()) fail("found " + found + " at the top level; " + needed);
   fail("found " + found + " inside '" + open_.back() + "'; " + needed);
+}
+
+// Text before an element that is inside the same element.
+void Envelope::refuse_text() {
+  const std::string_view before = trimmed(text_);
+  if (!before.empty()) fail("the text " + excerpt(before) + " is in no node of the model");
+  text_.clear();
+}
+
+// What counts for all of an edit comes before the edit itself, and once.
+void Envelope::check_parameter_once(std::string_view name) {
+  if (root_seen_) fail("'" + std::string(name) + "' comes after the edit that it is for");
+  if (is_one_of(name, parameters_)) fail("'" + std::string(name) + "' is given twice");
+  parameters_.emplace_back(name);
 }
 
 void Envelope::text(std::string_view piece) {

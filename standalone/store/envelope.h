@@ -35,6 +35,8 @@ class Envelope {
 
  private:
   [[noreturn]] void refuse(std::string_view name_space, std::string_view name) const;
+  void refuse_text();
+  void check_parameter_once(std::string_view name);
   void take_parameter(std::string_view name, std::string_view value);
 
   const Schema& schema_;
@@ -44,6 +46,7 @@ class Envelope {
   std::string text_;
   Operation default_operation_ = Operation::kMerge;
   bool root_seen_ = false;
+  std::vector<std::string> parameters_;  // of an edit, that were read
 };
 
 }  // namespace tarnd::store

@@ -91,6 +91,9 @@ std::string_view checked_text(const std::string& text) {
   if (rest.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
     rest.remove_prefix(kByteOrderMark.size());
   }
+  if (rest.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+    throw InputError("a second byte order mark", 1);
+  }
   if (rest.find_first_not_of(" \t\r\n") == std::string_view::npos) {
     throw InputError("there is nothing in it");
   }

@@ -101,6 +101,7 @@ class JsonReader {
   }
 
   [[nodiscard]] TreeBuilder& builder() { return builder_; }
+  [[nodiscard]] const Envelope& envelope() const { return envelope_; }
 
   // What the parser calls, with its own names.
   // NOLINTBEGIN(readability-identifier-naming)
@@ -408,7 +409,9 @@ ReadConfiguration read_json_configuration(const Schema& schema, std::string_view
 ReadChange read_json_change(const Schema& schema, std::string_view text) {
   JsonReader reader(schema, TreeUse::kChange, text);
   reader.read();
-  return reader.builder().take_change();
+  ReadChange change = reader.builder().take_change();
+  change.notes.default_operation = reader.envelope().default_operation();
+  return change;
 }
 
 }  // namespace tarnd::store

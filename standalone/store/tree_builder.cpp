@@ -484,6 +484,9 @@ void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
   lyd_node* node = nullptr;
   lyd_find_sibling_val(lyd_child(frame.node), leaf.lysc, nullptr, 0, &node);
   if (goes(of.operation)) {
+    const std::size_t rank = rank_of(frame, leaf);
+    const bool before = frame.again && !frame.seen[rank] && was_given(frame.node, leaf);
+    if (before) fail_at(of.offset, "holds '" + leaf.name + "' twice");
     lyd_free_tree(node);
     note_removal(frame, {&leaf, of.operation == Operation::kDelete, of.offset});
   } else if (node == nullptr) {

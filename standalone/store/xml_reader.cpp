@@ -94,8 +94,8 @@ class XmlReader {
       });
     });
     XML_SetXmlDeclHandler(
-        parser, [](void* self, const char* /*version*/, const char* encoding, int /*standalone*/) {
-          of(self).guarded([&](XmlReader& reader) { reader.check_encoding(encoding); });
+        parser, [](void* self, const char* version, const char* encoding, int /*standalone*/) {
+          of(self).guarded([&](XmlReader& reader) { reader.check_declaration(version, encoding); });
         });
     XML_SetStartDoctypeDeclHandler(
         parser, [](void* self, const char* /*name*/, const char* /*system*/, const char* /*public*/,
@@ -206,7 +206,10 @@ class XmlReader {
     }
   }
 
-  void check_encoding(const char* encoding) {
+  void check_declaration(const char* version, const char* encoding) const {
+    if (version != nullptr && std::string_view(version) != "1.0") {
+      envelope_.fail("the version of XML is " + excerpt(version) + "; 1.0 is needed");
+    }
     if (encoding == nullptr) return;
     const std::string_view name = encoding;
     constexpr std::string_view kUtf8 = "utf-8";

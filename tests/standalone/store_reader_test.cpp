@@ -79,6 +79,18 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"OtherEncoding", Format::kXml,
                 R"(<?xml version="1.0" encoding="ISO-8859-1"?>)" + xml(""), 1,
                 "the encoding is 'ISO-8859-1'; UTF-8 is needed"},
+        Refused{"OtherVersion", Format::kXml, R"(<?xml version="2.0"?>)" + xml(""), 1,
+                "the version of XML is '2.0'; 1.0 is needed"},
+        Refused{"SecondByteOrderMark", Format::kXml, "\xEF\xBB\xBF\xEF\xBB\xBF" + xml(""), 1,
+                "a second byte order mark"},
+        Refused{"ParameterTwice", Format::kXml,
+                "<edit-config" + kNetconf + "><test-option>set</test-option>\n<test-option>", 2,
+                "'test-option' is given twice"},
+        Refused{"ParameterAfterTheEdit", Format::kXml,
+                "<edit-config" + kNetconf + "><config>" + xml("") + "</config><default-operation>",
+                2, "'default-operation' comes after the edit that it is for"},
+        Refused{"TextBeforeAnElementAround", Format::kXml, "<rpc" + kNetconf + ">abc<edit-config>",
+                1, "the text 'abc' is in no node of the model"},
         Refused{"Doctype", Format::kXml, "<!DOCTYPE config [<!ENTITY a 'b'>]>\n" + xml(""), 1,
                 "a DOCTYPE; a configuration is read without one"},
         Refused{"UnknownEntity", Format::kXml, port("<gpon><id>&lol;</id></gpon>"), 3,
@@ -209,7 +221,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "error-option is 'continue-on-error'; a change applies whole or not at all: "
                 "stop-on-error or rollback-on-error is needed"},
         Refused{"TextAroundTheModel", Format::kXml,
-                "<config" + kNetconf + ">abc" + xml("") + "</config>", 2,
+                "<config" + kNetconf + ">abc" + xml("") + "</config>", 1,
                 "the text 'abc' is in no node of the model"}),
     name_of);
 
@@ -220,6 +232,10 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"AValue", Format::kJson, "5", 1, "found a value; an object is needed"},
         Refused{"NoModule", Format::kJson, R"({"config": {}})", 1,
                 "'config' has no module; 'base:config' is needed"},
+        Refused{"LeafSetAndDeletedInTwoVisits", Format::kJson,
+                json(R"("service-port": [{"id": 5, "upstream-rate": 6}, {"id": 5,
+                     "@upstream-rate": {"ietf-netconf:operation": "delete"}}])"),
+                2, "/config/service-port{5}: holds 'upstream-rate' twice"},
         Refused{"NoMember", Format::kJson, "{}", 1, "there is no 'config' in it"},
         Refused{"SecondTopLevelMember", Format::kJson,
                 R"({"base:config": {},)"
