@@ -90,6 +90,7 @@ class TagValueChunk final : public Chunk {
 Chunk::Chunk(confd_query_result_type form, std::size_t num_rows, std::size_t num_elements)
     : confd_query_result(), rows_(num_rows), num_elements_(num_elements) {
   type = form;
+  offset = 0;
   nresults = static_cast<int>(num_rows);
   nelements = static_cast<int>(num_elements);
   results = rows_.data();

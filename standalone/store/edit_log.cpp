@@ -58,8 +58,8 @@ const EditRecord* EditLog::gone(const EditRecord& parent, const SchemaNode& sche
 }
 
 std::ptrdiff_t EditLog::growth(const EditRecord& parent, const SchemaNode& list) {
-  for (const auto& [schema, growth] : parent.growth) {
-    if (schema == &list) return growth;
+  for (const auto& [schema, more] : parent.growth) {
+    if (schema == &list) return more;
   }
   return 0;
 }
@@ -94,15 +94,15 @@ void EditLog::insert(lyd_node* parent, lyd_node* node) {
   keeper_.insert(parent, node);
   if (parent_record == nullptr) return;
   grow(*parent_record, schema_of(node), 1);
-  const auto gone = gone_.find(Standing{parent_record, node});
-  if (gone == gone_.end()) {
+  const auto found = gone_.find(Standing{parent_record, node});
+  if (found == gone_.end()) {
     add(*parent_record, schema_of(node), nullptr, node);
     return;
   }
-  EditRecord* record = *gone;
+  EditRecord* record = *found;
   record->after = node;
   by_node_[node] = record;
-  gone_.erase(gone);
+  gone_.erase(found);
 }
 
 void EditLog::remove(lyd_node* node) {

@@ -249,11 +249,9 @@ class JsonReader {
     const std::size_t colon = text.find(": ", column != std::string::npos ? column : 0);
     if (colon != std::string::npos) text.erase(0, colon + 2);
     const std::size_t last = text.find("; last read");
-    const std::size_t expected = text.find("; expected");
-    if (last != std::string::npos) {
-      text = text.substr(0, last) +
-             (expected != std::string::npos && expected > last ? text.substr(expected) : "");
-    }
+    if (last == std::string::npos) return text;
+    const std::size_t expected = text.find("; expected", last);
+    text.erase(last, expected != std::string::npos ? expected - last : expected);
     return text;
   }
 

@@ -397,20 +397,20 @@ void TreeBuilder::take_key(const SchemaNode& key, const std::string& value) {
 
 void TreeBuilder::leave_leaf() {
   const SchemaNode& leaf = *top().schema;
-  const std::optional<Operation> operation = top().operation;
+  const std::optional<Operation> own = top().operation;
   if (leaf.is_key()) return take_key(leaf, value_);
   const std::string& value = value_;
   Frame& parent = around();
-  if (operation.has_value() && goes(*operation) && leaf.kind == NodeKind::kLeaf) {
+  if (own.has_value() && goes(*own) && leaf.kind == NodeKind::kLeaf) {
     // Which value it has does not matter, and none need be given.
     const bool valid =
         value.empty() || lyd_value_validate(schema_.context(), leaf.lysc, value.data(),
                                             value.size(), nullptr, nullptr, nullptr) == LY_SUCCESS;
     if (!valid) refuse_value(leaf, value);
-    note_removal(parent, {&leaf, *operation == Operation::kDelete, offset()});
+    note_removal(parent, {&leaf, *own == Operation::kDelete, offset()});
   } else {
     lyd_node* node = create_value(parent, leaf, value);
-    if (operation.has_value()) note(parent, node, *operation, offset());
+    if (own.has_value()) note(parent, node, *own, offset());
   }
   --depth_;
 }
@@ -506,8 +506,8 @@ ReadConfiguration TreeBuilder::take_configuration() {
   try {
     check_subtree(root_.get());
   } catch (const InvalidNode& error) {
-    const std::optional<std::size_t> offset = place_of(notes_.lines, error.node());
-    throw InputError(error.what(), line_at(locator_.text(), offset.value_or(0)));
+    const std::size_t place = place_of(notes_.lines, error.node()).value_or(0);
+    throw InputError(error.what(), line_at(locator_.text(), place));
   }
   bring_defaults(root_.get());
   return {std::move(root_), std::move(unordered_)};

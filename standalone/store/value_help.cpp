@@ -160,6 +160,7 @@ std::string words_of_pattern(const lysc_type* type, const ly_ctx* context) {
   LY_ARRAY_FOR(string->patterns, i) {
     const lysc_pattern& pattern = *string->patterns[i];
     if (pattern.emsg != nullptr && message == pattern.emsg) return pattern.emsg;
+    // cppcheck-suppress knownConditionTrueFalse; it sees one round of the loop
     if (pattern.emsg == nullptr && regex.empty()) regex = pattern.expr;
   }
   return regex.empty() ? "The model refuses it." : "It does not match " + excerpt(regex) + ".";

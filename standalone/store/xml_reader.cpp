@@ -95,12 +95,13 @@ class XmlReader {
     });
     XML_SetXmlDeclHandler(
         parser, [](void* self, const char* version, const char* encoding, int /*standalone*/) {
-          of(self).guarded([&](XmlReader& reader) { reader.check_declaration(version, encoding); });
+          of(self).guarded(
+              [&](const XmlReader& reader) { reader.check_declaration(version, encoding); });
         });
     XML_SetStartDoctypeDeclHandler(
         parser, [](void* self, const char* /*name*/, const char* /*system*/, const char* /*public*/,
                    int /*internal*/) {
-          of(self).guarded([](XmlReader& reader) {
+          of(self).guarded([](const XmlReader& reader) {
             reader.envelope_.fail("a DOCTYPE; a configuration is read without one");
           });
         });

@@ -99,6 +99,8 @@ class Wrappers:
         if tag.localname not in ("rpc", "edit-config", "config", "rpc-reply", "data"):
             raise Refused(f"the root {root.tag}")
         if tag.localname in ("rpc", "rpc-reply"):
+            if any(etree.QName(name).localname == "operation" for name in root.attrib):
+                raise Refused(f"an operation at {root.tag}")
             below = elements_of(root, self.doubts)
             wanted = "edit-config" if tag.localname == "rpc" else "data"
             if len(below) != 1 or below[0].tag != f"{{{NETCONF}}}{wanted}":

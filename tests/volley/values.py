@@ -69,7 +69,7 @@ class Type:
                 return self.string(value, doubts)
             if self.base == "enumeration":
                 return self.name(value)
-        raise BadValue(f"{value!r} is no {self.base}")
+        raise BadValue(f"{type(value).__name__} is no {self.base}")
 
     def first_member(self, read, value):
         for member in self.members:

@@ -13,6 +13,7 @@ namespace gponval {
 FileDescriptor FileDescriptor::open_to_lock(const std::filesystem::path& name) {
   constexpr int kHow = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   const int descriptor = ::open(name.c_str(), O_RDWR | kHow);
+  // cppcheck-suppress resourceLeak; the result owns it
   return FileDescriptor(descriptor >= 0 ? descriptor : ::open(name.c_str(), O_RDONLY | kHow));
 }
 
