@@ -25,7 +25,7 @@ using test::config;
 using Ids = std::vector<int>;
 using Order = Ids (*)(int);
 
-constexpr double kMostGrowth = 8;
+constexpr double kMostGrowth = 10;
 
 Ids ascending(int count) {
   Ids ids(count);
