@@ -76,7 +76,7 @@ bool is_known(const std::string& refusal, const std::string& text, const auto& d
 }
 
 /// A tree as lines in order, a node with its path, value and whether it came by itself; or why
-/// there is none.
+/// it was refused.
 struct Reading {
   std::vector<std::string> nodes;
   std::optional<std::string> refusal;
@@ -143,7 +143,7 @@ Reading read_by_libyang(const std::string& text, Format format) {
   return {nodes_of(tree.get()), std::nullopt};
 }
 
-// The first letter tells: a configuration in JSON begins with a brace, or with what is wrong.
+// The first letter decides: what does not begin with "<" is read as JSON.
 Format format_of_text(const std::string& text) {
   const std::size_t first = text.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
   return first != std::string::npos && text[first] == '<' ? Format::kXml : Format::kJson;

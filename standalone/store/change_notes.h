@@ -22,7 +22,7 @@ using LinesOfNodes = std::vector<std::pair<const lyd_node*, std::size_t>>;
 /// The place of the node, or of the nearest one around it that has one.
 std::optional<std::size_t> place_of(const LinesOfNodes& lines, const lyd_node* node);
 
-/// A leaf that goes. It needs no value, so no node of the edit's tree stands for it.
+/// A leaf that goes. It needs no value, so the edit's tree has no node for it.
 struct LeafRemoval {
   const SchemaNode* leaf = nullptr;
   bool must_exist = false;  ///< "delete" and not "remove"
