@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "source_texts.h"
+#include "tests/catalogue/dispatch_table.h"
 
 namespace docs {
 namespace {
@@ -35,18 +36,11 @@ struct Source {
   CodeTexts texts;
 };
 
-/// The requests by the names of their validators: the rows {validator, "request"} of the dispatch
-/// table.
+/// The requests by the names of their validators.
 std::map<std::string, std::string> requests_of_code() {
-  const std::string code = contents(std::filesystem::path(kSources) / "gpon_card_valid.cpp");
-  const std::size_t end = code.find("}};");
   std::map<std::string, std::string> requests;
-  for (std::size_t row = code.find("{{") + 2; (row = code.find('{', row)) < end; ++row) {
-    const std::size_t comma = code.find(',', row);
-    const std::size_t open = code.find('"', comma);
-    const std::size_t close = code.find('"', open + 1);
-    requests.emplace(code.substr(row + 1, comma - row - 1),
-                     code.substr(open + 1, close - open - 1));
+  for (const auto& [validator, request] : tarnd::test::dispatch_table(kSources)) {
+    requests.emplace(validator, request);
   }
   return requests;
 }

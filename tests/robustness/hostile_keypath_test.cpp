@@ -2,12 +2,11 @@
 // the process with the assertion that names what it expected, or answers as for a node that is not
 // there.
 
-#include <cstring>
 #include <functional>
 
-#include "gpon_vald_trace_itf.h"
-#include "standalone/middleware/trace.h"
-#include "tests/robustness/validations.h"
+#include "tests/catalogue/dispatch.h"
+#include "tests/support/assertion.h"
+#include "tests/support/card_fixture.h"
 #include "tests/support/platform_in_place.h"
 #include "valid_service_port.h"
 
@@ -22,22 +21,6 @@ using Elements = std::vector<std::vector<confd_value_t>>;
 const Outcome kAccepted{CONFD_OK, ""};
 const Outcome kRejectedSilently{CONFD_ERR, ""};
 constexpr const char* kConfdUnreadable = "Failed accessing confd data.";
-
-std::string regex_of(const std::string& plain) {
-  std::string regex;
-  for (const char c : plain) {
-    if (std::strchr("()[]{}.*+?^$|\\", c) != nullptr) regex += '\\';
-    regex += c;
-  }
-  return regex;
-}
-
-/// All that a failed assertion says: file, line, function with its signature, expectation.
-std::string assertion(const std::string& source, const std::string& function,
-                      const std::string& expectation) {
-  return ": src/validation/" + regex_of(source) + "\\.cpp:[1-9][0-9]*: .*[ :]" + function +
-         "\\(.*\\): Assertion `" + regex_of(expectation) + "' failed\\.";
-}
 
 /// The keypath of a leaf of interface 1/1/1.
 confd_hkeypath_t link_leaf(std::uint32_t leaf, std::uint32_t list) {
@@ -54,81 +37,6 @@ class HostileContext : public CardFixture {
 };
 
 // ---- Answers
-
-struct AnswerRow {
-  const char* request;
-  Outcome outcome;
-};
-
-/// What remains of a keypath without elements, for those who do not insist on one.
-const std::vector<AnswerRow>& empty_keypath_rows() {
-  static const std::vector<AnswerRow> rows{
-      // A link without slot and port cannot be queried.
-      {"onu_bw_check", kRejectedSilently},
-      {"ponlink_bw_check", kAccepted},
-      // No change is found there.
-      {"config_modified_check", kAccepted},
-      {"one_shot_prov_check", kAccepted},
-      // Changes there cannot be told.
-      {"sp_gem_check", kRejectedSilently},
-      {"service_port_global_validation", kRejectedSilently},
-      // The node is taken for an existing one, whose leaves cannot be read.
-      {"onu_gateway_ip_check", kRejectedSilently},
-      // A profile without a name is not committed.
-      {"line_confirmation_warning", kAccepted},
-      {"rg_profile_confirmation_warning", kAccepted},
-      {"tr069_profile_confirmation_warning", kAccepted},
-      {"sip_agent_profile_confirmation_warning", kAccepted},
-      {"voip_media_profile_confirmation_warning", kAccepted},
-      // A list that is none has no entries.
-      {"rg_profile_ssid_unique_check", kAccepted},
-      {"itf_grp_validation", kAccepted},
-      // The keypath is not looked at.
-      {"onu_snmp_rt_warn", kAccepted},
-      {"interface_gpon_validation", kAccepted},
-      {"interface_xgs_validation", kAccepted},
-      {"service_port_delete_all_warning_check", kAccepted},
-  };
-  return rows;
-}
-
-TEST_F(HostileContext, AKeypathWithoutElementsIsAnswered) {
-  for (const TraceLevel level : {TraceLevel::kOff, TraceLevel::kDetail}) {
-    for (const AnswerRow& row : empty_keypath_rows()) {
-      start_trace(level);
-      testing::internal::CaptureStderr();
-      EXPECT_EQ(ask(row.request, keypath({})), row.outcome) << row.request;
-      testing::internal::GetCapturedStderr();
-      start_trace(TraceLevel::kOff);
-    }
-  }
-}
-
-TEST_F(HostileContext, AKeypathOfImpossibleLengthIsAnsweredAsOneWithoutElements) {
-  for (const int length : {-1, MAXDEPTH + 1, 1000000}) {
-    for (const AnswerRow& row : empty_keypath_rows()) {
-      // Such a keypath still has its elements: the check finds slot and port.
-      if (std::string(row.request) == "onu_bw_check") continue;
-      confd_hkeypath_t path = keypath({});
-      path.len = length;
-      EXPECT_EQ(ask(row.request, path), row.outcome) << row.request << " " << length;
-    }
-  }
-}
-
-TEST_F(HostileContext, AKeypathOfTagsOnlyIsAnswered) {
-  Elements tags(MAXDEPTH, {tag(base_onu)});
-  for (const AnswerRow& row : empty_keypath_rows()) {
-    EXPECT_EQ(ask(row.request, keypath(tags)), row.outcome) << row.request;
-  }
-}
-
-TEST_F(HostileContext, AKeypathOfUnknownTagsIsAnswered) {
-  for (const AnswerRow& row : empty_keypath_rows()) {
-    EXPECT_EQ(ask(row.request, keypath({{tag(1)}, {tag(2)}, {tag(3)}})), row.outcome)
-        << row.request;
-  }
-}
 
 TEST_F(HostileContext, TheOnuListAloneIsNoListOfAnyLink) {
   EXPECT_EQ(ask("onu_gem_check", keypath({{tag(base_onu)}})), kRejectedSilently);
@@ -191,7 +99,6 @@ confd_hkeypath_t mode_with(int key) {
 }
 
 std::vector<AssertionRow> assertion_rows() {
-  const auto empty = [] { return keypath({}); };
   const auto entry = [] { return keypath({{number(7)}, {number(7)}, {number(7)}}); };
   const auto fec = [] { return link_leaf(base_upstream_fec, base_gpon); };
   const auto mode = [] { return link_leaf(base_operation_mode, base_xgspon); };
@@ -201,22 +108,14 @@ std::vector<AssertionRow> assertion_rows() {
   constexpr const char* kProfileName = "(&keypath->v[2][0])->type == C_BUF";
   constexpr const char* kOneShotTag = "(&keypath->v[0][0])->type == C_XMLTAG";
   return {
-      {"vlan_match_check", empty, none(), "gpon_vlan_match", "validate_vlan_match", kProfileName},
       {"vlan_match_check", entry, none(), "gpon_vlan_match", "validate_vlan_match", kProfileName},
-      {"vlan_limit_check", empty, none(), "gpon_vlan_limit", "validate_vlan_limit", kProfileName},
       {"vlan_limit_check", entry, none(), "gpon_vlan_limit", "validate_vlan_limit", kProfileName},
-      {"onu_pwd_sn_unique_check", empty, none(), "gpon_onu_password_valid", "getAuthMethod",
-       "(&keypath->v[1][0])->type == C_UINT32"},
       {"onu_pwd_sn_unique_check",
        [] {
          return keypath({{tag(base_onu)}, {number(1)}});
        },
        none(), "gpon_onu_password_valid", "getAuthMethod", "(&keypath->v[1][1])->type == C_UINT32"},
-      {"onu_gem_check", empty, none(), "gpon_onu_gem_check", "validate_onu_gem_check",
-       "(&(keypath->v[0][0]))->type == C_XMLTAG"},
       {"onu_gem_check", entry, none(), "gpon_onu_gem_check", "validate_onu_gem_check",
-       "(&(keypath->v[0][0]))->type == C_XMLTAG"},
-      {"fec_confirmation_warning", empty, none(), kFec, "ponlink_fec_confirmation",
        "(&(keypath->v[0][0]))->type == C_XMLTAG"},
       {"fec_confirmation_warning", [] { return keypath({{tag(base_upstream_fec)}}); }, none(), kFec,
        "get_interface_path", "(&keypath->v[1][1])->type == C_UINT32"},
@@ -230,12 +129,8 @@ std::vector<AssertionRow> assertion_rows() {
        "(newval)->type == C_BOOL"},
       {"fec_confirmation_warning", fec, enumeration(1), kFec, "ponlink_fec_confirmation",
        "(newval)->type == C_BOOL"},
-      {"tr069_profile_password_length_check", empty, none(), "gpon_tr069_profile_validation", ".*",
-       "(newval)->type == C_BUF"},
-      {"tr069_profile_password_length_check", empty, number(25), "gpon_tr069_profile_validation",
+      {"tr069_profile_password_length_check", entry, number(25), "gpon_tr069_profile_validation",
        ".*", "(newval)->type == C_BUF"},
-      {"pon_mode_validation", empty, enumeration(1), kMode, kModeChecks,
-       "(&keypath->v[1][0])->type == C_UINT32"},
       {"pon_mode_validation", [] { return mode_with(0); }, enumeration(1), kMode, kModeChecks,
        "(&keypath->v[1][0])->type == C_UINT32"},
       {"pon_mode_validation", [] { return mode_with(1); }, enumeration(1), kMode, kModeChecks,
@@ -246,8 +141,6 @@ std::vector<AssertionRow> assertion_rows() {
        "(newMode)->type == C_ENUM_VALUE"},
       {"pon_mode_validation", mode, boolean(1), kMode, "pon_mode_validation",
        "(newMode)->type == C_ENUM_VALUE"},
-      {"rg_prof_one_shot_check", empty, none(), "gpon_onu_rg_profile_validation", ".*",
-       kOneShotTag},
       {"rg_prof_one_shot_check", entry, none(), "gpon_onu_rg_profile_validation", ".*",
        kOneShotTag},
   };
@@ -313,10 +206,9 @@ TEST_F(HostileContextDeathTest, AGroupedPortIsAnEnumeration) {
   InPlace::entry = [](maapi_cursor& cursor) {
     if (cursor.keys[0].type == C_ENUM_VALUE) cursor.keys[0] = number(1);
   };
-  const Validation& groupings = validation("itf_grp_validation");
+  const Scenario groupings = scenario("itf_grp_validation");
   EXPECT_EXIT(
-      dispatch(open(groupings.change), groupings.request, groupings.keypath),
-      testing::KilledBySignal(SIGABRT),
+      dispatch(open(groupings.change), groupings), testing::KilledBySignal(SIGABRT),
       assertion("gpon_itf_grp_validation", ".*", "(&port_cursor.keys[0])->type == C_ENUM_VALUE"));
 }
 
@@ -325,9 +217,8 @@ TEST_F(HostileContext, APortBeyondTheTableOfNamesIsNotLookedUp) {
   InPlace::entry = [](maapi_cursor& cursor) {
     if (cursor.keys[0].type == C_ENUM_VALUE) cursor.keys[0] = enumeration(6);
   };
-  const Validation& groupings = validation("itf_grp_validation");
-  ValidationSession& session = open(groupings.change);
-  EXPECT_EQ(dispatch(session, groupings.request, groupings.keypath), kRejectedSilently);
+  const Scenario groupings = scenario("itf_grp_validation");
+  EXPECT_EQ(dispatch(open(groupings.change), groupings), kRejectedSilently);
 }
 
 }  // namespace

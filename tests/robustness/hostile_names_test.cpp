@@ -10,7 +10,7 @@
 #include "gpon_card_valid.h"
 #include "standalone/confd/model.h"
 #include "standalone/middleware/trace.h"
-#include "tests/robustness/expected_trace.h"
+#include "tests/catalogue/expected_trace.h"
 #include "tests/support/model.h"
 #include "tests/support/own_model.h"
 
@@ -100,8 +100,8 @@ std::vector<std::string> plain_names() {
     names.insert(plain);
     return plain;
   };
-  whole_card(collect);
-  whole_validations(collect);
+  whole_card(Names(collect));
+  scenarios(Names(collect));
   return {names.rbegin(), names.rend()};
 }
 
@@ -143,22 +143,22 @@ const Outcome kNoGemOfNewPort{CONFD_ERR, "Service-port [4] gem [1] was not confi
 const Outcome kNoGemOfOldPort{CONFD_ERR, "Service-port [1] gem [1] was not configured to onu [1]"};
 
 /// Names, and in what they differ from plain ones.
-struct Names {
+struct HostileNames {
   std::string title;
   Naming naming;
   AnswersByName different{};
-  /// The validations that answer the same but read something else on the way, so that their records
+  /// The scenarios that answer the same but read something else on the way, so that their records
   /// are others.
   std::set<std::string> read_otherwise{};
-  /// The validations that end the process.
+  /// The scenarios that end the process.
   std::set<std::string> ending{};
 };
 
-void PrintTo(const Names& names, std::ostream* out) {
+void PrintTo(const HostileNames& names, std::ostream* out) {
   *out << names.title;
 }
 
-std::vector<Names> all_names() {
+std::vector<HostileNames> all_names() {
   // Cut to 48 characters a connection is another's and has no interface grouping; a longer line
   // profile of an ONU is not read at all.
   const std::set<std::string> cut_at_48{"itf_grp_validation", "onu_gem_check"};
@@ -215,7 +215,7 @@ std::vector<Names> all_names() {
   };
 }
 
-class NamesOfACard : public LooseNames, public testing::WithParamInterface<Names> {
+class NamesOfACard : public LooseNames, public testing::WithParamInterface<HostileNames> {
  protected:
   struct Answered {
     Outcome outcome;
@@ -224,9 +224,10 @@ class NamesOfACard : public LooseNames, public testing::WithParamInterface<Names
 
   /// Of the card with such names, all that do not end the process.
   std::map<std::string, Answered> ask_all(const Naming& naming) {
+    const Names n(naming);
     std::map<std::string, Answered> answers;
-    running(whole_card(naming));
-    for (const Validation& one : whole_validations(naming)) {
+    running(whole_card(n));
+    for (const Scenario& one : scenarios(n)) {
       if (GetParam().ending.contains(one.name)) continue;
       const Outcome outcome = ask(one.request, one.keypath, one.change);
       answers.emplace(one.name, Answered{outcome, records()});
@@ -236,7 +237,7 @@ class NamesOfACard : public LooseNames, public testing::WithParamInterface<Names
 };
 
 TEST_P(NamesOfACard, GetTheAnswersOfPlainOnes) {
-  const Names& names = GetParam();
+  const HostileNames& names = GetParam();
   const std::map<std::string, Answered> plain = ask_all(plain_name);
   for (const auto& [asked, answered] : ask_all(names.naming)) {
     const Outcome& of_plain = plain.at(asked).outcome;
@@ -252,7 +253,7 @@ TEST_P(NamesOfACard, GetTheAnswersOfPlainOnes) {
 
 // Whole and as they are: no record takes a name for its format or has too little room for it.
 TEST_P(NamesOfACard, StandInTheRecordsOfPlainOnes) {
-  const Names& names = GetParam();
+  const HostileNames& names = GetParam();
   const std::map<std::string, Answered> plain = ask_all(plain_name);
   for (const auto& [asked, answered] : ask_all(names.naming)) {
     if (names.different.contains(asked)) continue;
@@ -267,7 +268,7 @@ TEST_P(NamesOfACard, StandInTheRecordsOfPlainOnes) {
   }
 }
 
-std::string title_of(const testing::TestParamInfo<Names>& info) {
+std::string title_of(const testing::TestParamInfo<HostileNames>& info) {
   return info.param.title;
 }
 
@@ -276,9 +277,9 @@ INSTANTIATE_TEST_SUITE_P(Are, NamesOfACard, testing::ValuesIn(all_names()), titl
 using NamesOfACardDeathTest = NamesOfACard;
 
 TEST_P(NamesOfACardDeathTest, MakePathsToTcontsOfNoKnownSize) {
-  const Naming& naming = GetParam().naming;
-  running(whole_card(naming));
-  for (const Validation& one : whole_validations(naming)) {
+  const Names n(GetParam().naming);
+  running(whole_card(n));
+  for (const Scenario& one : scenarios(n)) {
     if (!GetParam().ending.contains(one.name)) continue;
     EXPECT_EXIT(ask(one.request, one.keypath, one.change), testing::ExitedWithCode(1),
                 "Fault 1 raised by ConfdGetObjsItf at src/validation/confd_get_objects_itf\\.cpp:.*"
@@ -287,9 +288,9 @@ TEST_P(NamesOfACardDeathTest, MakePathsToTcontsOfNoKnownSize) {
   }
 }
 
-std::vector<Names> fatal_names() {
-  std::vector<Names> names = all_names();
-  std::erase_if(names, [](const Names& some) { return some.ending.empty(); });
+std::vector<HostileNames> fatal_names() {
+  std::vector<HostileNames> names = all_names();
+  std::erase_if(names, [](const HostileNames& some) { return some.ending.empty(); });
   return names;
 }
 
@@ -318,9 +319,9 @@ std::string port(const std::string& name) {
 }
 
 const Outcome kPortUsedTwice{
-    CONFD_ERR, "Port eth1 untagged cannot be used in more than one interface grouping"};
+    CONFD_ERR, "Port eth1 untagged cannot be used in more than one interface grouping", 2};
 const Outcome kSameNetwork{
-    CONFD_ERR, "Network 10.0.0.1/24 from WAN b conflicts with network 10.0.0.1/24 from WAN a"};
+    CONFD_ERR, "Network 10.0.0.1/24 from WAN b conflicts with network 10.0.0.1/24 from WAN a", 1};
 
 TEST_F(LooseNames, TheKeypathOfAGatewayProfileIsCutAt255Characters) {
   const std::string network = element("ipv4-address", "10.0.0.1/24");
@@ -363,7 +364,8 @@ TEST_F(LooseNames, TheNameOfAConnectionIsCutAt48Characters) {
 TEST_F(LooseNames, TheListOfWlansIsCutAt8191Characters) {
   const Outcome repeated{CONFD_ERR,
                          "There are two or more WLANs with the same SSID. SSID must be unique "
-                         "within the RG profile."};
+                         "within the RG profile.",
+                         1};
   std::string wlans;
   for (const char* id : {"1", "2"}) {
     wlans += element("wlan", element("id", id) + element("ssid", element("custom", "Home")));
@@ -400,7 +402,8 @@ TEST_F(LooseNames, TheTextsHoldNamesAsTheyAre) {
                                      grouping("bridge", "%d", address))),
             (Outcome{CONFD_ERR,
                      "Network 10.0.0.1/24 from WAN %d conflicts with network 10.0.0.1/24 from WAN "
-                     "50%s%n'\u00e9"}));
+                     "50%s%n'\u00e9",
+                     1}));
   running(gpon_link(1, onu(1, uses_line(name))));
   EXPECT_EQ(ask("onu_bw_check", "/config/interface/gpon{1 1 1}/onu", ""),
             (Outcome{CONFD_ERR, "Line profile " + name + " doesn't not exist."}));

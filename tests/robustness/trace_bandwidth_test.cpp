@@ -1,6 +1,6 @@
 // The records of the bandwidth checks, path by path.
 
-#include "tests/robustness/expected_trace.h"
+#include "tests/catalogue/expected_trace.h"
 
 namespace tarnd::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "gpon_itf_valid.h"
 #include "gpon_onu_password_valid.h"
-#include "tests/robustness/expected_trace.h"
+#include "tests/catalogue/expected_trace.h"
 #include "tests/support/platform_in_place.h"
 
 namespace tarnd::test {

@@ -1,6 +1,6 @@
 // The records of the validators on profiles, path by path.
 
-#include "tests/robustness/expected_trace.h"
+#include "tests/catalogue/expected_trace.h"
 #include "tests/support/platform_in_place.h"
 
 namespace tarnd::test {

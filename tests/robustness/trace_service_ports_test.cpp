@@ -1,7 +1,7 @@
 // The records of the validators on service ports, path by path.
 
 #include "gpon_onu_gem_check.h"
-#include "tests/robustness/expected_trace.h"
+#include "tests/catalogue/expected_trace.h"
 #include "valid_service_port.h"
 
 // Last: it brings base.h, whose macros are plain words that other headers use.

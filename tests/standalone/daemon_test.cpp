@@ -369,7 +369,9 @@ TEST(ValidationPointsTest, LowerPrioritiesGoFirstThenTheModelsOrder) {
 }
 
 TEST(ValidationPointsTest, TheShippedModelHasThoseOfThisPlugInOnly) {
-  EXPECT_EQ(validation_points(test::model(), "gpon_validation_check").size(), 39U);
+  std::size_t points = 0;
+  for (const store::SchemaNode& node : test::model().nodes()) points += node.points.size();
+  EXPECT_EQ(validation_points(test::model(), "gpon_validation_check").size(), points);
   EXPECT_THAT(validation_points(test::model(), "another_point"), IsEmpty());
 }
 

@@ -27,15 +27,22 @@ class TraceCapture {
     start_trace(TraceLevel::kOff);
   }
 
-  /// Ends the capture and gives the records.
-  const std::vector<std::string>& records() {
+  /// Ends the capture and returns all that was written.
+  const std::string& written() {
     if (capturing_) {
       capturing_ = false;
-      std::istringstream lines(testing::internal::GetCapturedStderr());
+      written_ = testing::internal::GetCapturedStderr();
+      std::istringstream lines(written_);
       for (std::string line; std::getline(lines, line);) {
         records_.push_back(line);
       }
     }
+    return written_;
+  }
+
+  /// Ends the capture and returns the records.
+  const std::vector<std::string>& records() {
+    written();
     return records_;
   }
 
@@ -69,6 +76,7 @@ class TraceCapture {
 
  private:
   bool capturing_ = true;
+  std::string written_;
   std::vector<std::string> records_;
 };
 

@@ -7,7 +7,8 @@
 #include <vector>
 
 #include "standalone/middleware/trace.h"
-#include "tests/robustness/validations.h"
+#include "tests/catalogue/dispatch.h"
+#include "tests/support/card_fixture.h"
 
 namespace tarnd::test {
 

@@ -3,10 +3,11 @@
 #include <array>
 #include <cstdio>
 #include <memory>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "tests/catalogue/requests.h"
 
 namespace tarnd::test {
 namespace {
@@ -83,39 +84,9 @@ TEST(ExportedSymbols, WhatTheDaemonLooksUpHasItsPlainName) {
 }
 
 TEST(ExportedSymbols, EveryValidatorHasItsNameAndArguments) {
-  const std::vector<std::string> validators = {
-      "validate_max_bandwidth_ponlink",
-      "validate_max_bandwidth_global",
-      "validate_config_modify",
-      "validate_onu_gateway_ip",
-      "validate_vlan_match",
-      "validate_vlan_limit",
-      "validate_onu_pwd_sn_unique",
-      "validate_onu_gem_check",
-      "ponlink_fec_confirmation",
-      "line_profile_confirmation",
-      "rg_profile_confirmation",
-      "tr069_profile_confirmation",
-      "tr069_profile_password_length_check_func",
-      "rg_profile_ssid_unique_check_func",
-      "validate_sp_gem_check",
-      "service_port_global_validation",
-      "service_port_delete_all_warning",
-      "pon_mode_validation",
-      "onu_snmp_rt_confirmation",
-      "sip_agent_profile_confirmation",
-      "validate_itf_grp",
-      "validate_itf_gpon",
-      "validate_itf_xgspon",
-      "voip_media_profile_confirmation",
-      "validate_one_shot_prov",
-      "validate_rg_prof_one_shot",
-  };
-  ASSERT_EQ(std::set<std::string>(validators.begin(), validators.end()).size(), 26U);
   std::vector<std::string> names;
-  names.reserve(validators.size());
-  for (const std::string& validator : validators) {
-    names.push_back(validator + "(int, confd_trans_ctx*, confd_hkeypath*, confd_value*)");
+  for (const Request& request : requests()) {
+    names.push_back(request.validator + "(int, confd_trans_ctx*, confd_hkeypath*, confd_value*)");
   }
   EXPECT_EQ(missing(names, symbols("-C")), kNothing);
 }

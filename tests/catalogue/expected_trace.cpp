@@ -1,10 +1,12 @@
-#include "tests/robustness/expected_trace.h"
+#include "tests/catalogue/expected_trace.h"
 
 #include <algorithm>
 #include <array>
 #include <regex>
 #include <sstream>
 #include <string_view>
+
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -71,14 +73,11 @@ void expect_records(const Records& written, const Records& expected) {
 }
 
 Records traced(TraceLevel level, const std::function<void()>& run) {
-  start_trace(level);
-  testing::internal::CaptureStderr();
+  TraceCapture trace(level);
   run();
-  const std::string written = testing::internal::GetCapturedStderr();
-  start_trace(TraceLevel::kOff);
 
   Records records;
-  for (const std::string& text : split_records(written)) {
+  for (const std::string& text : split_records(trace.written())) {
     records.push_back(masked(without_line(text)));
   }
   return records;

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <map>
+#include <ostream>
+#include <set>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "standalone/platform_calls.h"
+#include "tests/catalogue/whole_card.h"
+
+namespace tarnd::test {
+
+/// What came of a call of the plug-in.
+struct Outcome {
+  int result = 0;
+  std::string text = {};      ///< the user's; empty when none was set
+  int cursors_left_open = 0;  ///< to the end of the transaction
+
+  // NOLINTNEXTLINE(modernize-use-nullptr): the zero is the compiler's
+  friend auto operator<=>(const Outcome&, const Outcome&) = default;
+};
+std::ostream& operator<<(std::ostream& out, const Outcome& outcome);
+
+/// The answers that the failure of one call may bring, and brings at one place or another.
+using Answers = std::set<Outcome>;
+/// No answer: the failure ends the process.
+extern const Answers kEndsTheProcess;
+using AnswersOfCalls = std::map<PlatformCall, Answers>;
+
+/// How many keypaths, values and names of nodes are made into texts.
+struct Prints {
+  std::uint64_t keypaths = 0;
+  std::uint64_t values = 0;
+  std::uint64_t names = 0;
+
+  friend bool operator==(const Prints&, const Prints&) = default;
+};
+
+/// What a call prints: for its verdict, and what the trace adds from the level FLOW on and from the
+/// level DETAIL on.
+struct Work {
+  Prints verdict = {};
+  Prints flow = {};
+  Prints detail = {};
+};
+
+/// One call of a validator as the daemon makes it, on the `whole_card` after a change that the
+/// validator has to follow to the end.
+struct Scenario {
+  std::string title =
+      {};  ///< how it differs from the request's first scenario, for which it is empty
+  std::string keypath = {};  ///< the request's instance when empty
+  std::string change = {};
+  Outcome answer = {};           ///< when no call fails, on a card with plain names
+  AnswersOfCalls failures = {};  ///< the failures that may change the answer; no other does
+  Work prints = {};
+
+  // Filled in by `requests`.
+  std::string request = {};
+  std::string name = {};  ///< the request and the title, such as "onu_gem_check_deleted"
+};
+std::ostream& operator<<(std::ostream& out, const Scenario& scenario);
+
+/// The process ends with a failed assertion in the request's source.
+struct Assertion {
+  std::string function;  ///< a regular expression
+  std::string expectation;
+};
+
+/// All that the tests know of a request. It is written down independently of the dispatch table and
+/// of the model, so that it can be held against both.
+struct Request {
+  std::string name = {};
+  std::string validator = {};
+  std::string source = {};                   ///< in src/validation, without ".cpp"
+  std::vector<std::string> unit_tests = {};  ///< in tests/unit, without ".cpp"
+  std::vector<std::string> nodes = {};  ///< where the model has its validation points, in its order
+  std::string instance = {};            ///< one of these nodes on the `whole_card`
+  /// What only this validator writes to the trace, or answers, when it is called for the instance
+  /// without a change. Its begin record when empty.
+  std::string sign = {};
+  /// At least one; more when no single change leads through all of the validator.
+  std::vector<Scenario> scenarios = {};
+  /// What becomes of a keypath without elements.
+  std::variant<Outcome, Assertion> without_elements = {};
+};
+
+/// Every request, in the order of the dispatch table.
+std::vector<Request> requests(const Names& n = Names(plain_name));
+
+/// The scenarios of all of them.
+std::vector<Scenario> scenarios(const Names& n = Names(plain_name));
+/// One of them by its name.
+Scenario scenario(const std::string& name);
+
+}  // namespace tarnd::test
