@@ -90,8 +90,12 @@ EditRecord* EditLog::add(EditRecord& parent, const SchemaNode& schema, lyd_node*
 }
 
 void EditLog::insert(lyd_node* parent, lyd_node* node) {
-  EditRecord* parent_record = track(parent);
   keeper_.insert(parent, node);
+  note_insertion(parent, node);
+}
+
+void EditLog::note_insertion(lyd_node* parent, lyd_node* node) {
+  EditRecord* parent_record = track(parent);
   if (parent_record == nullptr) return;
   grow(*parent_record, schema_of(node), 1);
   const auto found = gone_.find(Standing{parent_record, node});
@@ -106,7 +110,14 @@ void EditLog::insert(lyd_node* parent, lyd_node* node) {
 }
 
 void EditLog::remove(lyd_node* node) {
-  EditRecord* parent_record = track(&node->parent->node);
+  lyd_node* parent = &node->parent->node;
+  keeper_.unlink(node);
+  note_removal(parent, node);
+}
+
+// The node stands alone already.
+void EditLog::note_removal(lyd_node* parent, lyd_node* node) {
+  EditRecord* parent_record = track(parent);
   EditRecord* record = record_of(node);
   if (record != nullptr && record->tracked()) {
     // What is kept aside is the node as it was before all edits.
@@ -118,7 +129,6 @@ void EditLog::remove(lyd_node* node) {
     record->growth.clear();
   }
   by_node_.erase(node);
-  keeper_.unlink(node);
   if (parent_record == nullptr) {
     keeper_.free(node);
     return;
@@ -164,6 +174,82 @@ void EditLog::undo() {
     keeper_.free(root_);
     root_ = root_record_->before;
   }
+  forget();
+}
+
+void EditLog::set_aside(const EditRecord& record, lyd_node* parent) {
+  if (record.tracked()) {
+    for (auto child = record.children.rbegin(); child != record.children.rend(); ++child) {
+      set_aside(**child, record.after);
+    }
+    return;
+  }
+  if (record.after != nullptr) keeper_.unlink(record.after);
+  if (record.before != nullptr) keeper_.insert(parent, record.before);
+}
+
+void EditLog::set_aside() {
+  if (root_record_ == nullptr) return;
+  if (root_record_->tracked()) {
+    set_aside(*root_record_, nullptr);
+  } else {
+    root_ = root_record_->before;
+  }
+}
+
+void EditLog::bring_back(const EditRecord& record, lyd_node* parent) {
+  if (record.tracked()) {
+    for (const auto& child : record.children) bring_back(*child, record.after);
+    return;
+  }
+  if (record.before != nullptr) keeper_.unlink(record.before);
+  if (record.after != nullptr) keeper_.insert(parent, record.after);
+}
+
+void EditLog::bring_back() {
+  if (root_record_ == nullptr) return;
+  if (root_record_->tracked()) {
+    bring_back(*root_record_, nullptr);
+  } else {
+    root_ = root_record_->after;
+  }
+}
+
+void EditLog::take_over(EditLog& later) {
+  if (later.root_record_ == nullptr) return;
+  if (later.root_record_->tracked()) {
+    take_over_children(*later.root_record_);
+  } else {
+    take_over_root(*later.root_record_);
+  }
+  later.forget();
+}
+
+void EditLog::take_over_children(const EditRecord& record) {
+  for (const auto& child : record.children) {
+    if (child->tracked()) {
+      take_over_children(*child);
+      continue;
+    }
+    if (child->before != nullptr) note_removal(record.after, child->before);
+    if (child->after != nullptr) note_insertion(record.after, child->after);
+  }
+}
+
+void EditLog::take_over_root(const EditRecord& swapped) {
+  lyd_node* before = swapped.before;
+  if (root_record_ != nullptr && root_record_->tracked()) undo(*root_record_, nullptr);
+  if (root_record_ != nullptr && !root_record_->tracked()) {
+    before = root_record_->before;
+    keeper_.free(swapped.before);
+  }
+  forget();
+  root_record_ = std::make_unique<EditRecord>(
+      EditRecord{swapped.schema, nullptr, before, swapped.after, {}, {}});
+  by_node_[swapped.after] = root_record_.get();
+}
+
+void EditLog::forget() {
   root_record_.reset();
   by_node_.clear();
   gone_.clear();
@@ -176,9 +262,7 @@ void EditLog::keep(EditRecord& record) {
 
 void EditLog::keep() {
   if (root_record_ != nullptr) keep(*root_record_);
-  root_record_.reset();
-  by_node_.clear();
-  gone_.clear();
+  forget();
 }
 
 }  // namespace tarnd::store

@@ -46,6 +46,13 @@ class EditLog {
   void swap_root(lyd_node* root);
 
   void undo();
+  /// Takes the edits out of the tree, which then is as it was before them, and puts them in again.
+  /// In between nothing may be edited. Costs what the edits touched.
+  void set_aside();
+  void bring_back();
+  /// Makes the edits of another log of this tree, all later than its own, its own; that log is
+  /// empty afterwards.
+  void take_over(EditLog& later);
   /// Frees what was kept aside; nothing can be taken back afterwards.
   void keep();
 
@@ -85,7 +92,14 @@ class EditLog {
 
   EditRecord* track(lyd_node* node);
   EditRecord* add(EditRecord& parent, const SchemaNode& schema, lyd_node* before, lyd_node* after);
+  void note_insertion(lyd_node* parent, lyd_node* node);
+  void note_removal(lyd_node* parent, lyd_node* node);
   void undo(EditRecord& record, lyd_node* parent);
+  void set_aside(const EditRecord& record, lyd_node* parent);
+  void bring_back(const EditRecord& record, lyd_node* parent);
+  void take_over_children(const EditRecord& record);
+  void take_over_root(const EditRecord& swapped);
+  void forget();
   void keep(EditRecord& record);
 
   TreeKeeper& keeper_;

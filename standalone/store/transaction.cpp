@@ -12,9 +12,24 @@ namespace tarnd::store {
 
 class Transaction::Impl {
  public:
-  Impl(TreeKeeper& tree_keeper, lyd_node*& root) : keeper(tree_keeper), log(tree_keeper, root) {}
+  Impl(TreeKeeper& tree_keeper, lyd_node*& tree)
+      : keeper(tree_keeper), root(tree), log(tree_keeper, tree) {}
+
+  // A log of its own can be undone without the edits before. The first edit needs none.
+  void apply(Datastore& datastore, const ReadChange& change) {
+    EditLog own(keeper, root);
+    EditLog& used = log.root_record() == nullptr ? log : own;
+    try {
+      apply_edit(datastore, keeper, used, change);
+    } catch (...) {
+      used.undo();
+      throw;
+    }
+    log.take_over(own);
+  }
 
   TreeKeeper& keeper;
+  lyd_node*& root;
   EditLog log;
   std::optional<Change> changes;
   /// A whole new configuration stands here as it was read, and reading it validated it.
@@ -25,17 +40,19 @@ Transaction::Transaction(Datastore& datastore)
     : datastore_(datastore), impl_(std::make_unique<Impl>(*datastore.keeper_, datastore.root_)) {}
 
 Transaction::~Transaction() {
-  impl_->changes.reset();
-  impl_->log.undo();
+  discard();
 }
 
 void Transaction::edit(const std::string& text, Format format) {
+  const ReadChange change = read_change(datastore_.schema(), text, format);
+  impl_->changes.reset();
+  impl_->apply(datastore_, change);
   impl_->valid_as_read = false;
-  apply_edit(datastore_, impl_->keeper, impl_->log, read_change(datastore_.schema(), text, format));
 }
 
 void Transaction::replace(const std::string& text, Format format) {
   ReadConfiguration read = read_configuration(datastore_.schema(), text, format);
+  impl_->changes.reset();
   impl_->log.swap_root(read.root.release());
   impl_->keeper.unordered_lists.merge(read.unordered);
   impl_->valid_as_read = true;
@@ -43,6 +60,7 @@ void Transaction::replace(const std::string& text, Format format) {
 
 void Transaction::prepare() {
   const EditRecord* root = impl_->log.root_record();
+  impl_->changes.reset();
   if (root == nullptr) return;
   if (!impl_->valid_as_read) check_edits(*root);
   impl_->changes = change_tree(*root);
@@ -55,6 +73,23 @@ const Change* Transaction::changes() const {
 void Transaction::commit() {
   impl_->changes.reset();
   impl_->log.keep();
+}
+
+void Transaction::discard() {
+  impl_->changes.reset();
+  impl_->log.undo();
+}
+
+bool Transaction::is_edited() const {
+  return impl_->log.root_record() != nullptr;
+}
+
+CommittedSight::CommittedSight(const Transaction& transaction) : edits_(*transaction.impl_) {
+  edits_.log.set_aside();
+}
+
+CommittedSight::~CommittedSight() {
+  edits_.log.bring_back();
 }
 
 namespace {

@@ -41,10 +41,11 @@ class Transaction {
   ~Transaction();
 
   /// Applies edit-config content: merge by default, nc:operation on any element. Throws InputError;
-  /// the transaction can then only be given up.
+  /// the transaction is then as it was before this edit.
   void edit(const std::string& text, Format format);
 
-  /// Makes the text the whole new configuration. Throws InputError.
+  /// Makes the text the whole new configuration. Throws InputError; the transaction is then as it
+  /// was.
   void replace(const std::string& text, Format format);
 
   /// Ends the edits: brings defaults into effect, checks what was edited against the model and
@@ -54,8 +55,14 @@ class Transaction {
   /// After prepare(): the change of `config`, or null when nothing differs.
   [[nodiscard]] const Change* changes() const;
 
-  /// Keeps the tree as it is now.
+  /// Keeps the tree as it is now. What is edited afterwards can be committed again.
   void commit();
+
+  /// Takes back all that was edited since the last commit.
+  void discard();
+
+  /// True when something was edited since the last commit, also if nothing differs any more.
+  [[nodiscard]] bool is_edited() const;
 
   [[nodiscard]] Datastore& datastore() const { return datastore_; }
 
@@ -65,9 +72,24 @@ class Transaction {
   [[nodiscard]] std::size_t committed_entries(const Path& path) const;
 
  private:
+  friend class CommittedSight;
   class Impl;
   Datastore& datastore_;
   std::unique_ptr<Impl> impl_;
+};
+
+/// While it lives, the datastore shows what is committed and not what the open transaction edited;
+/// it can be read, searched and printed, not edited. At most one lives at a time. Costs what was
+/// edited, not what the configuration holds.
+class CommittedSight {
+ public:
+  explicit CommittedSight(const Transaction& transaction);
+  CommittedSight(const CommittedSight&) = delete;
+  CommittedSight& operator=(const CommittedSight&) = delete;
+  ~CommittedSight();
+
+ private:
+  Transaction::Impl& edits_;
 };
 
 }  // namespace tarnd::store

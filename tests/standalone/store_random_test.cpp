@@ -118,5 +118,96 @@ TEST(RandomEditsTest, GatheredChangesAreThoseOfTheWholeDifference) {
   }
 }
 
+std::string xml(const Datastore& datastore) {
+  return datastore.print(Format::kXml);
+}
+
+// All entries with the text of their leaves, found by key: what the indexes say.
+std::string entries_by_key(const Datastore& datastore) {
+  std::string text;
+  const SchemaNode& ports = *datastore.schema().root().child("service-port");
+  for (const lyd_node* port : datastore.entries(datastore.root(), ports)) {
+    const std::string id(value_text(child_instance(port, *ports.child("id"))));
+    const std::string keys[] = {id};
+    text += id + (datastore.entry(datastore.root(), ports, keys) == port ? " " : " lost ");
+  }
+  return text;
+}
+
+TEST(RandomEditsTest, WhatIsCommittedIsInSightWhileEditsAreOpen) {
+  for (unsigned seed = 0; seed < 400; ++seed) {
+    SCOPED_TRACE(seed);
+    RandomEdits random(seed);
+    Datastore datastore(test::model());
+    datastore.load(config(random.configuration()), Format::kXml);
+    const std::string before = xml(datastore);
+    const std::string entries_before = entries_by_key(datastore);
+    Transaction transaction(datastore);
+    for (int edit = 0; edit < 3; ++edit) {
+      if (seed % 8 == 7 && edit == 1) {
+        transaction.replace(config(random.configuration()), Format::kXml);
+      }
+      transaction.edit(config(random.edit()), Format::kXml);
+      // In every second run nothing else looks at the tree in between, and puts it in order.
+      const std::string edited = seed % 2 == 0 ? xml(datastore) : "";
+      const std::string entries_edited = entries_by_key(datastore);
+      {
+        const CommittedSight sight(transaction);
+        EXPECT_EQ(entries_by_key(datastore), entries_before);
+        ASSERT_EQ(xml(datastore), before);
+      }
+      EXPECT_EQ(entries_by_key(datastore), entries_edited);
+      if (seed % 2 == 0) {
+        ASSERT_EQ(xml(datastore), edited);
+      }
+    }
+    transaction.prepare();
+    const std::string changes = change_text(transaction);
+    { const CommittedSight sight(transaction); }
+    EXPECT_EQ(change_text(transaction), changes);
+    transaction.prepare();
+    EXPECT_EQ(change_text(transaction), changes);
+    transaction.discard();
+    ASSERT_EQ(xml(datastore), before);
+    EXPECT_EQ(entries_by_key(datastore), entries_before);
+    EXPECT_FALSE(transaction.is_edited());
+  }
+}
+
+// Applied in one transaction, with an edit in between that fails after it did a part of its work,
+// or each in a transaction of its own: the same configuration, and the same difference.
+TEST(RandomEditsTest, AnEditThatFailsLeavesThoseBeforeIt) {
+  const std::string fails =
+      "<interface nc:operation=\"remove\"/><profile nc:operation=\"remove\"/>"
+      "<service-port nc:operation=\"delete\"><id>77</id></service-port>";
+  for (unsigned seed = 0; seed < 400; ++seed) {
+    SCOPED_TRACE(seed);
+    RandomEdits random(seed);
+    Datastore one_by_one(test::model());
+    Datastore together(test::model());
+    const std::string configuration = config(random.configuration());
+    one_by_one.load(configuration, Format::kXml);
+    together.load(configuration, Format::kXml);
+    const std::string before = xml(together);
+    Transaction transaction(together);
+    for (int edit = 0; edit < 3; ++edit) {
+      const std::string text = config(random.edit());
+      Transaction single(one_by_one);
+      single.edit(text, Format::kXml);
+      single.commit();
+      transaction.edit(text, Format::kXml);
+      EXPECT_THROW(transaction.edit(config(fails), Format::kXml), InputError);
+      ASSERT_EQ(xml(together), xml(one_by_one));
+    }
+    transaction.prepare();
+    const std::string changes = change_text(transaction);
+    transaction.discard();
+    ASSERT_EQ(xml(together), before);
+    transaction.replace(xml(one_by_one), Format::kXml);
+    transaction.prepare();
+    EXPECT_EQ(change_text(transaction), changes);
+  }
+}
+
 }  // namespace
 }  // namespace tarnd::store
