@@ -134,6 +134,12 @@ Daemon::~Daemon() {
 }
 
 CommitReport Daemon::commit(store::Transaction& transaction, const CommitOptions& options) {
+  CommitReport report = check(transaction, options);
+  if (report.result == CommitResult::kAccepted) transaction.commit();
+  return report;
+}
+
+CommitReport Daemon::check(store::Transaction& transaction, const CommitOptions& options) {
   CommitReport report;
   const confd::Model& model = confd::load_model(datastore_.schema());
   {
@@ -146,7 +152,6 @@ CommitReport Daemon::commit(store::Transaction& transaction, const CommitOptions
     report.messages = session.messages();
   }
   report.result = conclude(report.answers, options);
-  if (report.result == CommitResult::kAccepted) transaction.commit();
   return report;
 }
 

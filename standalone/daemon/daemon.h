@@ -78,6 +78,9 @@ class Daemon {
   /// the caller to drop.
   CommitReport commit(store::Transaction& transaction, const CommitOptions& options);
 
+  /// The verdict of commit; the transaction stays open.
+  CommitReport check(store::Transaction& transaction, const CommitOptions& options);
+
   /// Dispatches one request with exactly this name on one keypath of the prepared transaction,
   /// never commits. The value is the node's new value in lexical form; without it the transaction's
   /// value is taken. Throws InputError for a keypath or value that the model does not know.

@@ -128,6 +128,29 @@ TEST_F(DaemonTest, NothingIsCalledWithoutAChange) {
   EXPECT_THAT(calls(port(1, "", "<upstream-rate>5</upstream-rate>")), IsEmpty());
 }
 
+TEST_F(DaemonTest, ACheckHasTheVerdictOfACommitAndKeepsNothing) {
+  running(port(1));
+  const std::string before = text();
+  for (const int result : {CONFD_OK, CONFD_VALIDATION_WARN, CONFD_ERR}) {
+    recorder.results["sp_gem_check"] = result;
+    recorder.calls.clear();
+    CommitReport checked;
+    {
+      store::Transaction transaction(datastore_);
+      transaction.edit(config(port(2)), Format::kXml);
+      transaction.prepare();
+      checked = daemon_->check(transaction, {});
+    }
+    EXPECT_EQ(text(), before);
+    const std::vector<std::string> checked_calls = recorder.calls;
+    const CommitReport committed = commit(port(2));
+    EXPECT_EQ(checked.result, committed.result);
+    EXPECT_EQ(checked.answers.size(), committed.answers.size());
+    EXPECT_EQ(checked_calls, recorder.calls);
+    commit(port(2, "remove"));
+  }
+}
+
 TEST_F(DaemonTest, AListInsideAListIsCalledForEachParent) {
   running(
       "<interface><gpon><chassis-id>1</chassis-id><slot-id>1</slot-id><port-id>1</port-id></gpon>"
