@@ -15,7 +15,8 @@ namespace tarnd {
 namespace {
 
 constexpr std::string_view kPrefix = "$8$";
-// No secret: it tells a workstation's values from those of a card, whose keys stay on the card.
+// The key is no secret. It differs from those of the cards, which never leave their card, so that a
+// value of a card is not taken for one of a workstation.
 constexpr std::string_view kKeyLabel = "tarnd stand-alone workstation, encrypted strings";
 constexpr std::size_t kKeySize = 16;
 constexpr std::size_t kIvSize = 16;
@@ -41,7 +42,7 @@ const std::array<unsigned char, SHA256_DIGEST_LENGTH>& keys() {
   return made;
 }
 
-// The IV follows from the clear text: equal texts look equal, and a wrong key is noticed.
+// The IV is computed from the clear text: equal texts have equal forms, and a wrong key is noticed.
 std::array<unsigned char, kIvSize> iv_of(std::string_view clear) {
   std::array<unsigned char, SHA256_DIGEST_LENGTH> digest = {};
   HMAC(EVP_sha256(), keys().data() + kKeySize, kKeySize, bytes_of(clear), clear.size(),
@@ -51,7 +52,7 @@ std::array<unsigned char, kIvSize> iv_of(std::string_view clear) {
   return iv;
 }
 
-// CFB turns a text into one of the same length, in both directions.
+// Encrypts or decrypts; in CFB mode clear and encrypted text have the same length.
 void run_cipher(bool encrypting, const unsigned char* iv, const unsigned char* in, std::size_t size,
                 unsigned char* out) {
   const CipherContext context(EVP_CIPHER_CTX_new(), EVP_CIPHER_CTX_free);
@@ -111,7 +112,8 @@ std::string encrypt_string(std::string_view clear) {
 }
 
 std::optional<std::string> decrypt_string(std::string_view encrypted) {
-  // Decrypted where it is returned: a short text that is moved leaves a copy behind.
+  // Decrypted into the returned object, because moving a short text would leave a copy of it in
+  // memory.
   std::optional<std::string> clear;
   if (!decrypt(encrypted, clear.emplace())) clear.reset();
   return clear;

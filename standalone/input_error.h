@@ -13,7 +13,7 @@ class InputError : public std::runtime_error {
   explicit InputError(const std::string& text, std::size_t line = 0)
       : std::runtime_error(text), line_(line) {}
 
-  /// Where in the text that was read, counted from 1; 0 when no line is to blame.
+  /// The line of the text that was read, counted from 1, or 0 if the error is in no single line.
   [[nodiscard]] std::size_t line() const { return line_; }
 
  private:

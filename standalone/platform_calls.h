@@ -8,7 +8,7 @@
 
 namespace tarnd {
 
-/// Every call that the platform offers to a plug-in, one enumerator a function.
+/// Every call that the platform offers a plug-in, named as the function.
 enum class PlatformCall : std::uint8_t {
 #define TARND_PLATFORM_CALL(name) name,
 #include "standalone/platform_calls.def"
@@ -19,14 +19,14 @@ enum class PlatformCall : std::uint8_t {
 /// The function's own name, such as "maapi_exists".
 std::string_view to_string(PlatformCall call);
 
-/// Looks at each platform call before it runs; false makes that call fail the way it fails when
-/// the platform does not answer. A call that cannot fail ignores the answer.
+/// Is asked before each platform call. If it returns false, the call fails as if the platform did
+/// not answer; a call that cannot fail ignores the result.
 using CallHook = std::function<bool(PlatformCall)>;
 
-/// Installs the hook, an empty one removes it. The hook stays with the process.
+/// Installs a hook in place of the one before; an empty hook removes it.
 void set_call_hook(CallHook hook);
 
-/// Counts the call and asks the hook. Every platform function calls it once, first.
+/// Counts the call and asks the hook. Every platform function begins with it.
 bool enter_platform_call(PlatformCall call);
 
 /// Looks at each path that a platform call is given, as its format and arguments make it.

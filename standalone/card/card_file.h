@@ -14,10 +14,10 @@ struct CardDescription {
   std::optional<std::uint32_t> manageable_links;
   std::optional<std::uint32_t> max_service_ports;
   std::optional<bool> xgspon;
-  bool init_fails = false;        ///< for tests: fm_init answers a failure
-  bool local_slot_fails = false;  ///< for tests: fm_local_slot answers a failure
+  bool init_fails = false;        ///< for tests: fm_init fails
+  bool local_slot_fails = false;  ///< for tests: fm_local_slot fails
 
-  /// The card that is played without a card file: bandwidth check, 128 ONUs a link, nothing else.
+  /// The card that is used without a card file: bandwidth check, 128 ONUs a link, nothing else.
   static CardDescription standard();
 };
 

@@ -15,7 +15,7 @@ CardDescription& inserted_card() {
   return card;
 }
 
-// The services leave the caller's variable alone where the card does not define the capability.
+// If the card does not define the capability, the caller's variable keeps its value.
 template <typename Value>
 int answer(PlatformCall call, const std::optional<Value>& capability, Value* result) {
   if (!enter_platform_call(call) || !capability.has_value()) return kFailed;
@@ -23,7 +23,7 @@ int answer(PlatformCall call, const std::optional<Value>& capability, Value* res
   return kDone;
 }
 
-// The board's functions; they are only handed out where the card defines their figure.
+// The board's functions. The calls below return them only if the card defines the figure.
 std::uint32_t board_onus_per_link(std::uint32_t /*argument*/) {
   return inserted_card().onus_per_link.value_or(0);
 }

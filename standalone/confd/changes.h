@@ -7,13 +7,13 @@
 
 namespace tarnd::confd {
 
-/// A node that tells where the change is; of a leaf-list any value.
+/// A node of the change, after it or else before it; for a leaf-list any of its values.
 const lyd_node* node_of(const store::Change& change);
 
-/// True where the step names the node: an entry with its keys, or any node where it has none.
+/// Whether the step names the node. A step without keys names every entry of its list.
 bool names(const store::PathStep& step, const lyd_node* node);
 
-/// The change that the steps below another one lead to, or null.
+/// The change that the steps lead to from another one, or null.
 const store::Change* find_change(const store::Change& change,
                                  std::span<const store::PathStep> steps);
 

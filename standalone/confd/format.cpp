@@ -15,7 +15,7 @@ bool add_values(std::string& text, const confd_value_t* values, int count) {
   return true;
 }
 
-// A keypath begins the path; of its elements the outermost `count` are taken.
+// A keypath must begin the path. Of its elements, the outermost `count` are taken.
 bool add_keypath(std::string& text, const confd_hkeypath_t* keypath, int count) {
   if (!text.empty() || keypath == nullptr) return false;
   if (keypath->len > MAXDEPTH || count < 0 || count > keypath->len) return false;
@@ -27,12 +27,12 @@ bool add_keypath(std::string& text, const confd_hkeypath_t* keypath) {
   return keypath != nullptr && add_keypath(text, keypath, keypath->len);
 }
 
-// The arguments of one call. A type of its own, so that it can be handed on by reference.
+// The arguments of one call. In a type of its own, a va_list can be passed by reference.
 struct Arguments {
   std::va_list list;
 };
 
-// Reads the directive behind a '%' and moves over it.
+// Reads the conversion after a '%' and removes it from the format.
 bool add_directive(std::string& text, std::string_view& format, Arguments& arguments) {
   const bool counted = format.starts_with('*');
   const int count = counted ? va_arg(arguments.list, int) : 1;

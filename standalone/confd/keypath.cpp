@@ -32,7 +32,7 @@ void add_keys(const Model& model, const lyd_node* entry, confd_hkeypath_t& keypa
   CONFD_SET_NOEXISTS(element);
 }
 
-// From the inside out, as the elements of a keypath stand.
+// A keypath begins with its innermost element: first the keys of an entry, then the list's name.
 void add_node(const Model& model, const lyd_node* node, confd_hkeypath_t& keypath) {
   const SchemaNode& schema = store::schema_of(node);
   if (schema.kind == NodeKind::kList) add_keys(model, node, keypath);

@@ -8,12 +8,12 @@
 
 namespace tarnd::confd {
 
-/// Writes the keypath of the last node of a trail that leads to it from the root on. Keys belong to
-/// the configuration, as with leaf_value().
+/// Writes the keypath of the last node of a trail, which begins at the root. The keys belong to the
+/// configuration, as with leaf_value().
 void set_keypath(const Model& model, std::span<const lyd_node* const> trail,
                  confd_hkeypath_t& keypath);
 
-/// The same for a node that stands in a tree.
+/// The same for a node in a tree.
 void set_keypath(const Model& model, const lyd_node* node, confd_hkeypath_t& keypath);
 
 /// A keypath that owns its keys.
@@ -21,8 +21,8 @@ class OwnedKeypath {
  public:
   /// The keypath of a node.
   OwnedKeypath(const Model& model, const lyd_node* node);
-  /// The keypath of a path, whether its nodes exist or not. Throws InputError for keys that
-  /// their types do not know.
+  /// The keypath of a path, even if its nodes do not exist. Throws InputError if a key is no value
+  /// of its type.
   OwnedKeypath(const Model& model, const store::Path& path);
   OwnedKeypath(const OwnedKeypath&) = delete;
   OwnedKeypath& operator=(const OwnedKeypath&) = delete;

@@ -47,7 +47,7 @@ Model::Model(const store::Schema& schema) : schema_(schema), numbers_(read_numbe
       link = &cs.next;
     }
   }
-  // From the last to the first: a node's children stand behind it.
+  // From the last node to the first, since a node's blank array needs those of its children.
   std::for_each(nodes_.rbegin(), nodes_.rend(), [&](ModelNode& node) { make_blank(node); });
 }
 
@@ -84,8 +84,8 @@ const lysc_type* type_of(const store::SchemaNode& leaf) {
 }
 
 const Model& load_model(const store::Schema& schema) {
-  // Applications may keep schema nodes for good, so no model ever goes. A later schema may stand
-  // where an earlier one stood.
+  // Applications may keep schema nodes as long as they like, so no model is ever freed. A later
+  // schema may have the address of an earlier one, hence the comparison.
   static std::deque<Model> models;
   if (loaded != nullptr && loaded->describes(schema)) return *loaded;
   for (Model& model : models) {

@@ -8,7 +8,7 @@
 #include "model/name_numbers.h"
 #include "standalone/store/schema.h"
 
-/// A leaf's type: the leaf itself knows it.
+/// A leaf's type is known by the leaf.
 struct confd_type {
   const tarnd::store::SchemaNode* leaf = nullptr;
 };
@@ -23,8 +23,8 @@ struct ModelNode {
   std::uint32_t number = 0;
   confd_type type;
   confd_cs_node cs = {};
-  /// The value array of an entry or container in which nothing is set, and where in that of its
-  /// parent the node's own values begin.
+  /// The value array of an entry or container in which nothing is set, and the index at which the
+  /// node's own values begin in the array of its parent.
   std::vector<confd_value_t> blank;
   int offset = 0;
 };
@@ -49,7 +49,7 @@ class Model {
     return &nodes_[schema.position].cs;
   }
 
-  /// The model is still the one of that schema.
+  /// Whether this is still the model of that schema.
   [[nodiscard]] bool describes(const store::Schema& schema) const;
 
  private:
@@ -63,8 +63,8 @@ class Model {
 /// The type of a leaf or leaf-list.
 const lysc_type* type_of(const store::SchemaNode& leaf);
 
-/// The model of the schema, made at the first call and kept for the life of the process. It becomes
-/// the model that the helpers without a session answer for.
+/// The model of the schema, made at the first call and kept for the life of the process. From then
+/// on it is the model of the calls that have no session, such as confd_hash2str.
 const Model& load_model(const store::Schema& schema);
 
 /// The model loaded last, or null before the first.

@@ -16,7 +16,7 @@
 namespace tarnd {
 
 /// What the platform keeps for one validation session. Sockets, handles and all other numbers come
-/// from one counter, so none is ever taken for another.
+/// from one counter, so a socket passed as a handle, for example, is found out.
 struct SessionState {
   explicit SessionState(store::Transaction& session_transaction);
   SessionState(const SessionState&) = delete;
@@ -35,14 +35,15 @@ struct SessionState {
 
   std::unordered_map<std::uintptr_t, confd::Cursor> cursors;
   std::unordered_map<int, confd::Query> queries;
-  std::vector<int> cdb_sockets;  ///< of the open configuration sessions, the latest last
+  std::vector<int> cdb_sockets;  ///< of the open configuration sessions, in order of opening
   bool crypto_keys_installed = false;
 };
 
-/// A number that nothing else has, greater than 0.
+/// A number greater than 0 that was not returned before.
 int next_number();
 
-/// The live session with that socket and handle, or null; likewise by what else names one.
+/// The live session with that socket and handle, or null. The others find it by another of its
+/// numbers.
 SessionState* find_session(int maapi_socket, int thandle);
 SessionState* find_session_by_socket(int maapi_socket);
 SessionState* find_session_by_handle(int thandle);
@@ -50,7 +51,7 @@ SessionState* find_session_by_cdb_socket(int cdb_socket);
 SessionState* find_session_by_opaque(const void* vcb_opaque);
 SessionState* find_session_by_user(int usid);
 SessionState* find_session_with_cursor(std::uintptr_t cursor);
-/// A live session through which the keys of encrypted leaves are known, or null.
+/// A live session that has installed the keys of encrypted leaves, or null.
 SessionState* find_session_with_crypto_keys();
 
 }  // namespace tarnd

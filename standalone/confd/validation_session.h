@@ -32,13 +32,13 @@ class ValidationSession {
   /// The request name that the next call of the plug-in finds in `validate_opaque`; also forgets
   /// the error text of the call before. The text is copied.
   void begin_request(const std::string& name);
-  /// The text that confd_trans_seterr set since begin_request; empty where it was not called.
+  /// The text that confd_trans_seterr set since begin_request; nothing if it was not called.
   [[nodiscard]] std::optional<std::string> error_text() const;
 
   /// What maapi_prio_message sent to this user's session, in order.
   [[nodiscard]] const std::vector<std::string>& messages() const;
 
-  /// What is open at this moment: a validator's tidiness can be held against it.
+  /// What is open at this moment, for checking that a validator has closed everything.
   struct OpenResources {
     int cursors = 0;
     int queries = 0;

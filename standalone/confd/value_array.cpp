@@ -12,7 +12,8 @@ namespace {
 using store::NodeKind;
 using store::SchemaNode;
 
-// Begins with the array in which nothing is set and puts in what is set, from front to back.
+// Writes the array of an instance in which nothing is set, and then replaces what is set, from
+// front to back.
 class Writer {
  public:
   Writer(const Model& model, confd_value_t* values, int room)
@@ -26,7 +27,8 @@ class Writer {
   }
 
  private:
-  // Puts in what stands in the instance, whose own values begin at `base` before any was moved.
+  // Writes the values of the instance's children. `base` is where they begin if no presence
+  // container before them exists; each that exists moves them back, by moved_ in all.
   void fill(const lyd_node* instance, int base) {
     const lyd_node* child = lyd_child(instance);
     while (child != nullptr) {
@@ -55,7 +57,8 @@ class Writer {
     }
   }
 
-  // A container with presence has one value while it is away; what follows it moves back.
+  // A container with presence has one value if it does not exist. If it does, its children follow
+  // and move all later values back.
   void put_presence(const ModelNode& node, const lyd_node* instance, int at) {
     if (at + moved_ < room_) values_[at + moved_] = tag_value(model_, *node.schema);
     insert_blank(*node.schema, at + moved_ + 1);

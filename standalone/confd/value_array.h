@@ -6,7 +6,7 @@
 namespace tarnd::confd {
 
 /// Writes the value array of an entry or container, depth first: at most `room` values, which own
-/// their memory. Gives the number of values that the whole array has.
+/// their memory. Returns the number of values that the whole array has.
 int write_value_array(const Model& model, const lyd_node* instance, confd_value_t* values,
                       int room);
 

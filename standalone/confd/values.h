@@ -9,12 +9,12 @@
 
 namespace tarnd::confd {
 
-/// The value of a leaf as it stands. Its text belongs to the configuration: it lives as long as the
-/// leaf stands unchanged, and nobody frees it.
+/// The value of a leaf. Its text belongs to the configuration: nobody frees it, and it lives until
+/// the leaf changes or goes.
 confd_value_t leaf_value(const Model& model, const lyd_node* leaf);
 
-/// A copy with memory of its own, for an application that gives it to confd_free_value. The value
-/// is none of a list.
+/// A copy with memory of its own, for an application that frees it with confd_free_value. The value
+/// may be anything but a C_LIST.
 confd_value_t own_value(confd_value_t value);
 confd_value_t own_leaf_value(const Model& model, const lyd_node* leaf);
 
@@ -24,11 +24,11 @@ confd_value_t own_list_value(const Model& model, std::span<const lyd_node* const
 /// The tag of a node as a value.
 confd_value_t tag_value(const Model& model, const store::SchemaNode& node);
 
-/// Copies a text with its NUL into an application's buffer, or fails and leaves the buffer as it
-/// was where it does not fit.
+/// Copies a text with its NUL into an application's buffer. If it does not fit, the call fails and
+/// the buffer stays as it was.
 int copy_text(const confd_buf_t& text, char* buf, int size);
 
-/// Frees what the value points to and leaves it pointing nowhere.
+/// Frees what the value points to, and sets the pointer to null.
 void release(confd_value_t& value);
 
 /// Owns what its value points to.
@@ -44,7 +44,7 @@ class OwnedValue {
 
   [[nodiscard]] const confd_value_t& get() const { return value_; }
   [[nodiscard]] confd_value_t* data() { return &value_; }
-  /// Hands the value on; what remains is C_NOEXISTS.
+  /// Returns the value, which the caller then owns; C_NOEXISTS remains.
   confd_value_t take();
 
  private:
@@ -52,7 +52,7 @@ class OwnedValue {
 };
 
 /// A leaf's value from its text, in the lexical form of a configuration file: clear text of an
-/// encrypted leaf is encrypted. Nothing where the type does not have that value.
+/// encrypted leaf is encrypted. Nothing if the text is no value of the leaf's type.
 std::optional<OwnedValue> parse_value(const Model& model, const store::SchemaNode& leaf,
                                       std::string_view text);
 

@@ -19,9 +19,9 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
-// What stands between the parentheses of "count(...)". Where the last one does not close the first,
-// what stands between them is no expression, and is found to be none when it is evaluated: then the
-// whole is something else than a count.
+// The text between the first and the last parenthesis of "count(...)". These may not belong
+// together, as in "count(a) + count(b)": then the text is no expression, which shows when it is
+// evaluated.
 std::optional<std::string> counted_path(std::string_view expression) {
   expression = trimmed(expression);
   if (!expression.starts_with(kCount) || !expression.ends_with(')')) return std::nullopt;
@@ -35,8 +35,9 @@ bool begins_step(char c) {
   return c == '*' || c == '/' || c == '_' || std::isalpha(static_cast<unsigned char>(c)) != 0;
 }
 
-// The document root is part of a node set, but no node of the tree. Only a lone "/", the steps "."
-// and "..", spelt-out axes and functions lead to it.
+// Whether a node set may hold the document root, which is no node of the tree. Only a lone "/", the
+// steps
+// "." and "..", axes such as "self::" and functions lead to it.
 bool may_name_root(std::string_view path) {
   if (path.find_first_of(".(") != std::string_view::npos ||
       path.find("::") != std::string_view::npos) {
@@ -50,8 +51,8 @@ bool may_name_root(std::string_view path) {
   return false;
 }
 
-// Where the predicates of a path open, outside other predicates; nothing where the expression is
-// more than one path from the root.
+// The positions at which the outer predicates of a path open; nothing if the expression is not one
+// path from the root.
 std::optional<std::vector<std::size_t>> predicates_of_path(std::string_view expression) {
   constexpr std::string_view kPathMarks = "/_-.:*@";
   if (!expression.starts_with('/')) return std::nullopt;
@@ -77,7 +78,7 @@ std::optional<std::vector<std::size_t>> predicates_of_path(std::string_view expr
   return opens;
 }
 
-// XPath's string value of a node: the texts of its leaves, one behind the other.
+// XPath's string value of a node: the texts of its leaves, joined.
 std::string string_value(const lyd_node* node) {
   if ((node->schema->nodetype & (LYS_LEAF | LYS_LEAFLIST)) != 0) {
     return std::string(store::value_text(node));
@@ -112,8 +113,9 @@ XPath::Outcome XPath::find(const std::string& expression, std::vector<const lyd_
   return Outcome::kNodes;
 }
 
-// libyang takes a condition with "and" or "or" for the path's own value where it has no node to
-// hold it against. A well-formed path that ends at such a place names nothing.
+// If no node is left to apply a condition with "and" or "or" to, libyang takes the condition's
+// value for that of the path, and finds no node set. Such a path, if it is well formed, names
+// nothing.
 bool XPath::names_nothing(const std::string& expression) {
   const std::string path(trimmed(expression));
   const auto predicates = predicates_of_path(path);
@@ -164,7 +166,7 @@ std::optional<std::string> XPath::count(const std::string& path, std::size_t fou
   return std::nullopt;
 }
 
-// libyang tells the value of a condition only. A truth value is what is equal to one both as a
+// libyang evaluates conditions only. The expression is a truth value if it equals one both as a
 // text and as a number.
 std::optional<std::string> XPath::truth_value(const std::string& expression) {
   const std::string as_text = "string(" + expression + ")=";

@@ -14,12 +14,12 @@ class XPath {
  public:
   XPath(const store::Datastore& datastore, const lyd_node* context);
 
-  /// The nodes that the expression names, in the order of the tree. Nothing where it is malformed
-  /// or no node set; error() tells why.
+  /// The nodes that the expression names, in the order of the tree. Nothing if it is malformed or
+  /// its value is no node set; error() has the reason.
   std::optional<std::vector<const lyd_node*>> nodes(const std::string& expression);
 
-  /// The expression's value as text, like XPath's string(): of a node set (the first node's), of
-  /// a truth value, and of count() of a node set. Nothing for anything else.
+  /// The expression's value as XPath's string() writes it: of a node set (its first node), of a
+  /// truth value, or of count() of a node set. Nothing for any other expression.
   std::optional<std::string> text(const std::string& expression);
 
   [[nodiscard]] const std::string& error() const { return error_; }

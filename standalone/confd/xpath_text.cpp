@@ -17,7 +17,8 @@ bool continues_name(char c) {
   return begins_name(c) || c == '-' || c == '.' || std::isdigit(static_cast<unsigned char>(c)) != 0;
 }
 
-// Operands with one operator between them, told as a comparison of a number.
+// Joins operands by a product ("and") or a sum ("or") of truth values, which is greater than 0 if
+// the condition holds.
 std::string combined(const std::vector<std::string>& operands, char arithmetic) {
   if (operands.size() == 1) return operands.front();
   std::string text = "(";
@@ -28,13 +29,14 @@ std::string combined(const std::vector<std::string>& operands, char arithmetic) 
   return text + ">0)";
 }
 
-// A condition that is true or false of a node wherever it stands.
+// A condition that does not depend on its place among other predicates, as [2] does.
 bool is_comparison(std::string_view operand) {
   return operand.find_first_of("=<>") != std::string_view::npos &&
          operand.find_first_of("([") == std::string_view::npos;
 }
 
-// An expression as it is read: alternatives of operands that hold together.
+// An expression while it is read: operands joined by "and" form an alternative, alternatives are
+// joined by "or".
 class Expression {
  public:
   void add(std::string_view text) { operand_ += text; }
@@ -47,8 +49,8 @@ class Expression {
     next_alternative();
     return combined(std::exchange(alternatives_, {}), '+');
   }
-  // The same between square brackets. Conditions that hold together become predicates one behind
-  // the other: libyang then looks an entry up whose keys they name.
+  // The same for a predicate: [a=1 and b=2] becomes [a=1][b=2]. If these are the keys of a list,
+  // libyang then finds the entry by a look-up.
   std::string take_predicate() {
     if (!alternatives_.empty()) return take();
     next_operand();
@@ -74,14 +76,14 @@ class Rewriter {
  public:
   explicit Rewriter(std::string_view text) : text_(text) {}
 
-  // Everything; the text itself where its quotes or brackets do not match.
+  // Rewrites everything. Returns the text as it is if its quotes or brackets do not match.
   std::string rewrite() {
     const std::string result = expressions('\0');
     return matched_ ? result : std::string(text_);
   }
 
  private:
-  // Reads expressions, separated by commas, to the closing bracket and over it.
+  // Reads expressions, separated by commas, up to and including the closing bracket.
   std::string expressions(char closing) {
     std::string result;
     Expression expression;
@@ -117,14 +119,14 @@ class Rewriter {
       read_name(expression, after_operand);
     } else {
       expression.add(text_.substr(pos_++, 1));
-      // A star behind an operand multiplies, elsewhere it is any node.
+      // A star multiplies after an operand; elsewhere it names any node.
       const bool ends_operand = c == '.' || std::isdigit(static_cast<unsigned char>(c)) != 0 ||
                                 (c == '*' && !after_operand);
       if (std::isspace(static_cast<unsigned char>(c)) == 0) after_operand = ends_operand;
     }
   }
 
-  // A name behind an operand is an operator.
+  // A name after an operand is an operator.
   void read_name(Expression& expression, bool& after_operand) {
     const std::size_t begin = pos_;
     while (pos_ < text_.size() && continues_name(text_[pos_])) ++pos_;

@@ -11,8 +11,8 @@ using store::Change;
 using store::NodeKind;
 using store::SchemaNode;
 
-// Walks the changes once and notes every instance that changed, and for lists the parent whose
-// entries changed, as far as the model has validation points there.
+// Walks the changes once. Where the model has validation points, it notes every instance that
+// changed and still exists, and for a list the parent whose entries changed.
 class ChangedInstances {
  public:
   ChangedInstances(const std::vector<PointInModel>& points, const store::Datastore& datastore)

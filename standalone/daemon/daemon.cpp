@@ -75,7 +75,8 @@ Answer ask(const PluginEntryPoints& plugin, ValidationSession& session, const co
   return ask(plugin, session, call.point->request, path, keypath, value);
 }
 
-// The node's value in lexical form, else as the transaction has it; none for a leaf that is not.
+// The value that was given in lexical form, or else the node's value in the transaction, which is
+// C_NOEXISTS if the node is a leaf that does not exist.
 confd::OwnedValue value_of(const confd::Model& model, const store::Datastore& datastore,
                            const store::Path& path, const std::optional<std::string>& given) {
   const store::SchemaNode& node = *path.last().node;

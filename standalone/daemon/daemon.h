@@ -16,12 +16,12 @@ enum class Verdict { kOk, kError, kWarning };
 /// "OK", "ERROR", "WARNING".
 std::string_view to_string(Verdict verdict);
 
-/// What one call of the plug-in gave.
+/// The outcome of one call of the plug-in.
 struct Answer {
   std::string request;
   std::string path;
   Verdict result = Verdict::kOk;
-  std::string text;  ///< empty where the validator set none
+  std::string text;  ///< empty if the validator set none
   double msecs = 0;
 };
 
@@ -47,12 +47,12 @@ struct CommitOptions {
 struct ValidationCall {
   const store::SchemaNode* node = nullptr;
   const store::ValidationPoint* point = nullptr;
-  /// The instance; for a call-once list and for a leaf-list the parent instance, the path then ends
-  /// in the list's name.
+  /// The instance. For a call-once list and for a leaf-list it is the parent, and the call's path
+  /// ends with the list's name.
   const lyd_node* instance = nullptr;
 };
 
-/// A validation point where the model has it.
+/// A validation point and the node of the model that has it.
 struct PointInModel {
   const store::SchemaNode* node = nullptr;
   const store::ValidationPoint* point = nullptr;
@@ -65,7 +65,7 @@ std::vector<PointInModel> validation_points(const store::Schema& schema, std::st
 std::vector<ValidationCall> affected_calls(const std::vector<PointInModel>& points,
                                            const store::Transaction& transaction);
 
-/// The management daemon: one datastore, one plug-in. One daemon lives in a process at a time.
+/// The management daemon: one datastore, one plug-in. A process has at most one daemon at a time.
 class Daemon {
  public:
   /// Calls lib_init and get_validation_point. Throws PluginError.
@@ -74,16 +74,16 @@ class Daemon {
   Daemon& operator=(const Daemon&) = delete;
   ~Daemon();
 
-  /// Validates the prepared transaction and commits it when accepted; otherwise it stays open for
-  /// the caller to drop.
+  /// Validates the prepared transaction and commits it if it is accepted. Otherwise it stays open,
+  /// and its end undoes it.
   CommitReport commit(store::Transaction& transaction, const CommitOptions& options);
 
-  /// The verdict of commit; the transaction stays open.
+  /// The same without the commit: the transaction stays open.
   CommitReport check(store::Transaction& transaction, const CommitOptions& options);
 
-  /// Dispatches one request with exactly this name on one keypath of the prepared transaction,
-  /// never commits. The value is the node's new value in lexical form; without it the transaction's
-  /// value is taken. Throws InputError for a keypath or value that the model does not know.
+  /// Calls the plug-in once, with exactly this request name, on one keypath of the prepared
+  /// transaction; never commits. The value is the node's new value in lexical form, by default the
+  /// one in the transaction. Throws InputError for a keypath or value that the model does not know.
   CommitReport request(store::Transaction& transaction, const std::string& name,
                        std::string_view keypath, const std::optional<std::string>& value,
                        const CommitOptions& options);

@@ -22,7 +22,7 @@ Plugin::Plugin(const std::filesystem::path& file) {
   if (!std::filesystem::exists(file)) {
     throw PluginError("there is no plug-in " + file.string());
   }
-  // With a bare name dlopen would search the system's folders instead.
+  // Given a name without a slash, dlopen would search the system's folders.
   handle_ = dlopen(std::filesystem::absolute(file).c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle_ == nullptr) {
     throw PluginError("cannot load the plug-in " + file.string() + ": " + dlerror());

@@ -37,7 +37,7 @@ constexpr int kMostFrames = 64;
 
 bool log_library_runs = false;
 
-// Without a rule no category takes any level: a record then costs a look at a bitmap.
+// Without a rule nothing is written, and a record costs no more than the test of a bit.
 std::string rules_of(TraceLevel level) {
   switch (level) {
     case TraceLevel::kOff:
@@ -52,7 +52,7 @@ std::string rules_of(TraceLevel level) {
   return "";
 }
 
-// A configuration for the log library, which can read one from a text, too, but then loses memory.
+// The configuration as a file, because the log library leaks memory if it is given the text itself.
 class FileInMemory {
  public:
   explicit FileInMemory(const std::string& text) : descriptor_(memfd_create("trace", MFD_CLOEXEC)) {
@@ -70,7 +70,7 @@ class FileInMemory {
   int descriptor_;
 };
 
-// Categories live as long as the process: the plug-in keeps the one that it registered.
+// Categories live as long as the process, since the plug-in keeps the one that it registered.
 zlog_category_t* category(const char* name) {
   if (!log_library_runs) start_trace(TraceLevel::kOff);
   return zlog_get_category(name);

@@ -12,9 +12,9 @@ enum class TraceLevel : std::uint8_t {
   kDetail,  ///< level 10: objects read, keypaths, the debug log
 };
 
-/// From now on the trace goes to standard error, a record a line: level, function, source and line,
-/// text. Categories that were registered before follow. Without a call nothing is written.
-/// Throws std::runtime_error where the log library refuses.
+/// From now on the trace goes to standard error, one line for each record: level, function, source
+/// and line, text. This holds for categories registered earlier, too. Without a call nothing is
+/// written. Throws std::runtime_error if the log library refuses.
 void start_trace(TraceLevel level);
 
 }  // namespace tarnd
