@@ -8,12 +8,12 @@ class cl_ElapsedTime {
   /// Starts at once.
   cl_ElapsedTime();
 
-  /// Starts again and gives the reading.
+  /// Starts again and returns the reading.
   std::int64_t start();
-  /// Stops and gives the reading; stopping again moves the stop time.
+  /// Stops and returns the reading; stopping again moves the stop time.
   std::int64_t stop();
 
-  /// The stop time; of a running stopwatch, now.
+  /// The stop time; the present time while the stopwatch runs.
   [[nodiscard]] std::int64_t get_stop_time() const;
   /// Elapsed time until get_stop_time(), truncated to whole units.
   [[nodiscard]] std::int64_t get_elapsed_time_sec() const;

@@ -11,20 +11,21 @@
 ///   for (int count = reader.getObjects(); count > 0; count = reader.getObjects())
 ///     for (int i = 0; i < count; ++i) use(reader.object(i));
 ///
-/// A C_BUF value belongs to the caller: it stays allocated until the caller gives it to
-/// confd_free_value. The next batch overwrites the values without freeing them, so does the end.
+/// A C_BUF value belongs to the caller, who frees it with confd_free_value. Neither the next batch,
+/// which overwrites the values, nor the destructor frees it.
 class ConfdGetObjsItf {
  public:
-  /// The path is that of the list, copied. With the check of the object size, a list whose entries
-  /// have another number of values than values_per_object in the model raises a fault and ends the
-  /// process with status 1: fixed positions would then read the wrong values.
+  /// The path is that of the list; it is copied. If check_object_size is set and the model's
+  /// entries do not have values_per_object values, a fault is raised and the process ends with
+  /// status 1: the positions of the values are constants, so the wrong values would be read.
   ConfdGetObjsItf(unsigned int values_per_object, unsigned int objects_per_batch, std::string path,
                   int sock, confd_trans_ctx* tctx, bool check_object_size);
   ConfdGetObjsItf(const ConfdGetObjsItf&) = delete;
   ConfdGetObjsItf& operator=(const ConfdGetObjsItf&) = delete;
   ~ConfdGetObjsItf();
 
-  /// Reads the next batch. The number of objects read, 0 at the end of the list, -1 on failure.
+  /// Reads the next batch. Returns the number of objects read, 0 at the end of the list, -1 on
+  /// failure.
   int getObjects();
 
   /// The values of one object of the current batch, values_per_object of them.

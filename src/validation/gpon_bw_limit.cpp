@@ -14,7 +14,7 @@ std::unordered_map<std::string, bandwidth_ctx> line_prof_to_bandwidth;
 
 namespace {
 
-// In whose name the pieces below write to the trace.
+// The functions in whose names the helpers below write to the trace.
 constexpr const char* kLoadAllLines = "loadAllLines";
 constexpr const char* kLoadAllTconts = "loadAllTconts";
 constexpr const char* kPonlinkCheck = "validate_ponlink_bw";
@@ -57,7 +57,7 @@ void release_names(ConfdGetObjsItf& profiles, int from, int to) {
   }
 }
 
-/// Takes the profiles of one batch into the model, up to one without a traffic type.
+/// Adds the profiles of one batch to the table, up to one without a traffic type.
 int load_bw_batch(ConfdGetObjsItf& profiles, int count) {
   for (int i = 0; i < count; ++i) {
     std::string name;
@@ -77,7 +77,7 @@ void load_line(int sock, confd_trans_ctx* tctx, const confd_value_t& key) {
   VALID_TRACE_AS(kLoadAllLines, kTraceDetail, "Loading line %s", line.c_str());
 
   bwctx ctx;
-  // Unknown bandwidth profiles are traced there; the line counts with what it has.
+  // loadAllTconts traces unknown bandwidth profiles; the line profile is added nevertheless.
   loadAllTconts(sock, tctx, std::string(kLineProfiles) + "{" + line + "}/tcont", ctx);
 
   VALID_TRACE_AS(kLoadAllLines, kTraceDetail, "Line %s has dynamic=%d static=%d TCONTs",
@@ -86,7 +86,7 @@ void load_line(int sock, confd_trans_ctx* tctx, const confd_value_t& key) {
   line_prof_to_bandwidth.emplace(line, ctx.sums);
 }
 
-/// All of the bandwidth is fixed, and there is some.
+/// The whole bandwidth is fixed, and it is not 0.
 bool is_static(const bandwidth_ctx& profile) {
   return profile.fixed == profile.total && profile.fixed != 0;
 }
@@ -218,7 +218,7 @@ constexpr std::uint32_t kTotalCapacity = 1107504;
 constexpr std::uint32_t kFixedCapacity = 442752;
 constexpr std::uint32_t kOverheadPerOnu = 560;
 
-/// What the ONUs of one link reserve together.
+/// The sum of what the ONUs of one link reserve.
 struct LinkLoad {
   std::uint32_t onus = 0;
   std::uint32_t total = 0;
@@ -238,7 +238,7 @@ void add_onu(const confd_value_t& line_profile, LinkLoad& load) {
   load.fixed += found->second.fixed;
 }
 
-/// Adds up the ONUs, to the end of the chunk with the first missing line profile.
+/// Adds up the ONUs. Stops after the chunk with the first missing line profile.
 void add_all_onus(valid::Query& onus, LinkLoad& load) {
   while (const confd_query_result* chunk = onus.next_chunk()) {
     for (int i = 0; i < chunk->nresults; ++i) {
@@ -251,7 +251,7 @@ void add_all_onus(valid::Query& onus, LinkLoad& load) {
   }
 }
 
-/// Reads what the ONUs of the link reserve. False when they cannot all be read.
+/// Reads what the ONUs of the link reserve. Returns false if they cannot all be read.
 bool read_link_load(int sock, const confd_trans_ctx* tctx, const std::string& slot,
                     const std::string& port, LinkLoad& load) {
   const std::string xpath =
@@ -272,7 +272,7 @@ std::string exceeds_text(const char* kind, const std::string& slot, const std::s
          " capacity (" + std::to_string(capacity) + " kbits/s)\n";
 }
 
-/// The sentences about the capacities that the load exceeds; empty where it fits.
+/// The sentences about the capacities that the load exceeds; empty if it fits.
 std::string overload_text(const LinkLoad& load, const std::string& slot, const std::string& port) {
   const std::uint32_t overhead = load.onus * kOverheadPerOnu;
   VALID_TRACE_AS(kPonlinkCheck, kTraceFlow,
@@ -301,7 +301,7 @@ std::string too_many_tconts(const std::string& line, std::uint32_t limit, const 
          " TCONTs with bandwidth traffic type " + types + ".";
 }
 
-/// What the first line profile beyond the card's TCONT limits is told; empty where all keep them.
+/// The text for the first line profile beyond the card's TCONT limits; empty if there is none.
 std::string tcont_limit_text() {
   for (const auto& [line, sums] : line_prof_to_bandwidth) {
     if (sums.dynamic_count > valid::max_dynamic_tconts()) {
@@ -314,7 +314,7 @@ std::string tcont_limit_text() {
   return {};
 }
 
-/// The first result that is not 0 ends the walk.
+/// Stops at the first result that is not 0, and returns it.
 int check_all_links(int sock, confd_trans_ctx* tctx) {
   valid::Cursor links(sock, tctx, kGponLinks);
   while (links.next()) {

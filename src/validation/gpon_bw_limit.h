@@ -18,46 +18,48 @@ struct bandwidth_ctx {
 /// One line profile while its TCONTs are read.
 struct bwctx {
   bandwidth_ctx sums;
-  std::int32_t err = 0;  ///< -1 once a TCONT named a bandwidth profile that is not loaded
+  std::int32_t err = 0;  ///< -1 if a TCONT names a bandwidth profile that is not loaded
 };
 
 extern "C" {
 
-/// The model of reserved bandwidth: by name of the bandwidth profile and of the line profile. Every
-/// check clears and loads it anew.
+/// The reserved bandwidth, by name of the bandwidth profile and by name of the line profile. Every
+/// check clears both tables and loads them again.
 extern std::unordered_map<std::string, bandwidth_ctx> bandwidth_prof_to_bandwidth;
 extern std::unordered_map<std::string, bandwidth_ctx> line_prof_to_bandwidth;
 }
 
-/// Loads all bandwidth profiles of the transaction; a name that is there already keeps its figures.
-/// A profile without traffic type hides the rest of its batch. 0, or -1 where no profile was loaded
-/// after such a one.
+/// Loads all bandwidth profiles of the transaction; a name that is in the table already keeps its
+/// figures. After a profile without traffic type the rest of its batch is skipped. Returns 0, or -1
+/// if no profile was loaded after such a profile.
 int loadAllBws(int sock, confd_trans_ctx* tctx);
 
-/// Reduces the values of one bandwidth profile to its name and figures in kbit/s. The first traffic
-/// type that is there decides. Frees the name among the values. 0, or -1 without a traffic type,
-/// the figures are then left as they were.
+/// Reads the name and the figures in kbit/s from the values of one bandwidth profile. The first
+/// traffic type that exists counts. Frees the name's value. Returns 0, or -1 if there is no traffic
+/// type; the figures then stay as they were.
 int loadBwProf(confd_value_t* values, std::string& name, std::uint32_t& fixed,
                std::uint32_t& total);
 
-/// Loads all line profiles of the transaction; needs the bandwidth profiles. Always 0.
+/// Loads all line profiles of the transaction. The bandwidth profiles must be loaded before. Always
+/// returns 0.
 int loadAllLines(int sock, confd_trans_ctx* tctx);
 
 /// Adds up the TCONTs of one line profile; the path is that of its TCONT list. Stops after a batch
-/// with an unknown bandwidth profile. Gives the context's error flag.
+/// with an unknown bandwidth profile. Returns the context's error flag.
 int loadAllTconts(std::int32_t sock, confd_trans_ctx* tctx, std::string path, bwctx& ctx);
 
-/// Does what the ONUs of one GPON link of chassis 1 reserve fit the link? slot and port are its
-/// slot-id and port-id. Needs the line profiles. 0, or -1 with a text; without one where the ONUs
-/// cannot be read.
+/// Checks that what the ONUs of one GPON link of chassis 1 reserve fits the link; slot and port are
+/// its slot-id and port-id. The line profiles must be loaded before. Returns 0, or -1 with a text;
+/// without a text if the ONUs cannot be read.
 int validate_ponlink_bw(int sock, confd_trans_ctx* tctx, const std::string& slot,
                         const std::string& port);
 
-/// "onu_bw_check": the link whose list of ONUs the keypath names. newval is not used. 0 or -1.
+/// "onu_bw_check": checks the link whose list of ONUs the keypath names. newval is not used.
+/// Returns 0 or -1.
 std::int32_t validate_max_bandwidth_ponlink(std::int32_t sock, confd_trans_ctx* tctx,
                                             confd_hkeypath_t* keypath, confd_value_t* newval);
 
-/// "ponlink_bw_check": the TCONT counts of every line profile, then every GPON link. keypath and
-/// newval are not used. 0 or -1.
+/// "ponlink_bw_check": checks the number of TCONTs of every line profile, then every GPON link.
+/// keypath and newval are not used. Returns 0 or -1.
 std::int32_t validate_max_bandwidth_global(std::int32_t sock, confd_trans_ctx* tctx,
                                            confd_hkeypath_t* keypath, confd_value_t* newval);

@@ -2,24 +2,25 @@
 
 #include <cstdint>
 
-/// What the card is able to do. Read from the platform by lib_init; the daemon may set other
-/// values. The values below are those that hold until then.
+/// What the card can do. lib_init reads the values from the platform; the daemon may set others.
+/// Until then each has the initial value below.
 extern "C" {
 
-/// Is the upstream bandwidth of a PON link checked on this card? At first true. A card without the
-/// check takes one more dynamic TCONT per line profile, so the setter sets the TCONT limits too.
+/// Whether the upstream bandwidth of a PON link is checked on this card; initially true. A card
+/// without the check allows one more dynamic TCONT per line profile, so the setter sets the TCONT
+/// limits too.
 void set_do_bw_check(bool enabled);
 bool get_do_bw_check();
 
-/// Largest number of ONUs on one PON link. At first 128.
+/// Largest number of ONUs on one PON link; initially 128.
 void set_num_onus_per_ponlink(std::uint32_t count);
 std::uint32_t get_num_onus_per_ponlink();
 
-/// Number of PON links of the board. At first 8.
+/// Number of PON links of the board; initially 8.
 void set_num_ponlinks(std::uint32_t count);
 std::uint32_t get_num_ponlinks();
 
-/// Number of PON links that may be configured. At first 8.
+/// Number of PON links that may be configured; initially 8.
 void set_num_manageable_ponlinks(std::uint32_t count);
 std::uint32_t get_num_manageable_ponlinks();
 }

@@ -41,8 +41,8 @@ constexpr const char* kFmInitFailed =
 constexpr const char* kFmLocalSlotFailed =
     "Cannot initialize tarnd confd validation lib. Error in fm_local_slot\n";
 
-/// Reads the transaction through the MAAPI socket and the context, decides about the node at the
-/// keypath, and sets the user's text in the context unless it answers CONFD_OK.
+/// A validator. It reads the transaction through the MAAPI socket and the context, checks the node
+/// at the keypath, and sets the user's text in the context unless it returns CONFD_OK.
 using Validator = std::int32_t (*)(std::int32_t sock, confd_trans_ctx* tctx,
                                    confd_hkeypath_t* keypath, confd_value_t* newval);
 
@@ -51,8 +51,8 @@ struct Request {
   const char* name;
 };
 
-// A request may be given by the leading part of its name; the first entry that fits wins, so the
-// order counts.
+// A request may be the beginning of a name; the first entry that matches is taken, so the order
+// matters.
 constexpr std::array<Request, 26> kRequests{{
     {validate_max_bandwidth_ponlink, "onu_bw_check"},
     {validate_max_bandwidth_global, "ponlink_bw_check"},
@@ -99,7 +99,7 @@ void read_capabilities(const fm_slot_t& slot) {
 
   std::uint32_t ponlinks = count_of(fm_oper_card_tarnd_get_max_num_ponlink_from_board(&slot));
   set_num_ponlinks(ponlinks);
-  // A card that does not tell how many of its links it manages manages them all.
+  // A card that does not report how many of its links it manages, manages all.
   fm_scalar_card_tarnd_manageable_pon_links(&slot, &ponlinks);
   set_num_manageable_ponlinks(ponlinks);
 }
@@ -142,7 +142,7 @@ bool is_rg_profile_in_use(int sock, const confd_trans_ctx* tctx) {
   }
   if (onus.failed()) {
     VALID_TRACE(kTraceFlow, "query failed for onu. err=%s", confd_lasterr());
-    return true;  // rather one warning too many
+    return true;  // better one warning too many
   }
   return false;
 }
@@ -177,7 +177,7 @@ int validate(confd_trans_ctx* tctx, confd_hkeypath_t* keypath, confd_value_t* ne
   try {
     return validator(sock, tctx, keypath, newval);
   } catch (...) {
-    return CONFD_ERR;  // the daemon takes result codes only
+    return CONFD_ERR;  // the daemon must not see an exception
   }
 }
 

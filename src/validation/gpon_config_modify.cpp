@@ -23,7 +23,7 @@ std::int32_t validate_config_modify(std::int32_t sock, confd_trans_ctx* tctx,
   const valid::ValidationTrace trace("validate_config_modify");
 
   std::uint8_t modified = 0;
-  // A failed iteration finds nothing: the commit is accepted.
+  // If the iteration fails, no change is found and the commit is accepted.
   maapi_keypath_diff_iterate(sock, tctx->thandle, diffIter, 0, &modified, "%h", keypath);
   if (modified == 0) {
     return trace.end(CONFD_OK);
@@ -38,6 +38,6 @@ maapi_iter_ret diffIter(confd_hkeypath_t* /*keypath*/, maapi_iter_op op, confd_v
   if (op == MOP_MODIFIED) {
     *modified = 1;
   }
-  // What was created or deleted as a whole is not looked into: that is no modification.
+  // Nothing inside a created or deleted entry is a modification.
   return *modified != 0 ? ITER_STOP : ITER_CONTINUE;
 }

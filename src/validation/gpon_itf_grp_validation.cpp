@@ -12,7 +12,7 @@
 
 namespace {
 
-// In whose name the pieces below write to the trace.
+// The functions in whose names the helpers below write to the trace.
 constexpr const char* kPortCheck = "check_port_vlan";
 constexpr const char* kNetworkCheck = "validate_itf_grp_dhcp";
 
@@ -72,7 +72,7 @@ std::string profile_name(const confd_hkeypath_t* keypath) {
 
 // Ports
 
-// A port without a VLAN is untagged. No value where the VLAN cannot be read.
+// A port without a VLAN is untagged. No value if the VLAN cannot be read.
 std::optional<std::int32_t> read_vlan(const Wan& wan, const confd_value_t* port) {
   std::uint32_t vlan = kUntagged;
   const int result = maapi_get_u_int32_elem(wan.sock, wan.tctx->thandle, &vlan,
@@ -95,7 +95,8 @@ void report_reused_port(confd_trans_ctx* tctx, std::int32_t port, std::int32_t v
   }
 }
 
-// As everywhere here, a rejection leaves its cursors open: they go with the transaction.
+// As everywhere in this file, a rejection leaves its cursors open: ConfD frees them with the
+// transaction.
 std::int32_t check_grouping(const Wan& wan, valid::GroupedPorts& seen) {
   valid::Cursor ports(wan.sock, wan.tctx, "%s{%s}/itf-grouping/ports", wan.list.c_str(),
                       wan.key.c_str());
@@ -150,7 +151,7 @@ std::int32_t add_network(const Wan& wan, valid::GroupedNetworks& networks) {
   return CONFD_OK;
 }
 
-// No value where the address cannot be read.
+// No value if the address cannot be read.
 std::optional<nettypes::IPv4AddrMask> read_pool_address(const Wan& wan, const char* leaf) {
   in_addr address{};
   if (maapi_get_ipv4_elem(wan.sock, wan.tctx->thandle, &address,
@@ -161,7 +162,7 @@ std::optional<nettypes::IPv4AddrMask> read_pool_address(const Wan& wan, const ch
   return network_of(address, kHostPrefixLength);
 }
 
-// Start and end may be the same address, whatever the text says.
+// Start and end may be the same address, although the text says "lower".
 std::int32_t check_pool(confd_trans_ctx* tctx, const nettypes::IPv4AddrMask& start,
                         const nettypes::IPv4AddrMask& end, const nettypes::IPv4AddrMask& network) {
   if (start.addr_to_uint32() > end.addr_to_uint32()) {

@@ -19,29 +19,32 @@ using GroupedNetworks = std::vector<std::pair<nettypes::IPv4AddrMask, std::strin
 
 }  // namespace valid
 
-/// "itf_grp_validation": rejects an RG profile whose interface groupings share a port, have
-/// networks that overlap, or a DHCP pool outside their network. Reads the transaction's WAN
-/// connections below the keypath, the profile's entry; newval is not used. Gives 0 or -1; a -1 for
-/// a configuration that cannot be read comes without a text.
+/// "itf_grp_validation": rejects an RG profile if two of its interface groupings share a port or
+/// have overlapping networks, or if one has a DHCP pool outside its network. Reads the
+/// transaction's WAN connections below the keypath, the profile's entry; newval is not used.
+/// Returns 0, or -1 with a text; without a text if something cannot be read.
 std::int32_t validate_itf_grp(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
                               confd_value_t* newval);
 
-/// The ports of the profile at the keypath: each, with its VLAN, in one interface grouping at most.
+/// Checks that each port of the profile at the keypath, with its VLAN, is in one interface grouping
+/// at most. Returns as validate_itf_grp() does.
 std::int32_t validate_itf_grp_ports(std::int32_t sock, confd_trans_ctx* tctx,
                                     confd_hkeypath_t* keypath);
 
-/// The same within one list of WAN connections, given by its path, and against the ports seen
-/// before; adds its own to them. 0, or -1 with a text unless a VLAN cannot be read.
+/// The same for one list of WAN connections, given by its path. Its ports are compared with each
+/// other and with those seen before, and added to them. Returns 0, or -1 with a text; without a
+/// text if a VLAN cannot be read.
 std::int32_t check_port_vlan(std::int32_t sock, confd_trans_ctx* tctx, valid::GroupedPorts& seen,
                              const std::string& wan_list);
 
-/// The networks and DHCP pools of the profile at the keypath.
+/// Checks the networks and DHCP pools of the profile at the keypath. Returns as validate_itf_grp()
+/// does.
 std::int32_t validate_itf_grp_net(std::int32_t sock, confd_trans_ctx* tctx,
                                   confd_hkeypath_t* keypath);
 
-/// The same within one list of WAN connections, given by its path, and against the networks found
-/// before; adds its own to them. Bridges have no DHCP server. 0, or -1 with a text unless something
-/// cannot be read.
+/// The same for one list of WAN connections, given by its path. Its networks are compared with each
+/// other and with those found before, and added to them. Bridges have no DHCP server. Returns 0, or
+/// -1 with a text; without a text if something cannot be read.
 std::int32_t validate_itf_grp_dhcp(std::int32_t sock, confd_trans_ctx* tctx,
                                    const std::string& wan_list, valid::GroupedNetworks* networks,
                                    bool bridge);

@@ -11,7 +11,7 @@ const char* LINE_PROF_WARN_MSG =
 
 namespace {
 
-// A card that does not tell is a GPON card.
+// A card that does not report its kind is a GPON card.
 const char* interface_list_of_card() {
   fm_init();
   fm_slot_t slot{};

@@ -53,7 +53,7 @@ std::int32_t pon_mode_validation(std::int32_t sock, confd_trans_ctx* tctx,
   const std::string onu_list = "/config/interface/xgspon{" + pon + "}/onu";
   const int onus = maapi_num_instances(sock, tctx->thandle, "%s", onu_list.c_str());
   VALID_TRACE(kTraceDetail, "There are %d ONUS associated with Pon Link %s", onus, pon.c_str());
-  // A number that cannot be read is negative and refuses the change too.
+  // If the number cannot be read, it is negative, and the change is rejected, too.
   if (onus != 0) {
     return valid::reject(tctx, refusal(pon, mode).c_str());
   }

@@ -11,7 +11,7 @@ constexpr const char* kSameAddress = "Onu and Gateway IP addresses must have dif
 constexpr const char* kOtherNetwork = "Onu and Gateway IP addresses must be in the same network.";
 
 std::int32_t check_gateway(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeypath_t* keypath) {
-  // A host that is going has no gateway to check.
+  // A host that is removed has no gateway to check.
   if (maapi_exists(sock, tctx->thandle, "%h", keypath) == 0) {
     return CONFD_OK;
   }

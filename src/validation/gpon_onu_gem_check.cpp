@@ -24,7 +24,7 @@ constexpr const char* kValidator = "validate_onu_gem_check";
 constexpr const char* kOnuLineProfile = "%s/profile-references/line-profile";
 constexpr const char* kLineProfileOfListedOnu = "%s{%d}/profile-references/line-profile";
 
-// Names of line profiles are compared as far as they fit here.
+// The buffer for the name of a line profile; a name that does not fit counts as none.
 constexpr std::size_t kLineProfileSize = 49;
 
 constexpr const char* kOnuInUse =
@@ -131,7 +131,8 @@ bool is_change_in_line_profile(unsigned int sock, confd_trans_ctx* tctx, const c
     VALID_TRACE(kTraceDetail, "%s", kNoSession);
     throw std::runtime_error(kNoSession);
   }
-  // A failed read leaves the name empty: the ONU has no line profile, or one with a longer name.
+  // If the read fails, the name stays empty: the ONU has no line profile, or one with a longer
+  // name.
   std::array<char, kLineProfileSize> old_profile{};
   std::array<char, kLineProfileSize> new_profile{};
   cdb_get_str(session.socket(), old_profile.data(), kLineProfileSize, kOnuLineProfile, onu_keypath);

@@ -25,14 +25,14 @@ constexpr const char* kInterfaceLabel = "interface gpon";
 constexpr const char* kPassword = "password";
 constexpr const char* kSerialNumber = "serial-number";
 constexpr std::int32_t kPasswordMethod = 2;
-// What identifies the vendor is compared as it stands.
+// The first characters name the vendor and are compared as they are.
 constexpr std::size_t kVendorCharacters = 4;
 
 constexpr const char* kInterfaces = "/config/interface/";
 
 using Credentials = std::multimap<std::string, std::string>;
 
-/// The method decides which of the two credentials counts; the other one is not even read.
+/// The method decides which of the two credentials counts; the other one is not read.
 bool counts(const std::string& leaf_name, std::int32_t auth_method) {
   const bool with_password = auth_method == kPasswordMethod;
   return leaf_name == kSerialNumber ? !with_password : with_password;
@@ -77,7 +77,7 @@ std::int32_t check_card(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeypath
   std::int32_t result = CONFD_OK;
   std::stringstream message;
   std::stringstream password_report;
-  Credentials serials;  // of both kinds of interfaces: they share one card
+  Credentials serials;  // of both kinds of interfaces
   for (const char* const type : {valid::kGponList, valid::kXgsponList}) {
     const std::string interface_path = std::string(kInterfaces) + type;
     const std::int32_t auth_method = getAuthMethod(sock, tctx, keypath);
@@ -129,7 +129,7 @@ void CheckOnuPwdAndSn(int sock, confd_trans_ctx* tctx, const std::string& listPa
                       std::stringstream& passwordReport) {
   valid::Cursor interfaces(sock, tctx, "%s", listPath.c_str());
   while (interfaces.next()) {
-    // Slot and port are the last two keys; the chassis, where the list has it as a key, is 1.
+    // Slot and port are the last two keys. If the list has the chassis as a key, it is 1.
     const maapi_cursor& entry = interfaces.entry();
     const int slot_key = std::max(entry.n - 2, 0);
     firstKeyText = valid::value_text(&entry.keys[slot_key]);
@@ -142,8 +142,8 @@ void CheckOnuPwdAndSn(int sock, confd_trans_ctx* tctx, const std::string& listPa
   }
 }
 
-// The plug-in exports these two functions with a label by value and with credentials that could be
-// changed.
+// The exported signatures of these two functions pass the label by value and the credentials
+// without const.
 void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* credentials,
                               const std::string& interfaceKey, const std::string& onuId,
                               const std::string& leafPrefix, const std::string& leafName,

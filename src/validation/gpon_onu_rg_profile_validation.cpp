@@ -19,7 +19,8 @@ bool is_rg_profile_reference(const confd_hkeypath_t* keypath) {
   return CONFD_GET_XMLTAG(&keypath->v[0][0]) == base_rg_profile;
 }
 
-/// Decides what is to be reprovisioned: not 0 when the node changed under an ONU that has it.
+/// Sets `changed` to another number than 0 if the ONU has the node and it changed. Returns 0, or -1
+/// with a text.
 int find_change(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
                 std::int32_t& changed) {
   if (is_rg_profile_reference(keypath)) {

@@ -59,10 +59,10 @@ std::int32_t ponlink_fec_confirmation(std::int32_t /*sock*/, confd_trans_ctx* tc
   const valid::ConfigSession session(tctx, valid::ConfigSession::AfterFailedStart::kLeave);
   if (!session.open()) {
     const std::int32_t answer = valid::reject(tctx, valid::kConfdUnreadable);
-    qzconfd_config_session_end(tctx->vcb_opaque);  // what failed to open is ended all the same
+    qzconfd_config_session_end(tctx->vcb_opaque);  // ends a session that failed to open, too
     return trace.end(answer);
   }
-  // A new interface carries no traffic yet. One that cannot be looked up counts as new.
+  // A new interface carries no traffic yet. If the look-up fails, the interface counts as new.
   if (cdb_exists(session.socket(), "%s", interface_path.c_str()) != 1) {
     VALID_TRACE_IF(kTraceDetail, "%s doesn't exist. FEC didn't change.", fec_path.c_str());
     return trace.end(CONFD_OK);

@@ -23,14 +23,14 @@ constexpr valid::ProfileConfirmation kRgProfile = {
     &kChangeWarning,     valid::kConfdUnreadable,
 };
 
-// In whose name the walk over the WLANs writes to the trace.
+// The function in whose name the walk over the WLANs writes to the trace.
 constexpr const char* kSsidCheck = "rg_profile_ssid_unique_check_func";
 
 constexpr const char* kSsidNotConfigured = "must configure one of: auto, custom";
 constexpr const char* kSsidNotUnique =
     "There are two or more WLANs with the same SSID. SSID must be unique within the RG profile.";
 
-// An automatic SSID holds the serial number of the ONU, and a profile has many ONUs.
+// An automatic SSID contains the ONU's serial number, so it differs from ONU to ONU.
 constexpr const char* kSerialNumberOfAnyOnu = "ZQRT12345678";
 constexpr int kSsidTextSize = 33;
 
@@ -46,7 +46,7 @@ bool has(const Wlan& wlan, const char* node) {
          1;
 }
 
-// Empty where the text cannot be read.
+// Empty if the text cannot be read.
 std::string read(const Wlan& wlan, const char* node) {
   std::array<char, kSsidTextSize> text{};
   const int result = maapi_get_str_elem(wlan.sock, wlan.thandle, text.data(), kSsidTextSize,
@@ -58,7 +58,7 @@ std::string read_if_there(const Wlan& wlan, const char* node) {
   return has(wlan, node) ? read(wlan, node) : "";
 }
 
-// No value where the WLAN has no SSID; an empty one where it cannot be read.
+// No value if the WLAN has no SSID; an empty one if it cannot be read.
 std::optional<std::string> ssid_of(const Wlan& wlan) {
   if (has(wlan, "custom")) {
     return read(wlan, "custom");
@@ -83,13 +83,13 @@ Ssids check_ssids(std::int32_t sock, const confd_trans_ctx* tctx, const std::str
     if (!ssid.has_value()) {
       VALID_TRACE_AS_IF(kSsidCheck, kTraceDetail, "SSID not configured");
       wlans.next();
-      wlans.release();  // ConfD reclaims it with the transaction
+      wlans.release();  // ConfD frees it with the transaction
       return Ssids::kNotConfigured;
     }
     if (ssid->empty()) {
       return Ssids::kUnreadable;
     }
-    // The keypath tells the profile too.
+    // The record names the list, whose path contains the profile's name.
     VALID_TRACE_AS(kSsidCheck, kTraceFlow, "SSID is (%s) RG-Profile (%s) wlan.", ssid->c_str(),
                    list_path.c_str());
     if (!seen.insert(*ssid).second) {

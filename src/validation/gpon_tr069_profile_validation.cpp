@@ -27,10 +27,10 @@ constexpr valid::ProfileConfirmation kTr069Profile = {
 constexpr const char* kInvalidPassword = "Invalid password length/size";
 constexpr std::size_t kLongestPassword = 25;
 constexpr std::size_t kCipherBlock = 16;
-// Far beyond any password, far below any stack.
+// Far more than any password needs, far less than a stack has.
 constexpr std::size_t kLongestCipherText = std::size_t{64} * 1024;
 
-// The compiler may drop a plain memset of memory that nobody reads again.
+// The compiler may remove a plain memset of memory that is not read again.
 class WipedOnReturn {
  public:
   WipedOnReturn(char* text, std::size_t size) : text_(text), size_(size) {}
@@ -43,7 +43,7 @@ class WipedOnReturn {
   std::size_t size_;
 };
 
-// Room for the clear text and one block more, in whole blocks.
+// Room for the clear text and one more block, in whole blocks.
 constexpr std::size_t clear_text_size(std::size_t cipher_text_size) {
   return (cipher_text_size + kCipherBlock + kCipherBlock - 1) / kCipherBlock * kCipherBlock;
 }
@@ -54,8 +54,7 @@ bool password_fits(std::int32_t sock, const confd_value_t* newval) {
     return false;
   }
   const std::size_t size = clear_text_size(cipher_text_size);
-  // The clear text is never to be on the heap.
-  // cppcheck-suppress allocaCalled
+  // The clear text must never be on the heap. cppcheck-suppress allocaCalled
   char* const clear_text = static_cast<char*>(alloca(size));
   std::memset(clear_text, 0, size);
   const WipedOnReturn wiped(clear_text, size);
@@ -83,7 +82,7 @@ std::int32_t tr069_profile_password_length_check_func(std::int32_t sock, confd_t
   if (password_fits(sock, newval)) {
     return trace.end(CONFD_OK);
   }
-  // One text for every reason: it tells nothing about the keys.
+  // The same text for every reason, so that it reveals nothing about the keys.
   confd_trans_seterr(tctx, kInvalidPassword);
   return trace.end(CONFD_ERR);
 }

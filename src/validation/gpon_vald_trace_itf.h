@@ -11,8 +11,8 @@ constexpr int kTraceFlow = 12;    ///< begin and end, decisions, figures, failur
 
 extern "C" {
 
-/// The log category "gpon-valid", registered with the middleware on first use. Null where the
-/// middleware has none to give; the next call then asks again. It stays with the middleware.
+/// The log category "gpon-valid", registered with the middleware on first use. Null if the
+/// middleware returns none; the next call then asks again. The middleware owns it.
 zlog_category_t* get_trace_cat();
 
 /// Forgets the category: the next get_trace_cat() registers it again.
@@ -34,8 +34,8 @@ struct TraceSource {
   int line;
 };
 
-/// What VALID_TRACE_AS makes of its first argument: a function's name stands for that function in
-/// the file and line of the macro, a TraceSource for itself.
+/// Turns the first argument of VALID_TRACE_AS into a TraceSource: the name of a function is
+/// completed by the file and line of the macro, a TraceSource stays as it is.
 constexpr TraceSource trace_source(const char* function, const char* file, int line) {
   return {file, function, line};
 }
@@ -50,19 +50,20 @@ constexpr TraceSource trace_source(const TraceSource& source, const char* /*file
 #define VALID_TRACE(level, ...) \
   VALID_TRACE_AS(static_cast<const char*>(__func__), level, __VA_ARGS__)
 
-/// The same in the name of the function whose work it is, for a piece of that work with a function
-/// of its own: who reads the trace knows the validators, not their pieces. The source is the name
-/// of a function of this file, or a TraceSource for one of another file.
+/// The same in the name of another function. Readers of the trace know the validators but not their
+/// helpers, so a helper writes in the name of the function that it works for. The source is the
+/// name of a function of this file, or a TraceSource for a function of another file.
 #define VALID_TRACE_AS(source, level, ...) \
   VALID_TRACE_TO(get_trace_cat(), source, level, __VA_ARGS__)
 
-/// Both for records whose arguments cost work: they are evaluated only while the level is enabled.
+/// The same two for records with expensive arguments: these are evaluated only if the level is
+/// enabled.
 #define VALID_TRACE_IF(level, ...) \
   VALID_TRACE_AS_IF(static_cast<const char*>(__func__), level, __VA_ARGS__)
 #define VALID_TRACE_AS_IF(source, level, ...) \
   VALID_TRACE_TO(valid::enabled_trace_cat(level), source, level, __VA_ARGS__)
 
-/// What the others are made of. Nothing is evaluated or written if the category is null.
+/// The macro below the others. If the category is null, nothing is evaluated or written.
 #define VALID_TRACE_TO(category, source, level, ...)                                            \
   do {                                                                                          \
     if (zlog_category_t* const valid_trace_category = (category)) {                             \
@@ -76,10 +77,10 @@ constexpr TraceSource trace_source(const TraceSource& source, const char* /*file
 
 namespace valid {
 
-/// Would a record of this level be written now?
+/// Whether a record of this level would be written now.
 bool trace_enabled(int level);
 
-/// The category for a record of this level; null where it would not be written now.
+/// The category for a record of this level; null if the record would not be written now.
 zlog_category_t* enabled_trace_cat(int level);
 
 }  // namespace valid

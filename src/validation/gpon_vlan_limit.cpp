@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint32_t kMostMappingsPerPort = 20;
 
-// Said of the VEIP as well.
+// Used for the VEIP, too.
 constexpr const char* kTooManyMappings =
     "Maximum number of VLAN Mappings exceeded. There cannot be more than %d VLAN Mappings per "
     "Ethernet UNI port.";

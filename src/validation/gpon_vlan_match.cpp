@@ -37,7 +37,7 @@ bool conflict(const vlanMatch_t& added, const vlanMatch_t& known) {
   if (same_cos && (is_any(known.vlan) || is_any(added.vlan))) {
     return true;
   }
-  // Any VLAN with one CoS beside one VLAN with any CoS passes, although some frames fit both.
+  // "Any VLAN, one CoS" and "one VLAN, any CoS" do not conflict, although some frames match both.
   return same_vlan && (is_any(known.cos) || is_any(added.cos));
 }
 

@@ -13,7 +13,7 @@
 namespace valid {
 namespace {
 
-// Empty where the committed configuration cannot be read.
+// No value if the committed configuration cannot be read.
 std::optional<bool> is_committed(const confd_trans_ctx* tctx, const char* profile_path,
                                  const std::string& name) {
   ConfigSession session(tctx, ConfigSession::AfterFailedStart::kLeave);
@@ -28,7 +28,7 @@ std::optional<bool> is_committed(const confd_trans_ctx* tctx, const char* profil
   return exists != 0;
 }
 
-// The name goes in as it is: one that holds a quote makes an expression that does not evaluate.
+// The name is inserted as it is. With a quote in the name, the evaluation of the expression fails.
 std::string users_expression(const ProfileConfirmation& profile, const TraceSource& source,
                              const std::string& name) {
   std::string list = kGponList;

@@ -9,18 +9,20 @@ namespace valid {
 ///   for (int count = batches.next(); count > 0; count = batches.next())
 ///     for (int i = 0; i < count; ++i) use(batches.object(i));
 ///
-/// The interface names that the walk reads belong to it until service_port_get_leafs takes one.
-/// Those that nobody took are freed with the next batch and at the end, so a walk may skip objects
+/// The walk owns the interface names that it reads until service_port_get_leafs takes them. Names
+/// that were not taken are freed with the next batch and at the end, so a caller may skip objects
 /// and stop anywhere.
 class ServicePortBatches {
  public:
-  /// Ends the process where the model's service port has another shape, see ConfdGetObjsItf.
+  /// Ends the process if a service port of the model has another number of values, see
+  /// ConfdGetObjsItf.
   ServicePortBatches(int sock, confd_trans_ctx* tctx);
   ServicePortBatches(const ServicePortBatches&) = delete;
   ServicePortBatches& operator=(const ServicePortBatches&) = delete;
   ~ServicePortBatches();
 
-  /// Reads the next batch. The number of objects read, 0 at the end of the list, -1 on failure.
+  /// Reads the next batch. Returns the number of objects read, 0 at the end of the list, -1 on
+  /// failure.
   int next();
 
   /// The values of one object of the current batch, at the positions SP_CONFD_VAL_OFFSET_*.

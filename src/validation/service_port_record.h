@@ -29,8 +29,8 @@ constexpr unsigned int SP_CONFD_VALUES_PER_OBJECT = 26;
 /// The name of a kind of PON link in the configuration: "gpon", "xgspon", or "" for others.
 const char* ponlink_type_name(fm_port_type type);
 
-/// The kind of link of one entry's value array, the GPON branch first. 0, or -1 if the entry has
-/// neither branch; the type is then left as it was.
+/// Finds the kind of link of one entry's value array, the GPON branch first. Returns 0, or -1 if
+/// the entry has neither branch; the type then stays as it was.
 int get_ponlink_type(const confd_value_t* values, fm_port_type* type);
 
 /// How many service ports the card allows; 4096 if the card does not report a number.
@@ -39,22 +39,22 @@ std::uint32_t get_max_service_ports();
 // The next three are defined in valid_service_port.cpp: their trace records and assertions carry
 // the name of that file.
 
-/// Takes the record out of one entry's value array; the interface name with a blank for each slash,
-/// so that it serves as keys in a path; a missing VLAN as -1. Frees the interface value that it
-/// takes, and leaves a name without a buffer in its place. 0, or -1 if the entry has no branch or
-/// an incomplete one; nothing is freed then.
+/// Reads the record from one entry's value array: the interface name with a blank for each slash,
+/// so that it can be used as keys in a path, and a missing VLAN as -1. Frees the interface name's
+/// value and leaves a name without a buffer in its place. Returns 0, or -1 if the entry has no
+/// branch or an incomplete one; nothing is freed then.
 int service_port_get_leafs(confd_value_t* values, std::uint32_t& sp, std::string& interface_name,
                            std::uint32_t& onu, std::uint32_t& gem, std::int32_t& match_vlan,
                            std::int32_t& action_vlan);
 
-/// The id of the service port that a keypath is of, or lies at least two levels below. 0, or -1 for
-/// other keypaths.
+/// The id of a service port from a keypath that is its own or at least two levels below it. Returns
+/// 0, or -1 for other keypaths.
 int sp_get_id(std::int32_t sock, confd_trans_ctx* tctx, const confd_hkeypath_t* keypath,
               std::uint32_t& sp);
 
-/// Takes interface (with blanks for slashes), ONU and GEM of the given kind of link out of a tagged
-/// request of 18 values that maapi_get_values filled. Frees the interface value that it takes, and
-/// leaves a name without a buffer in its place. 0, or -1 if a value is missing; nothing is freed
+/// Reads interface (with blanks for slashes), ONU and GEM of the given kind of link from a tagged
+/// request of 18 values that maapi_get_values filled. Frees the interface name's value and leaves a
+/// name without a buffer in its place. Returns 0, or -1 if a value is missing; nothing is freed
 /// then.
 int sp_get_values(std::int32_t sock, confd_trans_ctx* tctx, const confd_hkeypath_t* keypath,
                   std::string& interface_name, std::uint32_t& onu, std::uint32_t& gem,
@@ -76,7 +76,7 @@ struct ServicePort {
   std::int32_t action_vlan = kNoVlan;
 };
 
-/// Takes the record out of one entry's value array; no value if service_port_get_leafs refuses it.
+/// Reads the record with service_port_get_leafs; no value if that returns -1.
 std::optional<ServicePort> take_service_port(confd_value_t* values);
 
 /// Where the values of one branch are, in the value array or in the tagged request.
@@ -94,15 +94,14 @@ inline constexpr BranchPositions kXgsponPositions{kXgsponList, SP_CONFD_VAL_OFFS
                                                   SP_CONFD_VAL_OFFSET_XGSPON_ONU,
                                                   SP_CONFD_VAL_OFFSET_XGSPON_GEM};
 
-/// Does the value array have the branch?
+/// Whether the value array has the branch.
 bool has_branch(const confd_value_t* values, const BranchPositions& branch);
 
 /// The tagged request has the GPON branch first, unlike the value array.
 inline constexpr BranchPositions kGponRequest{kGponList, 1, 3, 5};
 inline constexpr BranchPositions kXgsponRequest{kXgsponList, 10, 12, 14};
 
-/// A tagged request for both branches of an entry. Frees the interface names that nobody took out
-/// of it.
+/// A tagged request for both branches of an entry. Frees the interface names that nobody took.
 class ServicePortRequest {
  public:
   ServicePortRequest();
@@ -110,7 +109,7 @@ class ServicePortRequest {
   ServicePortRequest& operator=(const ServicePortRequest&) = delete;
   ~ServicePortRequest();
 
-  /// Reads the values of the service port. False if the transaction does not answer.
+  /// Reads the values of the service port. Returns false if that fails.
   bool read(std::int32_t sock, const confd_trans_ctx* tctx, std::uint32_t sp);
 
   confd_tag_value_t* values() { return values_.data(); }
@@ -125,7 +124,7 @@ class ServicePortRequest {
   std::array<confd_tag_value_t, 18> values_;
 };
 
-/// Frees an interface name, once: what is left is a name without a buffer.
+/// Frees an interface name and leaves a name without a buffer, so that a second call does nothing.
 void free_interface_name(confd_value_t* name);
 
 /// Interface names: with blanks as the keys of a path, with slashes for the user. A null name is

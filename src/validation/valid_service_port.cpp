@@ -33,7 +33,7 @@ std::int32_t vlan_or_none(const confd_value_t& value) {
   return value.type == C_INT32 ? CONFD_GET_INT32(&value) : valid::kNoVlan;
 }
 
-// The word for a change in the trace; null for an operation that is none.
+// The word for a change in the trace; null if the operation is no change.
 const char* change_name(maapi_iter_op op) {
   switch (op) {
     case MOP_CREATED:
@@ -66,7 +66,7 @@ int service_port_get_leafs(confd_value_t* values, std::uint32_t& sp, std::string
   }
   const valid::BranchPositions& branch =
       link == FM_PORT_TYPE_GPON ? valid::kGponPositions : valid::kXgsponPositions;
-  // The texts of the assertions below name these two positions.
+  // These names appear in the texts of the assertions below.
   const int SP_CONFD_VAL_OFFSET_ONU = branch.onu;
   const int SP_CONFD_VAL_OFFSET_GEM = branch.gem;
   confd_value_t* const name = &values[branch.interface_name];
@@ -120,7 +120,7 @@ int sp_get_values(std::int32_t /*sock*/, confd_trans_ctx* /*tctx*/, const confd_
     return -1;
   }
   const valid::BranchPositions& branch = is_gpon ? valid::kGponRequest : valid::kXgsponRequest;
-  // The texts of the assertions below name these three positions.
+  // These names appear in the texts of the assertions below.
   const int idx_svc_port = branch.interface_name;
   const int idx_onu = branch.onu;
   const int idx_gem = branch.gem;
@@ -145,14 +145,13 @@ int sp_get_values(std::int32_t /*sock*/, confd_trans_ctx* /*tctx*/, const confd_
 
 namespace {
 
-// The model lets an entry have neither branch, and does not let it have both; such an entry claims
-// no traffic.
+// The model allows an entry without a branch, but none with both. Neither claims any traffic.
 bool has_one_branch(const confd_value_t* values) {
   return valid::has_branch(values, valid::kGponPositions) !=
          valid::has_branch(values, valid::kXgsponPositions);
 }
 
-// Gives null, or the record for the trace.
+// Returns null, or the text of the trace record for a failure.
 const char* validate_object(confd_value_t* values, std::string& message,
                             MatchOverlapValidation& matches) {
   fm_port_type type{};
@@ -202,7 +201,7 @@ maapi_iter_ret iterate_detect_change_on_sp(confd_hkeypath_t* keypath, maapi_iter
   VALID_TRACE_IF(kTraceDetail, "service-port %s %s\n", valid::keypath_text(keypath).c_str(),
                  change);
   if (op == MOP_DELETED) {
-    return ITER_CONTINUE;  // a service port less brings no conflict
+    return ITER_CONTINUE;  // removing a service port makes no conflict
   }
   *changed = true;
   return ITER_STOP;
@@ -230,7 +229,7 @@ std::int32_t validate_sp_global_validation(std::int32_t sock, confd_trans_ctx* t
         if (message.empty()) {
           message = conflict;
         }
-        break;  // the next batch is looked at nevertheless: it counts towards the limit
+        break;  // the next batch is still read: it counts towards the limit
       }
       ++installed;
     }
@@ -270,14 +269,14 @@ std::int32_t service_port_delete_all_warning(std::int32_t sock, confd_trans_ctx*
   }
   const int in_running = cdb_num_instances(session.socket(), valid::kServicePorts);
   const int in_candidate = maapi_num_instances(sock, tctx->thandle, valid::kServicePorts);
-  // Without any ONU the card goes back to its factory settings, and nobody's traffic stops.
+  // Without ONUs the card returns to its factory settings, and no traffic stops.
   const bool is_load_factory = get_number_onus_in_candidate(sock, tctx) == 0;
   VALID_TRACE(kTraceFlow,
               "num_inst_in_running = %d, num_inst_in_candidate = %d, is_load_factory = %d.",
               in_running, in_candidate, is_load_factory ? 1 : 0);
   session.end();
 
-  // One lone service port may go without a question.
+  // A single service port may be removed without a question.
   if (in_candidate != 0 || in_running <= 1 || is_load_factory) {
     return trace.end(CONFD_OK);
   }
@@ -343,7 +342,7 @@ maapi_iter_ret iterate_sp_for_gem_check_validation(confd_hkeypath_t* keypath, ma
   valid::ServicePortRequest request;
   if (!request.read(sock, tctx, sp)) {
     VALID_TRACE(kTraceFlow, "Error to get SP %u values from ConfD (err=%s)", sp, confd_lasterr());
-    return ITER_STOP;  // what cannot be read is not held against the commit
+    return ITER_STOP;  // a value that cannot be read does not reject the commit
   }
   if (request.type(valid::kGponRequest) == request.type(valid::kXgsponRequest)) {
     return ITER_CONTINUE;

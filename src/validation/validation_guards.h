@@ -5,18 +5,18 @@
 #include "cl_elapsed_time.h"
 #include "confd_maapi.h"
 
-/// Guards, which several validators share, for what must be closed again.
+/// Guards that several validators share, for what must be closed again.
 namespace valid {
 
-/// The trace bracket of a validator. Open it first, leave with `return trace.end(result);`.
-/// Where a validator traces another figure than it returns: `trace.end(0); return -1;`.
-/// An exception that leaves the validator writes no end record.
+/// The trace bracket of a validator. Open it first, leave with `return trace.end(result);`. A
+/// validator that traces another figure than it returns writes `trace.end(0); return -1;`. An
+/// exception that leaves the validator writes no end record.
 class ValidationTrace {
  public:
   /// Starts the time and writes the begin record. The name is the validator's; it is not copied.
   explicit ValidationTrace(const char* name);
 
-  /// Writes the end record with the milliseconds so far and gives the result back.
+  /// Writes the end record with the milliseconds so far and returns the result.
   std::int32_t end(std::int32_t result) const;
 
  private:
@@ -29,7 +29,8 @@ class ValidationTrace {
 ///   while (mappings.next()) { ... mappings.entry().keys[0] ... }
 class Cursor {
  public:
-  /// The path is a MAAPI path format with its arguments. A text from outside goes in as "%s", text.
+  /// The path is a MAAPI path format with its arguments. Pass a text from outside as an argument
+  /// for "%s".
   template <typename... Args>
   Cursor(int sock, const confd_trans_ctx* tctx, const char* path, Args... args)
       : open_(maapi_init_cursor(sock, tctx->thandle, &cursor_, path, args...) == CONFD_OK) {}
@@ -37,13 +38,13 @@ class Cursor {
   Cursor& operator=(const Cursor&) = delete;
   ~Cursor();
 
-  /// Steps to the next entry. False at the end of the list, and where it cannot be read.
+  /// Steps to the next entry. Returns false at the end of the list, and if it cannot be read.
   bool next();
 
-  /// The current entry: `n` keys in `keys`, which stay with ConfD until the next step.
+  /// The current entry: `n` keys in `keys`, which ConfD owns; they are valid until the next step.
   maapi_cursor& entry() { return cursor_; }
 
-  /// Ends the walk but leaves the cursor open; ConfD reclaims it with the transaction.
+  /// Keeps the destructor from closing the cursor; ConfD frees it with the transaction.
   void release() { open_ = false; }
 
  private:
@@ -51,7 +52,7 @@ class Cursor {
   bool open_;
 };
 
-/// A query over the transaction, one selected node an entry, results as tagged values:
+/// A query over the transaction that selects one node of each entry, with results as tagged values:
 ///   Query onus(sock, tctx, xpath, chunk_size, "rg-profile");
 ///   while (const confd_query_result* chunk = onus.next_chunk()) { ... chunk->results[i].tv ... }
 ///   if (onus.failed()) ...
@@ -85,7 +86,7 @@ class Query {
 /// A read session on the committed configuration.
 class ConfigSession {
  public:
-  /// Whether a session that could not be opened is closed nevertheless.
+  /// Whether the session is closed even if it could not be opened.
   enum class AfterFailedStart { kEnd, kLeave };
 
   ConfigSession(const confd_trans_ctx* tctx, AfterFailedStart after_failed_start);
@@ -94,7 +95,7 @@ class ConfigSession {
   ~ConfigSession();
 
   [[nodiscard]] bool open() const { return socket_ > 0; }
-  /// The CDB socket; 0 or less where the session is not open.
+  /// The CDB socket; 0 or less if the session is not open.
   [[nodiscard]] int socket() const { return socket_; }
   /// Closes the session before the guard's scope ends.
   void end();

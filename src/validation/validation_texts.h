@@ -7,9 +7,8 @@
 
 namespace valid {
 
-/// No text that the plug-in prints into a buffer is longer than kTextSize - 1 characters; the rest
-/// is cut. Names, and texts that the daemon puts in place of the plug-in's own, may have any
-/// length, and this one is room for a sentence about the longest name.
+/// The size of a buffer for a text; what is longer is cut. It has room for a sentence about the
+/// longest name. Texts that the daemon sets in place of the plug-in's own may have any length.
 constexpr std::size_t kTextSize = 8192;
 constexpr std::size_t kKeypathTextSize = 1024;
 

@@ -16,7 +16,7 @@ constexpr const char* kVeip = "/config/profile/gpon/service-profile{%s}/vlan-map
 constexpr const char* kMappingUnreadable =
     "Failed getting service profiles uni ethernet port information.";
 
-/// The Ethernet ports of a mapping as ConfD gives them.
+/// The Ethernet ports of a mapping as ConfD returns them.
 class EthernetPorts {
  public:
   explicit EthernetPorts(const valid::VlanMapping& mapping)

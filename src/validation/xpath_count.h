@@ -16,15 +16,16 @@ struct Free {
 
 struct XpathResult {
   int result = CONFD_ERR;            ///< of the evaluation
-  std::unique_ptr<char, Free> text;  ///< null if it brought none
+  std::unique_ptr<char, Free> text;  ///< null if there is none
 };
 
 /// Evaluates the expression over the transaction.
 XpathResult evaluate_xpath(std::int32_t sock, const confd_trans_ctx* tctx,
                            const std::string& expression);
 
-/// The number that the result of a count() begins with. No value, and the reason in `error`, if the
-/// text has no digits; throws std::out_of_range for a number that is no int.
+/// The number that the result of a count() begins with. If the text begins with no number, returns
+/// no value and sets `error` to the reason. Throws std::out_of_range if the number is out of the
+/// range of an int.
 std::optional<int> count_in(const char* text, std::string& error);
 
 }  // namespace valid
