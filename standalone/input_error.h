@@ -6,8 +6,8 @@
 
 namespace tarnd {
 
-/// What the user gave is wrong: unreadable text, an unknown node, a value out of range. The text
-/// is one line for the user.
+/// The user's input is wrong: unreadable text, an unknown node, a value out of range. The text is
+/// one line for the user.
 class InputError : public std::runtime_error {
  public:
   explicit InputError(const std::string& text, std::size_t line = 0)

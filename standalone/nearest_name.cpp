@@ -9,7 +9,7 @@
 namespace tarnd {
 namespace {
 
-// One letter in so many may be wrong; in a shorter name, one.
+// One letter in this many may be wrong; in a shorter name, one.
 constexpr std::size_t kLettersPerError = 3;
 
 std::string lower_case(std::string_view text) {
@@ -53,11 +53,11 @@ std::optional<std::string_view> nearest(std::string_view wanted,
   const std::size_t most = std::max<std::size_t>(1, text.size() / kLettersPerError);
   std::optional<std::string_view> found;
   std::optional<std::string_view> longer;
-  std::size_t fewest = std::min(most + 1, text.size());  // of one letter none may be wrong
+  std::size_t fewest = std::min(most + 1, text.size());  // a name of one letter must be right
   for (const std::string_view candidate : candidates) {
     const std::string name = lower_case(candidate);
     if (!longer.has_value() && name.starts_with(text)) longer = candidate;
-    // The distance is at least that.
+    // A lower bound of the distance.
     if (size_difference(text, name) >= fewest) continue;
     const std::size_t distance = edit_distance(text, name);
     if (distance >= fewest) continue;

@@ -29,13 +29,14 @@ void set_call_hook(CallHook hook);
 /// Counts the call and asks the hook. Every platform function begins with it.
 bool enter_platform_call(PlatformCall call);
 
-/// Looks at each path that a platform call is given, as its format and arguments make it.
+/// Is called with each path that a platform call gets, after its arguments are inserted into its
+/// format.
 using PathHook = std::function<void(const std::string& path)>;
 
-/// Installs the hook, an empty one removes it. The hook stays with the process.
+/// Installs a hook in place of the one before; an empty hook removes it.
 void set_path_hook(PathHook hook);
 
-/// Shows the path to the hook. Every platform function that takes a path calls it, some twice.
+/// Calls the hook with the path. Every platform function that takes a path calls this, some twice.
 void enter_platform_path(const std::string& path);
 
 using CallCounts = std::array<std::uint64_t, static_cast<std::size_t>(PlatformCall::kCount)>;

@@ -50,7 +50,8 @@ std::string quoted(std::string_view text) {
   return "'" + std::string(text) + "'";
 }
 
-// UTF-8 without control characters: one that moves the cursor could hide what the line says.
+// UTF-8 without control characters, because one that moves the cursor could hide what the line
+// says.
 bool is_text(std::string_view line) {
   for (std::size_t at = 0; at < line.size();) {
     const std::optional<Letter> letter = letter_at(line, at);
@@ -82,7 +83,7 @@ std::string_view without_comment(std::string_view line) {
   return trimmed(text.substr(0, text.find('#')));
 }
 
-// A key by itself is a flag that is set.
+// A key without a value is a flag that is set.
 Entry entry_of(std::string_view text) {
   const std::size_t sign = text.find('=');
   if (sign == std::string_view::npos) return {bare(text), "true"};

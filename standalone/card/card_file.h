@@ -25,7 +25,7 @@ struct CardDescription {
 /// manageable-links, max-service-ports, xgspon. Throws InputError with the line.
 CardDescription parse_card(std::string_view text);
 
-/// The card that fm_* answers for from now on.
+/// Sets the card whose values fm_* return from now on.
 void insert_card(const CardDescription& card);
 
 }  // namespace tarnd

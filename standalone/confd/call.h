@@ -10,8 +10,8 @@
 
 namespace tarnd::confd {
 
-// How the calls begin. A result that is false, null or empty means that the call has failed:
-// confd_errno and the text of confd_lasterr are set, and the caller returns CONFD_ERR.
+// What a call does first. If one of these functions returns false, null or nothing, the call has
+// failed: confd_errno and the text of confd_lasterr are set, and the caller returns CONFD_ERR.
 
 /// Counts the call and asks the hook; if the hook refuses the call, it has failed with
 /// CONFD_ERR_UNAVAILABLE.

@@ -51,7 +51,7 @@ bool is_committed(const SessionState& session, const Path& path) {
     return has_committed_values(session, path);
   }
   if (transaction.committed(path) != nullptr) return true;
-  // A container without presence is there if its parent is.
+  // A container without presence exists if its parent does.
   return last.node->kind == NodeKind::kContainer && path.steps().size() > 1 &&
          is_committed(session, parent_of(session.model.schema(), path));
 }

@@ -6,7 +6,7 @@
 namespace tarnd::confd {
 
 /// Whether the committed configuration has the node of the path. A list or leaf-list without keys
-/// is there if it has an entry or value.
+/// exists if it has an entry or value.
 bool is_committed(const SessionState& session, const store::Path& path);
 
 }  // namespace tarnd::confd

@@ -11,7 +11,7 @@ struct Place {
   lyd_node* node = nullptr;    ///< the node at the path, or null
   lyd_node* parent = nullptr;  ///< the instance that the last element is part of, or null
   bool keyed = false;          ///< the last element names one entry of a list or leaf-list
-  /// The node is there, or it is a container without presence in a parent that exists.
+  /// The node exists, or it is a container without presence in a parent that exists.
   bool exists = false;
 };
 

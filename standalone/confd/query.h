@@ -32,7 +32,7 @@ struct Query {
   std::vector<Selection> selections;
 };
 
-/// Finds and sorts the results of a query; how they are handed out is the caller's to set. If it
+/// Finds and sorts the results of a query; the caller sets the form and size of its chunks. If it
 /// returns nothing, the call has failed.
 std::optional<Query> find_results(const Model& model, const store::Datastore& datastore,
                                   const QueryRequest& request);

@@ -10,7 +10,7 @@
 
 namespace tarnd::confd {
 
-/// What one element of a chunk is made of: a selector, and the result that it applies to.
+/// The source of one element of a chunk: a selector, and the result that it applies to.
 struct Selected {
   const Model& model;
   const store::Datastore& datastore;
@@ -53,8 +53,8 @@ class Chunk : public confd_query_result {
   std::size_t num_elements_;
 };
 
-/// An empty chunk for so many results with so many selected nodes each, or null if the form is
-/// unknown.
+/// An empty chunk for that number of results, each with that number of selected nodes; null if the
+/// form is unknown.
 std::unique_ptr<Chunk> make_chunk(confd_query_result_type form, std::size_t num_rows,
                                   std::size_t num_elements);
 

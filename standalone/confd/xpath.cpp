@@ -36,8 +36,7 @@ bool begins_step(char c) {
 }
 
 // Whether a node set may hold the document root, which is no node of the tree. Only a lone "/", the
-// steps
-// "." and "..", axes such as "self::" and functions lead to it.
+// steps "." and "..", axes such as "self::" and functions lead to it.
 bool may_name_root(std::string_view path) {
   if (path.find_first_of(".(") != std::string_view::npos ||
       path.find("::") != std::string_view::npos) {

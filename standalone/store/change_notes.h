@@ -12,31 +12,32 @@
 
 namespace tarnd::store {
 
-/// The operations of a NETCONF edit. kNone: the node is only on the way to others and must exist.
+/// The operations of a NETCONF edit. kNone: the node itself is not edited, only nodes below it; it
+/// must exist.
 enum class Operation : std::uint8_t { kMerge, kReplace, kCreate, kDelete, kRemove, kNone };
 
-/// Where entries begin, and other nodes with an operation: lines, or while the text is read
-/// offsets. Searched only when something is wrong.
+/// The places at which entries, and other nodes with an operation, begin in the text: lines, or
+/// offsets while the text is read. Searched only for an error message.
 using LinesOfNodes = std::vector<std::pair<const lyd_node*, std::size_t>>;
 
-/// The place of the node, or of the nearest one around it that has one.
+/// The place of the node, or of its nearest ancestor that has one.
 std::optional<std::size_t> place_of(const LinesOfNodes& lines, const lyd_node* node);
 
-/// A leaf that goes. It needs no value, so the edit's tree has no node for it.
+/// A leaf to be deleted. It needs no value, so the edit's tree has no node for it.
 struct LeafRemoval {
   const SchemaNode* leaf = nullptr;
   bool must_exist = false;  ///< "delete" and not "remove"
   std::size_t line = 0;
 };
 
-/// What an edit says beyond the nodes of its tree.
+/// What an edit contains besides the nodes of its tree.
 struct ChangeNotes {
   Operation default_operation = Operation::kMerge;
   /// Nodes with an operation of their own.
   std::unordered_map<const lyd_node*, Operation> operations;
-  /// By the parent in the edit's tree.
+  /// By their parent in the edit's tree.
   std::unordered_map<const lyd_node*, std::vector<LeafRemoval>> removals;
-  /// Nodes that have a note themselves or below.
+  /// Nodes with a note of their own or on a node below.
   std::unordered_set<const lyd_node*> noted;
   LinesOfNodes lines;
 };

@@ -25,14 +25,14 @@ bool in_model_and_key_order(const Change& left, const Change& right) {
          key_less(standing_node(left), standing_node(right));
 }
 
-// The changes below one node, gathered in any order.
+// The changes below one node, collected in any order.
 class ChildChanges {
  public:
   void add(std::optional<Change> change) {
     if (change.has_value()) changes_.push_back(std::move(*change));
   }
 
-  // The values of one leaf-list are one change, however many of them differ.
+  // All values of one leaf-list together are one change.
   void add_leaf_list(const SchemaNode& schema, std::vector<const lyd_node*> before,
                      std::vector<const lyd_node*> after) {
     std::sort(before.begin(), before.end(), value_less);
@@ -86,7 +86,7 @@ std::vector<const lyd_node*> values_of(const lyd_node* parent, const SchemaNode&
 
 void compare_children(const lyd_node* before, const lyd_node* after, ChildChanges& changes);
 
-// Of two instances of one container or one entry.
+// Compares two instances of one container or one entry.
 void add_difference(const lyd_node* before, const lyd_node* after, ChildChanges& changes) {
   ChildChanges below;
   compare_children(before, after, below);
@@ -98,7 +98,7 @@ void put_in_key_order(std::vector<const lyd_node*>& entries) {
   std::sort(entries.begin(), entries.end(), key_less);
 }
 
-// Entries of one list; or one container or leaf that only one of both sides has.
+// Notes entries of one list that only one side has, or such a container or leaf.
 void compare_entries(std::vector<const lyd_node*> before, std::vector<const lyd_node*> after,
                      ChildChanges& changes) {
   put_in_key_order(before);
@@ -115,7 +115,7 @@ void compare_entries(std::vector<const lyd_node*> before, std::vector<const lyd_
   for (; left != before.end(); ++left) changes.add(deleted(*left));
 }
 
-// Takes the instances of the model's node from where a walk over siblings is.
+// Takes the instances of the model's node that begin at this sibling, and moves past them.
 std::vector<const lyd_node*> take_instances(const lyd_node*& node, const SchemaNode& schema) {
   std::vector<const lyd_node*> instances;
   for (; node != nullptr && node->schema == schema.lysc; node = node->next) {
@@ -124,7 +124,7 @@ std::vector<const lyd_node*> take_instances(const lyd_node*& node, const SchemaN
   return instances;
 }
 
-// The walk over two rows of siblings goes on with the node that the model has first.
+// Of the next nodes of both rows of siblings, the one that comes first in the model.
 const SchemaNode& next_schema(const lyd_node* before, const lyd_node* after) {
   if (before == nullptr) return schema_of(after);
   if (after == nullptr) return schema_of(before);
@@ -133,8 +133,8 @@ const SchemaNode& next_schema(const lyd_node* before, const lyd_node* after) {
   return left.position < right.position ? left : right;
 }
 
-// Siblings are in the order of the model, and what is the same is most often in the same place,
-// too.
+// Siblings are in the order of the model, and equal nodes are mostly in the same place on both
+// sides.
 void compare_children(const lyd_node* before, const lyd_node* after, ChildChanges& changes) {
   const lyd_node* left = lyd_child(before);
   const lyd_node* right = lyd_child(after);
@@ -159,7 +159,7 @@ void compare_children(const lyd_node* before, const lyd_node* after, ChildChange
   }
 }
 
-// Of two instances of one node.
+// Compares two instances of one node.
 std::optional<Change> difference(const lyd_node* before, const lyd_node* after) {
   if (schema_of(after).kind == NodeKind::kLeaf) return changed_leaf(before, after);
   ChildChanges changes;
@@ -167,8 +167,8 @@ std::optional<Change> difference(const lyd_node* before, const lyd_node* after) 
   return with_children(before, after, changes.take());
 }
 
-// The values before the edits, told from those that stand now and the records of what came and
-// went.
+// The values before the edits: the present ones without those that were created, and those that
+// were deleted.
 std::vector<const lyd_node*> values_before(const EditRecord& parent, const SchemaNode& schema,
                                            const std::vector<const lyd_node*>& now) {
   std::vector<const lyd_node*> values;

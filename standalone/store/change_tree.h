@@ -7,7 +7,8 @@
 
 namespace tarnd::store {
 
-/// What differs between before and after, whatever edits led there; empty when nothing does.
+/// The differences between the configurations before and after, regardless of the edits in between;
+/// empty if there are none.
 std::optional<Change> change_tree(const EditRecord& record);
 
 }  // namespace tarnd::store

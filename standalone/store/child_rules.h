@@ -22,7 +22,7 @@ struct CaseRule {
   ChildRules rules;
 };
 
-/// Nodes of one case at most may exist, of a mandatory choice nodes of exactly one.
+/// Nodes of at most one case may exist; if the choice is mandatory, of exactly one.
 struct ChoiceRule {
   std::string name;
   bool mandatory = false;

@@ -42,10 +42,10 @@ int compare_values(const lyd_node* left, const lyd_node* right) {
   }
 }
 
-// Puts all instances of one list or leaf-list into the order given.
+// Puts all instances of one list or leaf-list into the given order.
 void put_in_order(const lyd_node* parent, std::span<lyd_node* const> ordered) {
   if (ordered.empty()) return;
-  // What stands right stays; the rest is appended anew, one behind the other.
+  // What is in place stays; the rest is removed and appended again, one after the other.
   std::size_t right = 0;
   const lyd_node* stands = ordered.front();
   const bool first_stands = stands->prev->next == nullptr || stands->prev->schema != stands->schema;
@@ -85,13 +85,13 @@ bool key_less(const lyd_node* left, const lyd_node* right) {
 
 lyd_node* child_instance(const lyd_node* parent, const SchemaNode& node) {
   if (node.is_key()) {
-    // Keys come first in an entry and are few.
+    // An entry's keys are its first children, and they are few.
     lyd_node* key = lyd_child(parent);
     while (key != nullptr && key->schema != node.lysc) key = key->next;
     return key;
   }
   // The others follow in the order of the model, most of them before the entries of any list. What
-  // does not stand among the first is found by its hash.
+  // is not among the first ones is found by its hash.
   constexpr int kSiblingsToTry = 16;
   lyd_node* sibling = lyd_child(parent);
   for (int i = 0; i < kSiblingsToTry; ++i, sibling = sibling->next) {
@@ -165,7 +165,7 @@ void TreeKeeper::mark_unordered(const lyd_node* parent, const SchemaNode& list) 
 Datastore::Datastore(const Schema& schema)
     : schema_(schema), keeper_(std::make_unique<TreeKeeper>()) {
   lyd_new_inner(nullptr, schema.root().lysc->module, schema.root().name.c_str(), 0, &root_);
-  // A container that counts as a default itself would be left without its own.
+  // A container that is itself marked as a default would be left without its default leaves.
   root_->flags &= ~static_cast<std::uint32_t>(LYD_DEFAULT);
   lyd_new_implicit_tree(root_, LYD_IMPLICIT_NO_STATE, nullptr);
 }
@@ -181,7 +181,7 @@ void Datastore::load(const std::string& text, Format format) {
   keeper_->unordered_lists.merge(loaded.unordered);
 }
 
-// Asked of the store as its entries are: callers need not know which reads do without the indexes.
+// Members like the reads that use the indexes, so that callers need not know which ones do.
 // NOLINTNEXTLINE(readability-convert-member-functions-to-static)
 lyd_node* Datastore::child(const lyd_node* parent, const SchemaNode& node) const {
   return child_instance(parent, node);
@@ -244,7 +244,8 @@ void Datastore::settle_order() const {
 
 std::string Datastore::print(Format format) const {
   settle_order();
-  // An empty configuration is one, too; libyang leaves out containers that count as defaults.
+  // An empty configuration must be printed, too, but libyang leaves out containers that are marked
+  // as defaults.
   root_->flags &= ~static_cast<std::uint32_t>(LYD_DEFAULT);
   char* text = nullptr;
   const LY_ERR result = lyd_print_mem(&text, root_, libyang_format(format), LYD_PRINT_WD_EXPLICIT);

@@ -14,8 +14,8 @@ namespace tarnd::store {
 
 class TreeKeeper;
 
-/// The configuration as one tree. While a Transaction is open the tree shows what the transaction
-/// would leave, and the Transaction remembers what stood before.
+/// The configuration as one tree. While a Transaction is open, the tree is the configuration that
+/// its commit would make, and the Transaction keeps what was changed.
 class Datastore {
  public:
   explicit Datastore(const Schema& schema);
@@ -23,14 +23,15 @@ class Datastore {
   Datastore& operator=(const Datastore&) = delete;
   ~Datastore();
 
-  /// Replaces everything by the configuration in the text. Throws InputError, the old one stays.
+  /// Replaces everything by the configuration in the text. Throws InputError; the old configuration
+  /// then stays.
   void load(const std::string& text, Format format);
 
   [[nodiscard]] const Schema& schema() const { return schema_; }
-  /// The instance of `config`; always there.
+  /// The instance of `config`, which always exists.
   [[nodiscard]] lyd_node* root() const { return root_; }
 
-  /// A container or leaf below the parent, or null. A leaf with its default in effect is there.
+  /// A container or leaf below the parent, or null. A leaf whose default is in effect exists.
   [[nodiscard]] lyd_node* child(const lyd_node* parent, const SchemaNode& node) const;
   /// The entry with these canonical key texts, or null.
   [[nodiscard]] lyd_node* entry(const lyd_node* parent, const SchemaNode& list,
@@ -41,11 +42,11 @@ class Datastore {
   /// The values of a leaf-list in ascending order.
   [[nodiscard]] std::vector<lyd_node*> leaf_list(const lyd_node* parent,
                                                  const SchemaNode& node) const;
-  /// The node at the path; null where nothing is, and for a list or leaf-list without keys.
+  /// The node at the path; null if it does not exist, and for a list or leaf-list without keys.
   [[nodiscard]] lyd_node* find(const Path& path) const;
 
-  /// Puts lists that got new entries in between back into key order, and leaf-lists into ascending
-  /// order, for readers that follow the tree itself (XPath, printing).
+  /// Restores the key order of lists, and the ascending order of leaf-lists, after new instances
+  /// were inserted, for readers that follow the tree itself (XPath, printing).
   void settle_order() const;
 
   /// The whole configuration as text, encrypted leaves encrypted, defaults left out.

@@ -21,7 +21,7 @@ bool exists(const lyd_node* parent, const lysc_node* schema) {
   return child_instance(parent, *static_cast<const SchemaNode*>(schema->priv)) != nullptr;
 }
 
-// Takes each data node of the case, those of choices inside it included.
+// Calls `take` with each data node of the case, those of choices inside it included.
 template <typename Take>
 void for_each_node(const lysc_node* one, Take take) {
   for (const lysc_node* node = lysc_node_child(one); node != nullptr; node = node->next) {
@@ -42,7 +42,7 @@ bool in_use(const lyd_node* parent, const lysc_node* one) {
   return given;
 }
 
-// A container that is given empty does not bring its case into use.
+// An empty container in the text does not bring its case into use.
 void drop_empty_containers(const lyd_node* parent, const lysc_node* one) {
   for_each_node(one, [&](const SchemaNode& schema) {
     lyd_node* node = child_instance(parent, schema);
@@ -50,7 +50,8 @@ void drop_empty_containers(const lyd_node* parent, const lysc_node* one) {
   });
 }
 
-// The case that is in use, or the one by default; nothing is left of the others.
+// The case that is in use, or else the default case or null. Removes the empty containers of all
+// other cases.
 const lysc_node* settle_case(const lyd_node* parent, const lysc_node* choice) {
   const lysc_node* used = nullptr;
   for (const lysc_node* one = lysc_node_child(choice); one != nullptr; one = one->next) {
@@ -103,10 +104,10 @@ void add_missing(lyd_node* parent, const lysc_node* around) {
   }
 }
 
-// Those of the node alone: the nodes below it have theirs already.
+// Adds the defaults of the node alone: the nodes below it have theirs already.
 void bring_own_defaults(lyd_node* node) {
   add_missing(node, node->schema);
-  // Adding a leaf took the mark away.
+  // Adding a leaf removed the container's mark.
   if (is_empty_container(node)) node->flags |= kDefault;
 }
 

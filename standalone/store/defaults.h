@@ -4,9 +4,9 @@
 
 namespace tarnd::store {
 
-/// Adds what the model has in effect at and below the node although nobody gave it: leaves with
-/// their defaults and containers without presence. Containers that hold nothing given count as
-/// defaults afterwards, as libyang has it.
+/// Adds the model's defaults at and below the node: leaves with a default value, and containers
+/// without presence. Afterwards a container with nothing but defaults is marked as a default
+/// itself, as libyang expects.
 void bring_defaults(lyd_node* tree);
 
 }  // namespace tarnd::store

@@ -54,7 +54,7 @@ class Editor {
     return found != notes_.operations.end() ? found->second : inherited;
   }
 
-  // An edit that gives nodes of two cases of one choice has no meaning.
+  // An edit with nodes of two cases of one choice is contradictory.
   void check_cases(const lyd_node* node) const {
     std::map<const lysc_node*, const lyd_node*> first_of_choice;
     for (const lyd_node* child = lyd_child(node); child != nullptr; child = child->next) {
@@ -73,8 +73,8 @@ class Editor {
     }
   }
 
-  // `inherited` is what a node without an operation of its own has: merge, or none on the way to
-  // others.
+  // `inherited` is the operation of a node without one of its own: merge, or none if only nodes
+  // below it are edited.
   void apply_children(lyd_node* edit, lyd_node* parent, Operation inherited) {
     const auto removals = notes_.removals.find(edit);
     if (removals != notes_.removals.end()) {
@@ -132,7 +132,8 @@ class Editor {
     log_.insert(parent, without_edit_marks(edit));
   }
 
-  // A whole new subtree moves from the edit into the tree; one with operations inside is built up.
+  // A new subtree is moved from the edit into the tree as a whole, or built node by node if it has
+  // operations inside.
   void add(lyd_node* edit, lyd_node* parent) {
     leave_other_cases(edit, parent);
     if (!notes_.noted.contains(edit)) {
@@ -163,8 +164,8 @@ class Editor {
     }
   }
 
-  // Takes the node out; what the model keeps in its place (a default, an empty container) comes
-  // back.
+  // Removes the node, and then adds what the model has in its place (a default, an empty
+  // container).
   void take_away(lyd_node* node) {
     const SchemaNode& schema = schema_of(node);
     if (schema.kind == NodeKind::kContainer && case_around(node->schema) == nullptr) {
@@ -186,7 +187,7 @@ class Editor {
   void bring_default(lyd_node* parent, const SchemaNode& leaf) {
     const auto* schema = reinterpret_cast<const lysc_node_leaf*>(leaf.lysc);
     if (schema->dflt == nullptr || case_around(leaf.lysc) != nullptr) return;
-    // libyang makes a leaf only in its place; the log is to see it come.
+    // libyang makes a leaf only in its place, but the log must record that it was linked there.
     lyd_node* node = nullptr;
     lyd_new_term(parent, nullptr, leaf.name.c_str(),
                  lyd_value_get_canonical(datastore_.schema().context(), schema->dflt), 0, &node);
@@ -196,7 +197,7 @@ class Editor {
     log_.insert(parent, node);
   }
 
-  // A node of one case of a choice ends the other cases.
+  // Creating a node of one case of a choice removes the nodes of its other cases.
   void leave_other_cases(const lyd_node* edit, lyd_node* parent) {
     const lysc_node* own = case_around(edit->schema);
     if (own == nullptr) return;
@@ -253,7 +254,8 @@ class Editor {
   const ChangeNotes& notes_;
 };
 
-// The container of a case that lost all it held is gone with its case.
+// If a container loses its last node in a case, the case is no longer in use, and the container is
+// removed.
 void find_empty_cases(const EditRecord& record, std::vector<lyd_node*>& found) {
   if (record.after == nullptr) return;
   const bool is_case_container =

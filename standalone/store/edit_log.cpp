@@ -64,8 +64,8 @@ std::ptrdiff_t EditLog::growth(const EditRecord& parent, const SchemaNode& list)
   return 0;
 }
 
-// The tracked record of a standing node, made where there is none; null where a created or swapped
-// node above covers it.
+// The tracked record of a node in the tree, made if there is none; null if an ancestor was created
+// or swapped, whose record covers the node.
 EditRecord* EditLog::track(lyd_node* node) {
   if (EditRecord* record = record_of(node); record != nullptr) {
     return record->tracked() ? record : nullptr;
@@ -120,8 +120,8 @@ void EditLog::note_removal(lyd_node* parent, lyd_node* node) {
   EditRecord* parent_record = track(parent);
   EditRecord* record = record_of(node);
   if (record != nullptr && record->tracked()) {
-    // What is kept aside is the node as it was before all edits.
-    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 does not compile libstdc++'s reversed views
+    // The record keeps the node as it was before all edits. NOLINTNEXTLINE(modernize-loop-convert):
+    // clang 14 does not compile libstdc++'s reversed views
     for (auto child = record->children.rbegin(); child != record->children.rend(); ++child) {
       undo(**child, node);
     }

@@ -12,12 +12,12 @@
 
 namespace tarnd::store {
 
-/// What happened at one place of the tree since the transaction began.
+/// What has happened at one place of the tree since the transaction began.
 ///
-///   tracked   before == after: the node itself stands, its children have records
+///   tracked   before == after: the node is still there, its children have records
 ///   created   before null, after in the tree
-///   deleted   before kept aside by the record, after null
-///   swapped   both, and different nodes: before kept aside, after in the tree
+///   deleted   before kept by the record, after null
+///   swapped   both, and different nodes: before kept by the record, after in the tree
 ///   nothing   both null: created and deleted again
 struct EditRecord {
   const SchemaNode* schema = nullptr;
@@ -25,49 +25,49 @@ struct EditRecord {
   lyd_node* before = nullptr;
   lyd_node* after = nullptr;
   std::vector<std::unique_ptr<EditRecord>> children;
-  /// How many more entries a list has than before; of the lists that lost or got some.
+  /// How many more entries each list that lost or got some has than before.
   std::vector<std::pair<const SchemaNode*, std::ptrdiff_t>> growth;
 
   [[nodiscard]] bool tracked() const { return before != nullptr && before == after; }
 };
 
-/// Changes the tree node by node and can take all of it back. A node's record exists only where
-/// something changed; what happens below a created or swapped node is covered by that node's.
+/// Changes the tree node by node and can undo all changes. A node has a record only if it or
+/// something below it changed. Below a created or swapped node there are no further records.
 class EditLog {
  public:
-  /// Both stay with the caller; `root` is the datastore's own pointer to its tree.
+  /// The caller owns both; `root` is the datastore's own pointer to its tree.
   EditLog(TreeKeeper& keeper, lyd_node*& root);
 
-  /// Links a node that stands alone below the parent, which stands in the tree.
+  /// Links an unlinked node below the parent, which is in the tree.
   void insert(lyd_node* parent, lyd_node* node);
-  /// Takes a node and all below out of the tree.
+  /// Takes a node and everything below it out of the tree.
   void remove(lyd_node* node);
-  /// Puts another whole tree in place.
+  /// Replaces the whole tree.
   void swap_root(lyd_node* root);
 
   void undo();
-  /// Takes the edits out of the tree, which then is as it was before them, and puts them in again.
-  /// In between nothing may be edited. Costs what the edits touched.
+  /// set_aside() takes the edits out of the tree, bring_back() puts them in again; nothing may be
+  /// edited in between. The cost grows with the edits.
   void set_aside();
   void bring_back();
-  /// Makes the edits of another log of this tree, all later than its own, its own; that log is
-  /// empty afterwards.
+  /// Moves the edits of another log of this tree into this one. They must be later than its own;
+  /// the other log is empty afterwards.
   void take_over(EditLog& later);
-  /// Frees what was kept aside; nothing can be taken back afterwards.
+  /// Frees the nodes that the records keep; nothing can be undone afterwards.
   void keep();
 
-  /// The record of `config`, or null when nothing was touched.
+  /// The record of `config`, or null if nothing was changed.
   [[nodiscard]] const EditRecord* root_record() const { return root_record_.get(); }
   /// The node's own record, or null.
   [[nodiscard]] EditRecord* record_of(const lyd_node* node) const;
-  /// The record of the node of this key that is gone from below the parent, or null.
+  /// The record of the removed child of the parent that had this key, or null.
   [[nodiscard]] const EditRecord* gone(const EditRecord& parent, const SchemaNode& schema,
                                        InstanceKey key) const;
-  /// How many more entries of the list there are below the parent than before.
+  /// How many more entries of the list the parent has than before.
   [[nodiscard]] static std::ptrdiff_t growth(const EditRecord& parent, const SchemaNode& list);
 
  private:
-  // Where a node may be gone from, and which.
+  // A parent, and what identifies a node that may have been removed from it.
   struct Place {
     const EditRecord* parent;
     const SchemaNode* schema;
@@ -106,7 +106,7 @@ class EditLog {
   lyd_node*& root_;
   std::unique_ptr<EditRecord> root_record_;
   std::unordered_map<const lyd_node*, EditRecord*> by_node_;
-  // Records whose nodes are gone: they may come back.
+  // Records of removed nodes, to be found if such a node is created again.
   std::unordered_set<EditRecord*, GoneHash, GoneEqual> gone_;
 };
 

@@ -12,7 +12,7 @@ std::size_t mix(std::size_t seed, std::string_view text) {
   return seed * 31 + std::hash<std::string_view>{}(text);
 }
 
-// The first of the nodes whose values are the key, and how many they are.
+// The first of the nodes whose values are the key, and their number.
 struct KeyNodes {
   const lyd_node* first = nullptr;
   std::size_t count = 0;

@@ -9,19 +9,19 @@
 
 namespace tarnd::store {
 
-/// What tells the instances of one node of the model apart: an entry's keys, the value of a
-/// leaf-list, nothing for the others. As texts they are canonical, as in a PathStep.
+/// What identifies an instance among those of one node of the model: an entry's keys, or the value
+/// of a leaf-list; nothing for other nodes. The texts are canonical, as in a PathStep.
 using InstanceKey = std::span<const std::string>;
 
 std::size_t key_hash(const lyd_node* node);
 std::size_t key_hash(InstanceKey key);
 
-/// True when the node, an instance of the model's node that the key is meant for, has this key.
+/// Whether the node has this key. It must be an instance of the model's node that the key is for.
 bool has_key(const lyd_node* node, InstanceKey key);
 
-/// Two leaves, or values of leaf-lists, of one model.
+/// Compares two leaves, or values of leaf-lists, of one model.
 inline bool same_value(const lyd_node* left, const lyd_node* right) {
-  // libyang keeps equal texts once.
+  // libyang stores equal texts once.
   const char* l = lyd_get_value(left);
   const char* r = lyd_get_value(right);
   return l == r || std::strcmp(l, r) == 0;

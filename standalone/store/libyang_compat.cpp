@@ -21,7 +21,7 @@ std::string place_of(const ly_err_item& error) {
 
 std::string take_libyang_error(ly_ctx* context) {
   const ly_err_item* item = ly_err_first(context);
-  // The first error is the cause, those behind it its consequences.
+  // The first error is the cause, the later ones are its consequences.
   while (item != nullptr && item->level != LY_LLERR) item = item->next;
   std::string text = item != nullptr && item->msg != nullptr ? item->msg : "unknown error";
   const std::string place = item != nullptr ? place_of(*item) : "";

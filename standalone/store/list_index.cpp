@@ -7,7 +7,8 @@
 namespace tarnd::store {
 namespace {
 
-// As many are taken out of the order at once; a look through the whole of it costs more.
+// Up to this many entries are looked up in the order one by one; for more, one pass over the whole
+// order costs less.
 constexpr int kHandful = 16;
 
 }  // namespace
@@ -15,7 +16,7 @@ constexpr int kHandful = 16;
 ListIndex::ListIndex(const lyd_node* parent, const SchemaNode& list) {
   lyd_node* entry = nullptr;
   if (lyd_find_sibling_val(lyd_child(parent), list.lysc, nullptr, 0, &entry) != LY_SUCCESS) return;
-  // Entries of one list stand side by side.
+  // Entries of one list are neighbours.
   for (; entry != nullptr && entry->schema == list.lysc; entry = entry->next) {
     ordered_.push_back(entry);
   }
@@ -48,7 +49,7 @@ bool ListIndex::insert(lyd_node* entry) {
 
 void ListIndex::erase(lyd_node* entry) {
   if (by_key_.erase(entry) == 0 || came_.erase(entry) == 1) return;
-  // Keys can be compared as long as nothing in the order is gone.
+  // Keys can be compared only while no entry of the order has been removed.
   if (gone_.empty() && erased_at_once_ < kHandful) {
     ++erased_at_once_;
     ordered_.erase(std::lower_bound(ordered_.begin(), ordered_.end(), entry, key_less));

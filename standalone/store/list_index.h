@@ -9,19 +9,20 @@
 
 namespace tarnd::store {
 
-/// The entries of one list of one parent: by key through a hash, and in key order. Entries may come
-/// and go in any order at little cost; the next read of the order pays for all of them together.
+/// The entries of one list of one parent: by key through a hash, and in key order. Adding and
+/// removing an entry costs little; the next read of the order brings it up to date for all of them
+/// at once.
 class ListIndex {
  public:
-  /// Indexes what stands below the parent now.
+  /// Indexes the entries that are below the parent now.
   ListIndex(const lyd_node* parent, const SchemaNode& list);
 
   [[nodiscard]] std::span<lyd_node* const> ordered() const;
   [[nodiscard]] lyd_node* find(InstanceKey keys) const;
 
-  /// Returns true when the entry belongs behind all others, as far as that is known at once.
+  /// Returns true if the entry belongs after all others, as far as that is known without sorting.
   bool insert(lyd_node* entry);
-  /// The entry still has its keys.
+  /// Called while the entry still has its keys.
   void erase(lyd_node* entry);
 
  private:
@@ -39,8 +40,8 @@ class ListIndex {
 
   void settle() const;
 
-  // In key order, but with entries that are gone and without some that came. An entry that is gone
-  // may be freed: only its address is compared. One that came later may have the same address.
+  // In key order, but with removed entries and without some new ones. A removed entry may have been
+  // freed: only its address is compared, and a new entry may have the same address.
   mutable std::vector<lyd_node*> ordered_;
   mutable std::unordered_set<const lyd_node*> gone_;
   mutable std::unordered_set<lyd_node*> came_;
@@ -48,11 +49,11 @@ class ListIndex {
   std::unordered_set<lyd_node*, Hash, Equal> by_key_;
 };
 
-/// The indexes of a tree, each made when its list is first asked for.
+/// The indexes of a tree, each made when its list is first needed.
 class IndexSet {
  public:
   ListIndex& of(const lyd_node* parent, const SchemaNode& list);
-  /// The index if it was made already, else null.
+  /// The index if it was already made, or else null.
   ListIndex* made(const lyd_node* parent, const SchemaNode& list);
   /// Drops the indexes of everything below the node, which is about to be freed.
   void forget_below(const lyd_node* node);

@@ -15,13 +15,13 @@ bool is_number(std::string_view text) {
          std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// "007" and "7" are the same key; what is no number stays as it is and finds nothing.
+// "007" and "7" are the same key. A text that is no number stays as it is and finds nothing.
 void drop_leading_zeros(std::string& text) {
   if (text.size() < 2 || text.front() != '0' || !is_number(text)) return;
   text.erase(0, std::min(text.find_first_not_of('0'), text.size() - 1));
 }
 
-// "enum<4>" is how an enumeration prints where its type is not known.
+// An enumeration whose type is not known prints as "enum<4>".
 void name_enumeration(const SchemaNode& key, std::string& text) {
   if (!text.starts_with(kEnumOpen) || text.back() != '>') return;
   const std::string number = text.substr(kEnumOpen.size(), text.size() - kEnumOpen.size() - 1);
@@ -68,7 +68,7 @@ class Reader {
     return take_until([](char c) { return c == '/' || c == '{'; });
   }
 
-  // The key values behind an opening brace; false when the closing one is missing.
+  // The key values after an opening brace; false if the closing one is missing.
   bool keys(std::vector<std::string>& result) {
     for (;;) {
       while (take(' ')) {
@@ -81,7 +81,7 @@ class Reader {
   }
 
  private:
-  // Names and keys are short: a look at each character costs less than a search.
+  // Names and keys are short: looking at each character costs less than a library search.
   template <typename Ends>
   std::string_view take_until(Ends ends) {
     const std::size_t begin = pos_;

@@ -9,10 +9,10 @@
 
 namespace tarnd::store {
 
-/// One element of a path: a node and, behind a list's name, the key values of one entry.
+/// One element of a path: a node and, for a list, the key values of one entry.
 struct PathStep {
   const SchemaNode* node = nullptr;
-  std::vector<std::string> keys;  ///< canonical texts; empty where the path gave none
+  std::vector<std::string> keys;  ///< canonical texts; empty if the path has none
   bool keyed = false;             ///< braces followed the name; keys is empty for "{}"
 };
 
@@ -20,24 +20,26 @@ struct PathStep {
 class Path {
  public:
   /// Reads "/config/interface/gpon{1 1 3}/onu". A trailing slash, a slash before a brace and the
-  /// model's prefix before the first name are harmless; a key may stand in double quotes, with a
-  /// backslash before a quote or a backslash inside. Enumeration keys are given by name or as
+  /// model's prefix before the first name are allowed. A key may be in double quotes, in which a
+  /// backslash goes before a quote or a backslash. Enumeration keys are written by name or as
   /// "enum<N>". On failure the result is empty and *why is one line.
   static std::optional<Path> parse(const Schema& schema, std::string_view text, std::string* why);
 
   [[nodiscard]] const std::vector<PathStep>& steps() const { return steps_; }
   [[nodiscard]] const PathStep& last() const { return steps_.back(); }
-  /// An element has braces without, or with the wrong number of, keys: no such entry can exist.
+  /// Whether an element has braces without keys or with a wrong number of them: no such entry can
+  /// exist.
   [[nodiscard]] bool names_impossible_entry() const;
 
  private:
   std::vector<PathStep> steps_;
 };
 
-/// The path of a data node in the form that Path::parse reads, keys quoted where they need it.
+/// The path of a data node in the form that Path::parse reads, with quotes around keys that need
+/// them.
 std::string path_of(const lyd_node* node);
 
-/// A key as it stands between the braces of a path.
+/// A key as a path has it between braces.
 std::string quote_key(std::string_view key);
 
 }  // namespace tarnd::store

@@ -10,7 +10,7 @@ namespace tarnd::store {
 namespace {
 
 constexpr const char* kModule = "base";
-// The annotation for edit operations stands in this module.
+// The module that declares the annotation for edit operations.
 constexpr const char* kEditModule = "ietf-netconf";
 
 std::string_view without_prefix(std::string_view name) {
@@ -31,7 +31,7 @@ NodeKind kind_of(const lysc_node* node) {
   }
 }
 
-// The compiled model no longer knows the name of a leaf's type, the parsed one does.
+// The name of a leaf's type is in the parsed model only, not in the compiled one.
 std::string_view type_name(const lysc_node* node) {
   const auto* parsed = static_cast<const lysp_node*>(node->priv);
   if (parsed->nodetype == LYS_LEAF) {
@@ -151,8 +151,8 @@ bool refers_elsewhere(const lysc_node* node) {
   return type != nullptr && refers_elsewhere(type);
 }
 
-// A transaction has only what it edited validated. That is enough as long as no rule of the model
-// looks beyond a node and its direct surroundings.
+// A transaction validates only what it edited. That is enough as long as no rule of the model looks
+// beyond a node, its parent and its children.
 void check_rules_are_local(const lysc_node* node) {
   if (lysc_node_musts(node) != nullptr || lysc_node_when(node) != nullptr || counts_entries(node) ||
       refers_elsewhere(node)) {
@@ -180,7 +180,7 @@ bool SchemaNode::is_key() const {
 }
 
 Schema::Schema(const std::filesystem::path& model_dir) : context_(nullptr, ly_ctx_destroy) {
-  // libyang would print what it thinks; its words belong into our own errors.
+  // libyang would print its messages; they belong in our own errors.
   ly_log_options(LY_LOSTORE);
   ly_ctx* new_context = nullptr;
   const auto options = static_cast<std::uint16_t>(LY_CTX_NO_YANGLIBRARY | LY_CTX_SET_PRIV_PARSED |
@@ -200,7 +200,7 @@ Schema::Schema(const std::filesystem::path& model_dir) : context_(nullptr, ly_ct
   if (nodes_.empty()) throw InputError("the model has no top-level container");
   root_ = &nodes_.front();
 
-  // From here on a node of the model leads to ours.
+  // From now on a node of the compiled model points to its SchemaNode.
   ly_ctx_unset_options(new_context, LY_CTX_SET_PRIV_PARSED);
   for (SchemaNode& node : nodes_) const_cast<lysc_node*>(node.lysc)->priv = &node;
   for (SchemaNode& node : nodes_) node.rules = child_rules(node.lysc);
@@ -216,7 +216,8 @@ std::string_view Schema::prefix() const {
   return module_->prefix;
 }
 
-// Adds the node and its later siblings; the nodes of a choice join those around it.
+// Adds the node and its later siblings. The nodes of a choice are added as children of the node
+// around it.
 void Schema::add(const lysc_node* node, SchemaNode* parent) {
   for (; node != nullptr; node = node->next) {
     check_rules_are_local(node);

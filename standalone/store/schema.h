@@ -17,7 +17,7 @@ namespace tarnd::store {
 
 enum class NodeKind : std::uint8_t { kContainer, kPresence, kList, kLeaf, kLeafList };
 
-/// The type of a leaf as its readers tell types apart; kUnion values carry a member's type.
+/// The type of a leaf, as far as its readers need it. Each value of a kUnion has a member's type.
 enum class ValueKind : std::uint8_t {
   kNone,
   kString,
@@ -56,7 +56,7 @@ struct SchemaNode {
   const SchemaNode* parent = nullptr;
   std::vector<const SchemaNode*> children;  ///< in the order of the model, a list's keys first
   std::size_t num_keys = 0;                 ///< of a list: its first children are the keys
-  std::size_t position = 0;                 ///< rank among all nodes, in the order of the model
+  std::size_t position = 0;                 ///< position among all nodes, in the order of the model
   std::vector<ValidationPoint> points;
   ChildRules rules;
 
@@ -67,7 +67,7 @@ struct SchemaNode {
   [[nodiscard]] bool is_key() const;
 };
 
-/// The loaded model. Outlives every tree that was parsed with it.
+/// The loaded model. Must outlive every tree that was read with it.
 class Schema {
  public:
   /// Reads base.yang and what it imports from the folder. Throws InputError.
@@ -95,7 +95,7 @@ class Schema {
   const SchemaNode* root_ = nullptr;
 };
 
-/// The model's node behind a data node of a tree parsed with a Schema.
+/// The model's node of a data node, in a tree that was read with a Schema.
 inline const SchemaNode& schema_of(const lyd_node* node) {
   return *static_cast<const SchemaNode*>(node->schema->priv);
 }

@@ -32,7 +32,7 @@ class Transaction::Impl {
   lyd_node*& root;
   EditLog log;
   std::optional<Change> changes;
-  /// A whole new configuration stands here as it was read, and reading it validated it.
+  /// Reading a whole new configuration has validated it already.
   bool valid_as_read = false;
 };
 
@@ -94,8 +94,8 @@ CommittedSight::~CommittedSight() {
 
 namespace {
 
-// Where a path leads in the configuration before the edits: the node and, while it still stands in
-// the tree, the record of what happened below it.
+// The node to which a path leads in the configuration before the edits and, if the node is still in
+// the tree, the record of the changes below it.
 struct CommittedPlace {
   const lyd_node* node = nullptr;
   const EditRecord* record = nullptr;

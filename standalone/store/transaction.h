@@ -8,16 +8,16 @@
 
 namespace tarnd::store {
 
-/// What a transaction does to one node. The root change is that of `config`; below it stand only
-/// nodes on the way to a change.
+/// What a transaction does to one node. The root change is that of `config`; below it are only
+/// nodes that changed or that have a change below.
 ///
-///   created   before null, after in the tree      (its children are not listed: all are new)
-///   deleted   before kept aside, after null       (its children are not listed: all are gone)
-///   changed   both; of a leaf the old and the new value, else the children say what changed
+///   created   before null, after in the tree          (its children are not listed: all are new)
+///   deleted   before kept by the log, after null      (its children are not listed: all are gone)
+///   changed   both: a leaf's old and new value; other nodes have changes below them
 ///
-/// A leaf with a default always has an instance: deleting it where the default differs is a change.
-/// A leaf-list is one change for all its values, told by `values_before` and `values_after`,
-/// both in ascending order.
+/// A leaf with a default always has an instance: deleting it is a change of its value, if that
+/// differs from the default. All values of a leaf-list are one change, with `values_before` and
+/// `values_after` in ascending order.
 struct Change {
   const SchemaNode* schema = nullptr;
   const lyd_node* before = nullptr;
@@ -27,12 +27,12 @@ struct Change {
   std::vector<Change> children;  ///< in the order of the model, within a list in key order
 };
 
-/// True where the subtree of a created or deleted node holds what counts as a change: an entry, a
-/// presence container or a leaf that was given, not only defaults and empty containers.
+/// Whether the subtree of a created or deleted node has more than defaults and empty containers: an
+/// entry, a presence container, or a leaf whose value was set.
 bool has_given_content(const lyd_node* node);
 
-/// One edit of the datastore, in place. At most one is open at a time. Destroyed without commit()
-/// it puts everything back as it was.
+/// Edits of the datastore, in place. At most one transaction is open at a time. If it is destroyed
+/// without commit(), it undoes everything.
 class Transaction {
  public:
   explicit Transaction(Datastore& datastore);
@@ -44,24 +44,25 @@ class Transaction {
   /// the transaction is then as it was before this edit.
   void edit(const std::string& text, Format format);
 
-  /// Makes the text the whole new configuration. Throws InputError; the transaction is then as it
-  /// was.
+  /// Replaces the whole configuration by that in the text. Throws InputError; the transaction is then
+  /// as it was.
   void replace(const std::string& text, Format format);
 
-  /// Ends the edits: brings defaults into effect, checks what was edited against the model and
-  /// settles what changed. Throws InputError.
+  /// Ends the edits: adds defaults, checks what was edited against the model, and computes the
+  /// changes. Throws InputError.
   void prepare();
 
-  /// After prepare(): the change of `config`, or null when nothing differs.
+  /// After prepare(): the change of `config`, or null if nothing changed.
   [[nodiscard]] const Change* changes() const;
 
-  /// Keeps the tree as it is now. What is edited afterwards can be committed again.
+  /// Makes the tree as it is now the committed configuration. Further edits can follow, and be
+  /// committed again.
   void commit();
 
-  /// Takes back all that was edited since the last commit.
+  /// Undoes all edits since the last commit.
   void discard();
 
-  /// True when something was edited since the last commit, also if nothing differs any more.
+  /// Whether there were edits since the last commit, even if they left no difference.
   [[nodiscard]] bool is_edited() const;
 
   [[nodiscard]] Datastore& datastore() const { return datastore_; }
@@ -78,9 +79,9 @@ class Transaction {
   std::unique_ptr<Impl> impl_;
 };
 
-/// While it lives, the datastore shows what is committed and not what the open transaction edited;
-/// it can be read, searched and printed, not edited. At most one lives at a time. Costs what was
-/// edited, not what the configuration holds.
+/// While this object exists, the datastore is the committed configuration, without the edits of the
+/// open transaction. It can be read, searched and printed, but not edited. At most one may exist at
+/// a time. The cost grows with the edits, not with the configuration.
 class CommittedSight {
  public:
   explicit CommittedSight(const Transaction& transaction);

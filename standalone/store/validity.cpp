@@ -23,7 +23,7 @@ std::string in_quotes(const std::string& name) {
   if (node.kind == NodeKind::kLeaf) {
     refuse(parent, "mandatory node " + in_quotes(node.name) + " does not exist");
   }
-  // A container is mandatory for the sake of what it holds.
+  // A container is mandatory if it contains something mandatory.
   std::string name = node.name;
   const SchemaNode* holds = &node;
   while (!holds->rules.mandatory.empty()) {
@@ -33,10 +33,10 @@ std::string in_quotes(const std::string& name) {
   refuse(parent, "mandatory node " + in_quotes(name) + " does not exist");
 }
 
-// What exists of a case.
+// Which nodes of a case exist.
 struct CaseNodes {
   const SchemaNode* first = nullptr;
-  bool given = false;  ///< not only containers and leaves that are there by themselves
+  bool given = false;  ///< some node that is neither a default nor an empty container
 };
 
 CaseNodes nodes_of(const lyd_node* parent, const CaseRule& one) {
@@ -75,13 +75,14 @@ void check_rules(const lyd_node* parent, const ChildRules& rules) {
   for (const SchemaNode* node : rules.mandatory) {
     const lyd_node* instance = child_instance(parent, *node);
     if (instance == nullptr) refuse_missing(parent, *node);
-    // With its case a container comes into use that nobody edited.
+    // When a case comes into use, so does a container in it that was not edited.
     if (node->kind == NodeKind::kContainer) check_rules(instance, node->rules);
   }
   for (const ChoiceRule& choice : rules.choices) check_choice(parent, choice);
 }
 
-// Looks at all instances of one list or leaf-list, which begin here. Most are in order already.
+// Checks all instances of one list or leaf-list, beginning with this one. Most are in order
+// already.
 template <typename Less>
 void check_run(const lyd_node* first, Less less) {
   const auto is_next = [&](const lyd_node* node) {
@@ -127,7 +128,7 @@ bool is_of_case(const lysc_node* node, const lysc_node* one) {
   return around == one;
 }
 
-// An empty container in a case that holds nothing given: nothing must exist in it.
+// An empty container in a case that is not in use: its mandatory nodes need not exist.
 bool is_out_of_use(const lyd_node* node) {
   const lysc_node* around = node->schema->parent;
   if (around == nullptr || around->nodetype != LYS_CASE || has_given_content(node)) return false;

@@ -10,7 +10,7 @@
 namespace tarnd::store {
 namespace {
 
-// As many names as one reads at a glance.
+// The longest list of names that a message shows.
 constexpr std::size_t kMostNames = 12;
 
 const lysc_type* type_of(const SchemaNode& leaf) {
@@ -148,8 +148,8 @@ bool has_length(const lysc_type* type, std::size_t letters) {
   return false;
 }
 
-// The model's own words for its pattern, if libyang's error is one of them; they are the same on
-// every release of libyang.
+// The model's own error message of a pattern, if libyang's error is one; it is the same with every
+// release of libyang.
 std::string words_of_pattern(const lysc_type* type, const ly_ctx* context) {
   const ly_err_item* error = ly_err_first(context);
   const std::string_view message =
@@ -160,7 +160,7 @@ std::string words_of_pattern(const lysc_type* type, const ly_ctx* context) {
   LY_ARRAY_FOR(string->patterns, i) {
     const lysc_pattern& pattern = *string->patterns[i];
     if (pattern.emsg != nullptr && message == pattern.emsg) return pattern.emsg;
-    // cppcheck-suppress knownConditionTrueFalse; it sees one round of the loop
+    // cppcheck-suppress knownConditionTrueFalse; it considers one round of the loop only
     if (pattern.emsg == nullptr && regex.empty()) regex = pattern.expr;
   }
   return regex.empty() ? "The model refuses it." : "It does not match " + excerpt(regex) + ".";

@@ -1,4 +1,4 @@
-// Errors: of the last call, and of the validation to its user.
+// Errors: that of the last call, and the validation's text for its user.
 
 #include <cstdarg>
 #include <cstddef>
