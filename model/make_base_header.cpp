@@ -42,7 +42,7 @@ const lys_module* load_model(ly_ctx* context) {
 }
 
 LY_ERR collect_name(lysc_node* node, void* names, ly_bool* /*skip_children*/) {
-  // Choices and cases stand in no path and no value, so they have no number.
+  // Choices and cases are in no path and no value, so they have no number.
   if ((node->nodetype & (LYS_CHOICE | LYS_CASE)) == 0) {
     static_cast<std::vector<std::string>*>(names)->emplace_back(node->name);
   }
@@ -65,7 +65,7 @@ void write_file(const std::filesystem::path& path, std::string_view text) {
 
 void make_header(const std::string& model_folder, const std::filesystem::path& known_numbers,
                  const std::filesystem::path& header) {
-  // The reason of a failure goes into the one line of the exception.
+  // libyang prints nothing: the exception's one line has the reason of a failure.
   ly_log_options(LY_LOSTORE);
   const tarnd::NameNumbers numbers(known_numbers);
   const Context context = make_context(model_folder);

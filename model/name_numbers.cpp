@@ -18,7 +18,7 @@ constexpr std::uint32_t kLargestNumber = 0x7fffffff;
 constexpr std::uint32_t kFnvOffset = 2166136261U;
 constexpr std::uint32_t kFnvPrime = 16777619U;
 
-// 31 bits by xor-folding, as the authors of the hash advise; 0 stands for "no name" elsewhere.
+// 31 bits by xor-folding, as the authors of the hash advise; 0 means "no name" elsewhere.
 std::uint32_t hash_of(std::string_view name) {
   std::uint32_t hash = kFnvOffset;
   for (const char c : name) {
@@ -42,7 +42,7 @@ std::optional<std::uint32_t> parse_number(std::string_view text) {
   return number;
 }
 
-// The words of a line before its comment.
+// The words of a line, up to its comment.
 std::vector<std::string> words_of(const std::string& line) {
   std::istringstream stream(line.substr(0, line.find('#')));
   std::vector<std::string> words;

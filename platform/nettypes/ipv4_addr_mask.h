@@ -7,8 +7,7 @@
 
 namespace nettypes {
 
-/// An IPv4 address with a prefix length. The address is kept as given, host bits included. A new
-/// one is 0.0.0.0/0.
+/// An IPv4 address with a prefix length. The address keeps its host bits. A new one is 0.0.0.0/0.
 class IPv4AddrMask {
  public:
   /// Host byte order.
@@ -24,7 +23,7 @@ class IPv4AddrMask {
   /// Host byte order.
   [[nodiscard]] std::uint32_t addr_to_uint32() const { return network_.address().to_uint(); }
 
-  /// Do the two prefixes share at least one address?
+  /// Whether the two prefixes have at least one address in common.
   [[nodiscard]] bool Overlap(const IPv4AddrMask& other) const {
     const unsigned short shorter =
         std::min(network_.prefix_length(), other.network_.prefix_length());
