@@ -58,8 +58,8 @@ std::int32_t onu_snmp_rt_confirmation(std::int32_t maapi_sock, confd_trans_ctx* 
   return trace.end(confirm_onus(maapi_sock, tctx));
 }
 
-// The exported signature passes the expression by value. cppcheck-suppress passedByValue ;
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
+// The exported signature passes the expression by value.
+// cppcheck-suppress passedByValue ; NOLINTNEXTLINE(performance-unnecessary-value-param)
 int get_onu_snmp_rt_count(int sock, confd_trans_ctx* tctx, std::string xpath, int& count) {
   count = 0;
   const valid::XpathResult evaluated = valid::evaluate_xpath(sock, tctx, xpath);

@@ -54,7 +54,8 @@ bool password_fits(std::int32_t sock, const confd_value_t* newval) {
     return false;
   }
   const std::size_t size = clear_text_size(cipher_text_size);
-  // The clear text must never be on the heap. cppcheck-suppress allocaCalled
+  // The clear text must never be on the heap.
+  // cppcheck-suppress allocaCalled
   char* const clear_text = static_cast<char*>(alloca(size));
   std::memset(clear_text, 0, size);
   const WipedOnReturn wiped(clear_text, size);

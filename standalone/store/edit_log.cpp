@@ -120,8 +120,8 @@ void EditLog::note_removal(lyd_node* parent, lyd_node* node) {
   EditRecord* parent_record = track(parent);
   EditRecord* record = record_of(node);
   if (record != nullptr && record->tracked()) {
-    // The record keeps the node as it was before all edits. NOLINTNEXTLINE(modernize-loop-convert):
-    // clang 14 does not compile libstdc++'s reversed views
+    // The record keeps the node as it was before all edits.
+    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 does not compile libstdc++'s reversed views
     for (auto child = record->children.rbegin(); child != record->children.rend(); ++child) {
       undo(**child, node);
     }

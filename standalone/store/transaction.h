@@ -44,8 +44,8 @@ class Transaction {
   /// the transaction is then as it was before this edit.
   void edit(const std::string& text, Format format);
 
-  /// Replaces the whole configuration by that in the text. Throws InputError; the transaction is then
-  /// as it was.
+  /// Replaces the whole configuration by that in the text. Throws InputError; the transaction is
+  /// then as it was.
   void replace(const std::string& text, Format format);
 
   /// Ends the edits: adds defaults, checks what was edited against the model, and computes the
