@@ -7,7 +7,7 @@
 
 namespace gponval {
 
-/// A subcommand: where it stands in the command line, and what it does once the line is parsed.
+/// A subcommand: its part of the command line, and the function to call after the line is parsed.
 /// `run` returns the exit status and throws std::exception with one line for the user.
 struct Command {
   CLI::App* app = nullptr;

@@ -19,7 +19,7 @@ _gponval_requests() {
   "${COMP_WORDS[0]}" points 2>/dev/null | awk '!seen[$1]++ { print $1 }'
 }
 
-# Offers those of the words that begin with the text.
+# Offers the words that begin with the text.
 _gponval_offer() {
   mapfile -t COMPREPLY < <(compgen -W "$1" -- "$2")
 }

@@ -16,7 +16,7 @@ bool at_terminal() {
   return isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
 }
 
-// The question goes to standard error, so that standard output holds the report alone.
+// The question goes to standard error, so that standard output has the report alone.
 bool ask(const std::vector<tarnd::Answer>& warnings) {
   for (const tarnd::Answer& warning : warnings) print_answer(std::cerr, warning, false);
   std::cerr << kQuestion << std::flush;

@@ -25,8 +25,8 @@ struct Range {
   std::uint32_t last;
 };
 
-// Characters beside the controls that show nothing, or change how others are shown: line
-// separators, marks of the writing direction, private and unassigned ones.
+// Characters that are invisible or change how others are shown, besides the control characters:
+// line separators, marks of the writing direction, private and unassigned ones.
 constexpr std::array kInvisible = {
     Range{0xad, 0xad},       Range{0x61c, 0x61c},   Range{0x180e, 0x180e}, Range{0x200b, 0x200f},
     Range{0x2028, 0x202e},   Range{0x2060, 0x206f}, Range{0xe000, 0xf8ff}, Range{0xfe00, 0xfe0f},
@@ -40,7 +40,7 @@ bool is_visible(const tarnd::Letter& letter) {
   return !tarnd::is_control(letter) && std::none_of(kInvisible.begin(), kInvisible.end(), holds);
 }
 
-// The number of bytes of the printable character that the text begins with; 0 if it begins with
+// The length in bytes of the printable character that the text begins with; 0 if it begins with
 // none.
 std::size_t letter_size(std::string_view text) {
   const std::optional<tarnd::Letter> letter = tarnd::letter_at(text, 0);
@@ -64,7 +64,7 @@ std::vector<std::string> shown_letters(std::string_view text) {
   return letters;
 }
 
-// As many of the letters as have room.
+// The first of the letters, as many as fit.
 template <typename Iterator>
 Iterator end_of_room(Iterator letter, Iterator end, std::size_t room) {
   for (; letter != end && letter->size() <= room; ++letter) room -= letter->size();
@@ -83,7 +83,8 @@ std::string joined(Iterator begin, Iterator end) {
 std::string error_line(std::string_view text) {
   std::string whole(kPrefix);
   whole += text.substr(0, kLongestLine);
-  // A shown letter has no fewer bytes than it had, so that no more of a long text is needed.
+  // The shown form of a letter is never shorter than the letter, so this part of a long text is
+  // enough.
   if (text.size() > kLongestLine)
     whole += text.substr(std::max(text.size() - kLongestLine, kLongestLine));
   const std::vector<std::string> letters = shown_letters(whole);

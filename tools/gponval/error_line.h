@@ -6,8 +6,8 @@
 namespace gponval {
 
 /// The line that reports this to the user: "gponval: " and the text, without a line end. Bytes that
-/// are no printable character are written as \xNN, and a line of more than 400 bytes loses its
-/// middle, so that what a file or an argument put into the text cannot spoil a terminal.
+/// are no printable character are written as \xNN, and the middle of a line of more than 400 bytes
+/// is cut out. So nothing from a file or an argument can disturb a terminal.
 std::string error_line(std::string_view text);
 
 /// Writes the line to standard error.

@@ -8,8 +8,8 @@ namespace gponval {
 class FileDescriptor {
  public:
   explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-  /// Opens a file to lock it, not through a link; writing if that is allowed, since some network
-  /// file systems lock no other.
+  /// Opens a file, but no link, to lock it: for writing if that is allowed, since some network file
+  /// systems cannot lock a file that is open for reading only.
   static FileDescriptor open_to_lock(const std::filesystem::path& name);
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
@@ -20,11 +20,13 @@ class FileDescriptor {
   [[nodiscard]] int get() const { return descriptor_; }
   [[nodiscard]] bool is_open() const { return descriptor_ >= 0; }
 
-  /// Locks the file for this descriptor alone, until it is closed or its process ends in whatever
-  /// way. Returns 0, EWOULDBLOCK while another descriptor has the lock, or why there are no locks.
+  /// Locks the file for this descriptor alone, until it is closed or its process ends for any
+  /// reason. Returns 0, EWOULDBLOCK if another descriptor has the lock, or another errno if the
+  /// file cannot be locked.
   [[nodiscard]] int try_lock() const;
 
-  /// True if this is a regular file and the name is its own: nobody has removed or replaced it.
+  /// Whether this is a regular file and still has this name, because nobody has removed or replaced
+  /// it.
   [[nodiscard]] bool is_regular_file_at(const std::filesystem::path& name) const;
 
  private:

@@ -37,7 +37,7 @@ ExitStatus generate(const CardSize& size) {
   return ExitStatus::kAccepted;
 }
 
-// The library's own reading of numbers takes 010 for 8 and says no range.
+// The library's own conversion reads 010 as 8, and its message has no range.
 std::uint32_t number_of(const std::string& option, const std::string& text) {
   std::uint32_t number = 0;
   const char* end = text.data() + text.size();

@@ -10,17 +10,17 @@
 namespace gponval {
 namespace {
 
-// What a GPON link can carry, in kbit/s, and what each of its ONUs takes of it.
+// The capacities of a GPON link in kbit/s, and the overhead of each of its ONUs.
 constexpr std::uint64_t kLinkTotal = 1107504;
 constexpr std::uint64_t kLinkFixed = 442752;
 constexpr std::uint64_t kOnuOverhead = 560;
 
-// Three TCONTs keep within both limits of a line profile, whatever their traffic types are.
+// Three TCONTs are within both limits of a line profile, for any traffic types.
 constexpr std::uint64_t kTconts = 3;
-// Each TCONT needs a bandwidth, and one that can be halved where it is fixed.
+// Each TCONT needs a bandwidth, and a fixed one must be at least 2, to be halved.
 constexpr std::uint64_t kMostOnus =
     std::min(kLinkTotal / (kOnuOverhead + kTconts), kLinkFixed / (2 * kTconts));
-// Bandwidth is dealt out for a full link, so that a card with fewer ONUs has room for more.
+// Bandwidth is shared out as for a full link, so that a card with fewer ONUs has room for more.
 constexpr std::uint64_t kFullLink = 128;
 constexpr std::uint64_t kTrafficTypes = 5;
 constexpr std::uint64_t kVariants = 64;
@@ -28,7 +28,7 @@ constexpr std::uint64_t kVariants = 64;
 constexpr std::uint64_t kVlans = 4094;
 constexpr std::uint64_t kVlansBetweenGems = 100;
 
-// The SNMP warning comes above 128 of them; a change may add some.
+// The SNMP warning is for more than 128 of them; a change may add some.
 constexpr std::uint64_t kRealTimeOnus = 64;
 
 constexpr int kMappings = 4;
@@ -41,7 +41,7 @@ struct Budget {
   std::uint64_t fixed;
 };
 
-// What one TCONT may take when every ONU of a link has the most that a line profile gives.
+// The bandwidth that a TCONT may have if every ONU of the link has the largest line profile.
 Budget tcont_budget(const CardSize& size) {
   const std::uint64_t onus = std::max<std::uint64_t>(size.onus, kFullLink);
   const std::uint64_t share = kLinkTotal / onus;
@@ -103,8 +103,8 @@ class CardWriter {
             "  </gpon>\n";
   }
 
-  // The numbers of the ports go on from the GPON links to the XGS-PON links: the guard of ONUs that
-  // service ports use does not tell the two kinds of links apart.
+  // The XGS-PON links have other port numbers than the GPON links, because onu_gem_check does not
+  // distinguish the two kinds of link.
   void write_link(std::string_view kind, std::uint32_t link) {
     out_ << "    <" << kind << ">\n      <chassis-id>1</chassis-id><slot-id>1</slot-id><port-id>"
          << link + 1 << "</port-id>\n";
@@ -138,7 +138,8 @@ class CardWriter {
     out_ << '<' << leaf << '>' << numbered(prefix, index % profiles + 1) << "</" << leaf << '>';
   }
 
-  // Each ONU has a network of four addresses: the gateway's is the first to use, its own the next.
+  // Each ONU has a network of four addresses: the first usable one is the gateway's, the second its
+  // own.
   void write_ip_host(std::uint64_t index) {
     const auto network = static_cast<std::uint32_t>(index % kHostNetworks);
     const std::uint32_t gateway = kFirstHostNetwork + network * kHostNetworkSize + 1;
@@ -248,8 +249,8 @@ class CardWriter {
          << "199</end-address></dhcp-server-address-pool></itf-grouping></" << list << ">\n";
   }
 
-  // Dealt out in rounds: one GEM of every ONU a round. Once all GEMs are taken, the next rounds
-  // take them again with another VLAN.
+  // In each round every ONU gets one service port, for its next GEM port. When all GEM ports have
+  // one, the next rounds use them again with another VLAN.
   void write_service_port(std::uint32_t index) {
     assert(size_.gems != 0 && all_onus(size_) != 0);  // see check_card_size
     const std::uint64_t onu = index % all_onus(size_);

@@ -5,7 +5,7 @@
 
 namespace gponval {
 
-/// How much a generated card holds. The standing values make a full card.
+/// The size of a generated card. The default values make a full card.
 struct CardSize {
   std::uint32_t links = 16;
   std::uint32_t xgs_links = 0;
@@ -21,12 +21,11 @@ struct CardSize {
   std::uint32_t media_profiles = 8;
 };
 
-/// Refuses a size of which no valid card can be made. Throws UsageError.
+/// Throws UsageError for a size that no valid card can have.
 void check_card_size(const CardSize& size);
 
-/// Writes a configuration of that size as XML: the same bytes for the same size. Committed onto an
-/// empty card it is accepted without a warning, provided that the card allows for that many service
-/// ports.
+/// Writes a configuration of that size as XML, always the same for the same size. A commit of it to
+/// an empty card is accepted without a warning if the card allows that many service ports.
 void write_card(std::ostream& out, const CardSize& size);
 
 }  // namespace gponval

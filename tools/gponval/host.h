@@ -9,7 +9,7 @@ namespace gponval {
 /// The daemon for one run of the command: the model, an empty datastore, the plug-in.
 class Host {
  public:
-  /// Starts the trace, inserts the card, loads the plug-in and enters it. Throws UsageError or
+  /// Starts the trace, sets the card, loads the plug-in and initialises it. Throws UsageError or
   /// PluginError.
   Host(const RunOptions& options, const tarnd::CardDescription& card);
 

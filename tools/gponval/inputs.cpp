@@ -21,7 +21,7 @@ namespace store = tarnd::store;
 constexpr std::string_view kStandardInput = "-";
 constexpr std::size_t kReadSize = std::size_t{1} << 16;
 
-// Beyond any card; what is longer, such as /dev/zero, is no configuration.
+// More than any card needs; a longer input, such as /dev/zero, is no configuration.
 constexpr std::size_t kMegabyte = 1000 * 1000;
 constexpr std::size_t kMostOfConfiguration = 250 * kMegabyte;
 constexpr std::size_t kMostOfCardFile = kMegabyte;
@@ -59,7 +59,7 @@ std::string read_input(const std::string& name, std::size_t most) {
   return read_all(in, name, most);
 }
 
-// What is wrong with an input, as compilers report it: "card.xml:12: ...".
+// An error in an input, in the form that compilers use: "card.xml:12: ...".
 [[noreturn]] void refuse(const std::string& name, const tarnd::InputError& error) {
   std::string place = name == kStandardInput ? "standard input" : name;
   if (error.line() > 0) place += ":" + std::to_string(error.line());
@@ -72,7 +72,7 @@ store::Format format_of(const std::string& name, const InputOptions& inputs) {
   return format_named_by(name).value_or(otherwise);
 }
 
-// Reads a configuration and hands it on; returns its text.
+// Reads a configuration and calls the function with it; returns its text.
 template <typename Take>
 std::string take_file(const std::string& name, const InputOptions& inputs, Take take) {
   std::string text = read_input(name, kMostOfConfiguration);
@@ -97,7 +97,7 @@ std::vector<std::string> inputs_of(const InputOptions& inputs) {
   return names;
 }
 
-// What is wrong with what the edits leave is the fault of the only edit.
+// If there is only one edit, an error in the result is reported as its error.
 void prepare(store::Transaction& transaction, const InputOptions& inputs) {
   const std::vector<std::string> edits = edits_of(inputs);
   try {

@@ -32,7 +32,8 @@ constexpr const char* kFooter =
     "  gponval generate --links 2 --onus 8 --service-ports 16 > card.xml\n"
     "\n";
 
-// Of a subcommand the list tells the first line; the rest is for its own help.
+// In the list of subcommands, only the first line of each description; the rest is for its own
+// help.
 class CommandListFormatter : public CLI::Formatter {
  public:
   std::string make_subcommand(const CLI::App* command) const override {
@@ -44,7 +45,7 @@ class CommandListFormatter : public CLI::Formatter {
   }
 };
 
-// The library takes "--value=" for "--value" and what follows; here it is an empty value.
+// For the library "--value=" takes the next argument as its value; for us its value is empty.
 std::vector<std::string> arguments_of(int argc, char** argv) {
   std::vector<std::string> arguments;
   bool options_ended = false;
@@ -76,7 +77,7 @@ ExitStatus run(int argc, char** argv) {
       gponval::add_generate(app)};
   try {
     std::vector<std::string> arguments = arguments_of(argc, argv);
-    std::reverse(arguments.begin(), arguments.end());  // the library takes them from the end
+    std::reverse(arguments.begin(), arguments.end());  // the library wants them in reverse order
     app.parse(std::move(arguments));
   } catch (const CLI::Success& help_or_version) {
     app.exit(help_or_version);

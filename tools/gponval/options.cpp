@@ -23,7 +23,7 @@ std::string joined(const Words& words, std::string_view separator) {
   return text;
 }
 
-// An option that takes one of a few words.
+// An option whose value is one of a few words.
 template <typename Value>
 CLI::Option* add_choice(CLI::App& app, const std::string& name, Value& value, const Words& words,
                         const std::string& help) {

@@ -18,7 +18,7 @@ struct InputOptions {
   std::string input_format = "xml";  ///< of a name that does not say it
 };
 
-/// How the plug-in runs and what is shown of it.
+/// How the plug-in is run, and what is printed.
 struct RunOptions {
   std::optional<std::string> plugin;
   std::string format = "text";

@@ -82,7 +82,8 @@ std::string_view sentence_of(CommitResult result) {
   return "";
 }
 
-// A validator's text stands in lines of its own, since it may hold several and end in a line end.
+// A validator's text is printed on lines of its own, since it may have several lines and end with a
+// line end.
 void print_lines(std::ostream& out, std::string_view text) {
   out << text;
   if (text.empty() || text.back() != '\n') out << '\n';
@@ -139,7 +140,7 @@ void print_json(std::ostream& out, const CommitReport& report, const RunOptions&
     for_each_call_made(
         [&calls](std::string_view name, std::uint64_t count) { calls[std::string(name)] = count; });
   }
-  // A text cut off within a letter, or a name from the command line, need not be proper UTF-8.
+  // A text that was cut within a letter, or a name from the command line, need not be valid UTF-8.
   out << object.dump(kJsonIndent, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 

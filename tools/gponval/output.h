@@ -8,22 +8,24 @@
 
 namespace gponval {
 
-/// What differs in the text format between reports.
+/// What differs between reports in the text format.
 struct ReportKind {
   std::string_view title;        ///< "Commit", "Request"
-  bool with_ok_answers = false;  ///< list the answers that accept, too
-  bool nothing_changed = false;  ///< say so instead of "Commit accepted."
+  bool with_ok_answers = false;  ///< also list the answers that accept
+  bool nothing_changed = false;  ///< print this instead of "Commit accepted."
 };
 
-/// Prints a commit's or request's report in the format asked for, to standard output or, where that
-/// is taken, to standard error. Throws UsageError if standard output does not take it.
+/// Prints a commit's or request's report in the selected format, to standard output or, if that has
+/// the saved configuration, to standard error. Throws UsageError if standard output cannot be
+/// written.
 void print_report(std::ostream& out, const tarnd::CommitReport& report, const ReportKind& kind,
                   const RunOptions& options);
 
-/// One answer: its verdict, path and request in a line, then its text as the validator set it.
+/// Prints one answer: its verdict, path and request in a line, then its text as the validator set
+/// it.
 void print_answer(std::ostream& out, const tarnd::Answer& answer, bool colours);
 
-/// Flushes standard output. Throws UsageError if it did not take everything.
+/// Flushes standard output. Throws UsageError if not everything could be written.
 void finish_output();
 
 }  // namespace gponval

@@ -7,8 +7,7 @@
 namespace gponval {
 namespace {
 
-// Seen from the folder of the command: beside it, where an installation puts it, where the build
-// left it.
+// Relative to the folder of the command: beside it, where it is installed, and in the build tree.
 constexpr std::array kPluginPlaces = {
     "libgpon_valid.so",
     "../lib/tarnd/libgpon_valid.so",

@@ -38,7 +38,7 @@ struct RequestArguments {
   RunOptions run;
 };
 
-// The validators match a leading part of a name, and accept what matches none.
+// The plug-in also knows a validator by the beginning of its name, and accepts an unknown name.
 void warn_of_unknown_name(const std::string& name, const std::vector<tarnd::PointInModel>& points) {
   const auto begins_with_name = [&name](const tarnd::PointInModel& in_model) {
     return in_model.point->request.starts_with(name);

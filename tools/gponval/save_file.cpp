@@ -42,7 +42,7 @@ fs::path folder_of(const fs::path& file) {
   return file.has_parent_path() ? file.parent_path() : fs::path(".");
 }
 
-// Where the name leads, also if there is no file yet.
+// The name without symbolic links, even if there is no such file yet.
 fs::path resolved(fs::path file) {
   std::error_code error;
   for (int links = 0; fs::is_symlink(file, error) && links < kMostLinks; ++links) {
@@ -71,8 +71,9 @@ fs::path target_of(const std::string& name) {
   return target;
 }
 
-// Is the running configuration read from the target? Compared by name as well as by file: between
-// two looks, or since a shell opened standard input, another run may have replaced the file.
+// Whether the running configuration is read from the target. Names are compared as well as files,
+// because another run may have replaced the file between two checks, or since a shell opened it as
+// standard input.
 bool reads_from(const std::string& running, const fs::path& target) {
   const fs::path source = running == kStandardInput ? kStandardInputFile : running;
   std::string name = resolved(source).string();
@@ -81,8 +82,8 @@ bool reads_from(const std::string& running, const fs::path& target) {
   return name == target.string() || fs::equivalent(source, target, missing);
 }
 
-// The lock is on the file itself, so that none is left over. Whoever waited for it may hold one
-// that has lost its name to a new file meanwhile, and tries again with that.
+// The lock is on the file itself, so that no lock file is left over. While a run waits for the
+// lock, the file may be replaced by a new one; then it tries again with that.
 FileDescriptor lock_file(const std::string& name, const fs::path& target) {
   const Clock::time_point give_up = Clock::now() + kLongestWait;
   while (true) {
@@ -129,13 +130,13 @@ void SaveFile::check_unchanged() const {
 void SaveFile::replace(const std::string& text) const {
   try {
     const fs::path folder_name = folder_of(target_);
-    // Opened before the rename: what can fail shall fail as long as the old file is there.
+    // Opened before the rename, so that a failure leaves the old file in place.
     const FileDescriptor folder(::open(folder_name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder.is_open()) cannot_save(name_, errno);
     TemporaryFile file(folder_name);
     file.write(text);
     file.take_mode_of(target_);
-    // Last of all, since programs that do not know the lock may write at any time.
+    // As late as possible, since programs that do not use the lock may write at any time.
     if (locked_.has_value()) check_unchanged();
     file.replace(target_);
     if (::fsync(folder.get()) != 0) cannot_save(name_, errno);

@@ -8,22 +8,22 @@
 
 namespace gponval {
 
-/// The file that a commit writes. If it is the file that the commit reads as the running
-/// configuration, one run at a time has it: no run writes over what another has saved meanwhile.
+/// The file that a commit writes. If it is also the file of the running configuration, it is
+/// locked, so that no run overwrites what another has saved meanwhile.
 class SaveFile {
  public:
-  /// `running` is the name of the running configuration, which is to be read after this. Waits a
-  /// while for another run on the same file. Removes what killed runs left in the folder. Throws
-  /// UsageError for a name that cannot be saved to, such as a folder or a device.
+  /// `running` is the name of the running configuration, which must be read after this. Waits a
+  /// while for another run on the same file. Removes temporary files of killed runs from the
+  /// folder. Throws UsageError if the name cannot be saved to, such as a folder or a device.
   SaveFile(const std::string& name, const std::string& running);
 
-  /// The text that `running` held.
+  /// Sets the text that was read from `running`.
   void set_running(std::string text) { running_ = std::move(text); }
 
-  /// Replaces the file by the text, or makes it, at once: whoever reads it sees the old text or the
-  /// new one, also after a power failure. An existing file keeps its mode and, as far as allowed,
-  /// its owner. Throws UsageError; the file is then as it was. So it does if the file is the
-  /// running one and not any more what was read.
+  /// Replaces or creates the file in one step: a reader sees the old text or the new one, even
+  /// after a power failure. An existing file keeps its mode and, as far as allowed, its owner.
+  /// Throws UsageError, and leaves the file as it was, if it cannot be written, or if it is the
+  /// running file and has changed since it was read.
   void replace(const std::string& text) const;
 
  private:

@@ -41,7 +41,7 @@ bool is_temporary_name(const std::string& name) {
          name.find_first_not_of(kHexDigits, kNamePrefix.size()) == std::string::npos;
 }
 
-// Unlinked while it is locked, so that no other run can take it for a file of its own meanwhile.
+// Unlinked while it is locked, so that no other run can lock it and use it meanwhile.
 void remove_unless_owned(const std::filesystem::path& name) {
   const FileDescriptor file = FileDescriptor::open_to_lock(name);
   if (!file.is_open() || file.try_lock() != 0 || !file.is_regular_file_at(name)) return;
@@ -51,8 +51,8 @@ void remove_unless_owned(const std::filesystem::path& name) {
 }  // namespace
 
 TemporaryFile::TemporaryFile(const std::filesystem::path& folder) : file_(-1) {
-  // Until the new file is locked, another run may take it for one of a killed run and remove it.
-  // Where there are no locks nothing is ever removed.
+  // Until the new file is locked, another run may remove it as a file of a killed run. If the file
+  // system has no locks, nothing is ever removed.
   bool owned = false;
   while (!owned) {
     name_ = folder / new_name();
@@ -79,8 +79,8 @@ void TemporaryFile::write(std::string_view text) {
 void TemporaryFile::take_mode_of(const std::filesystem::path& target) {
   struct stat old {};
   if (::stat(target.c_str(), &old) == 0) {
-    // Only the administrator may give a file away; the mode comes after, since a new owner
-    // clears parts of it.
+    // Only the administrator may change the owner. The mode is set afterwards, since a change of
+    // the owner clears parts of it.
     if (::fchown(file_.get(), old.st_uid, old.st_gid) != 0) errno = 0;
     if (::fchmod(file_.get(), old.st_mode & kPermissionBits) != 0) fail();
     return;
@@ -92,7 +92,8 @@ void TemporaryFile::take_mode_of(const std::filesystem::path& target) {
 
 void TemporaryFile::replace(const std::filesystem::path& target) {
   if (::fsync(file_.get()) != 0) fail();
-  // Closed after that: unlocked, the file might be taken for one of a killed run.
+  // The file stays open, and so locked, until after the rename: otherwise another run might remove
+  // it.
   if (::rename(name_.c_str(), target.c_str()) != 0) fail();
   renamed_ = true;
 }

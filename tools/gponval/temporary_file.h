@@ -7,9 +7,9 @@
 
 namespace gponval {
 
-/// A new file that takes the place of another, or is removed. Its name is ".gponval-save-" and 16
-/// hexadecimal digits. It is locked as long as its run lives: that tells the file of a killed run,
-/// which anybody may remove, from the others. Every function throws std::system_error.
+/// A new file that replaces another one, or is removed. Its name is ".gponval-save-" and 16
+/// hexadecimal digits. It is locked while its run lives, so an unlocked one belongs to a killed run
+/// and may be removed by any run. Every function throws std::system_error.
 class TemporaryFile {
  public:
   explicit TemporaryFile(const std::filesystem::path& folder);
@@ -18,9 +18,10 @@ class TemporaryFile {
   ~TemporaryFile();
 
   void write(std::string_view text);
-  /// Takes mode and, as far as allowed, owner of the target, or a new file's mode.
+  /// Sets the mode and, as far as allowed, the owner of the target, or the mode of a new file.
   void take_mode_of(const std::filesystem::path& target);
-  /// Brings the content to the disk and takes the target's name, in one step for whoever reads it.
+  /// Writes the content to the disk and renames the file to the target; readers see this as one
+  /// step.
   void replace(const std::filesystem::path& target);
 
  private:

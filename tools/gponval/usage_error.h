@@ -4,7 +4,7 @@
 
 namespace gponval {
 
-/// What the user asked for cannot be done: wrong options, a file that cannot be read or written.
+/// The user's command cannot be carried out: wrong options, a file that cannot be read or written.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -35,8 +35,8 @@ std::string with_suggestion(const std::string& what, const std::string& name,
          tarnd::did_you_mean(name, std::vector<std::string_view>(known.begin(), known.end()));
 }
 
-// The first of the arguments that nobody took, but an option before what may be its value. Empty if
-// there is none.
+// The first argument that was not understood; an unknown option goes before a word that may be its
+// value. Empty if there is none.
 std::string unknown_argument(const CLI::App& gponval, const CLI::App* command) {
   const bool before_command = command == nullptr || !gponval.remaining().empty();
   const CLI::App& taker = before_command ? gponval : *command;
@@ -53,7 +53,7 @@ std::string unknown_argument(const CLI::App& gponval, const CLI::App* command) {
   return with_suggestion(what, option->substr(0, option->find('=')), option_names(taker));
 }
 
-// An option with too many values or none: the library's text counts them.
+// An option with too many values or none; the library's text only counts them.
 std::string wrong_number_of_values(const CLI::App& command, const CLI::ParseError& error) {
   const std::string text = error.what();
   const std::string name = text.substr(0, text.find(':'));
