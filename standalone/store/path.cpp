@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "standalone/store/datastore.h"
+#include "standalone/store/path_text.h"
 
 namespace tarnd::store {
 namespace {
@@ -36,7 +37,28 @@ void name_enumeration(const SchemaNode& key, std::string& text) {
   }
 }
 
-void canonicalize(const SchemaNode& key, std::string& text) {
+const SchemaNode* first_node(const Schema& schema, std::string_view name) {
+  const auto colon = name.find(':');
+  if (colon != std::string_view::npos) {
+    if (name.substr(0, colon) != schema.prefix()) return nullptr;
+    name = name.substr(colon + 1);
+  }
+  return name == schema.root().name ? &schema.root() : nullptr;
+}
+
+void canonicalize(PathStep& step) {
+  if (step.node->kind == NodeKind::kLeafList) {
+    for (std::string& key : step.keys) make_canonical(*step.node, key);
+    return;
+  }
+  for (std::size_t i = 0; i < step.keys.size() && i < step.node->num_keys; ++i) {
+    make_canonical(*step.node->children[i], step.keys[i]);
+  }
+}
+
+}  // namespace
+
+void make_canonical(const SchemaNode& key, std::string& text) {
   switch (key.value) {
     case ValueKind::kUint8:
     case ValueKind::kUint16:
@@ -50,100 +72,18 @@ void canonicalize(const SchemaNode& key, std::string& text) {
   }
 }
 
-// Reads the text of a path from left to right.
-class Reader {
- public:
-  explicit Reader(std::string_view text) : text_(text) {}
-
-  [[nodiscard]] bool at_end() const { return pos_ == text_.size(); }
-  [[nodiscard]] char peek() const { return at_end() ? '\0' : text_[pos_]; }
-
-  bool take(char c) {
-    if (at_end() || text_[pos_] != c) return false;
-    ++pos_;
-    return true;
-  }
-
-  std::string_view name() {
-    return take_until([](char c) { return c == '/' || c == '{'; });
-  }
-
-  // The key values after an opening brace; false if the closing one is missing.
-  bool keys(std::vector<std::string>& result) {
-    for (;;) {
-      while (take(' ')) {
-      }
-      if (take('}')) return true;
-      if (at_end()) return false;
-      std::string& key = result.emplace_back();
-      if (take('"') ? !quoted(key) : !plain(key)) return false;
-    }
-  }
-
- private:
-  // Names and keys are short: looking at each character costs less than a library search.
-  template <typename Ends>
-  std::string_view take_until(Ends ends) {
-    const std::size_t begin = pos_;
-    while (!at_end() && !ends(text_[pos_])) ++pos_;
-    return text_.substr(begin, pos_ - begin);
-  }
-
-  bool plain(std::string& key) {
-    key = take_until([](char c) { return c == ' ' || c == '}'; });
-    return !at_end();
-  }
-
-  bool quoted(std::string& key) {
-    while (!at_end()) {
-      const char c = text_[pos_++];
-      if (c == '"') return true;
-      if (c == '\\' && !at_end()) {
-        key += text_[pos_++];
-      } else {
-        key += c;
-      }
-    }
-    return false;
-  }
-
-  std::string_view text_;
-  std::size_t pos_ = 0;
-};
-
-const SchemaNode* first_node(const Schema& schema, std::string_view name) {
-  const auto colon = name.find(':');
-  if (colon != std::string_view::npos) {
-    if (name.substr(0, colon) != schema.prefix()) return nullptr;
-    name = name.substr(colon + 1);
-  }
-  return name == schema.root().name ? &schema.root() : nullptr;
-}
-
-void canonicalize(PathStep& step) {
-  if (step.node->kind == NodeKind::kLeafList) {
-    for (std::string& key : step.keys) canonicalize(*step.node, key);
-    return;
-  }
-  for (std::size_t i = 0; i < step.keys.size() && i < step.node->num_keys; ++i) {
-    canonicalize(*step.node->children[i], step.keys[i]);
-  }
-}
-
-}  // namespace
-
 std::optional<Path> Path::parse(const Schema& schema, std::string_view text, std::string* why) {
   const auto fail = [&](const std::string& reason) -> std::optional<Path> {
     if (why != nullptr) *why = reason + " in the path " + std::string(text);
     return std::nullopt;
   };
-  Reader reader(text);
+  PathText reader(text);
   Path path;
   path.steps_.reserve(kUsualDepth);
   while (reader.take('/')) {
     if (reader.at_end()) break;
     if (reader.peek() != '{') {
-      const std::string_view name = reader.name();
+      const std::string_view name = reader.until([](char c) { return c == '/' || c == '{'; });
       const SchemaNode* node =
           path.steps_.empty() ? first_node(schema, name) : path.last().node->child(name);
       if (node == nullptr) return fail("no node '" + std::string(name) + "'");
@@ -185,19 +125,23 @@ std::string quote_key(std::string_view key) {
   return quoted + '"';
 }
 
-std::string path_of(const lyd_node* node) {
+std::string step_of(const lyd_node* node) {
   const SchemaNode& schema = schema_of(node);
-  std::string path = node->parent != nullptr ? path_of(&node->parent->node) : std::string();
-  path += "/" + schema.name;
-  if (schema.kind == NodeKind::kLeafList) return path + "{" + quote_key(value_text(node)) + "}";
-  if (schema.kind != NodeKind::kList) return path;
-  path += "{";
+  std::string step = "/" + schema.name;
+  if (schema.kind == NodeKind::kLeafList) return step + "{" + quote_key(value_text(node)) + "}";
+  if (schema.kind != NodeKind::kList) return step;
+  step += "{";
   const lyd_node* key = lyd_child(node);
   for (std::size_t i = 0; i < schema.num_keys; ++i, key = key->next) {
-    if (i > 0) path += " ";
-    path += quote_key(value_text(key));
+    if (i > 0) step += " ";
+    step += quote_key(value_text(key));
   }
-  return path + "}";
+  return step + "}";
+}
+
+std::string path_of(const lyd_node* node) {
+  const std::string around = node->parent != nullptr ? path_of(&node->parent->node) : "";
+  return around + step_of(node);
 }
 
 }  // namespace tarnd::store

@@ -39,6 +39,12 @@ class Path {
 /// them.
 std::string path_of(const lyd_node* node);
 
+/// The last step of that path: "/gpon{1 1 3}".
+std::string step_of(const lyd_node* node);
+
+/// Brings a key, or a value of a leaf-list, as it is written in a path into its canonical form.
+void make_canonical(const SchemaNode& key, std::string& text);
+
 /// A key as a path has it between braces.
 std::string quote_key(std::string_view key);
 

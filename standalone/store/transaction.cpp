@@ -36,6 +36,19 @@ class Transaction::Impl {
   bool valid_as_read = false;
 };
 
+namespace {
+
+// Whether the tree has the innermost node of an edit of one node. That of a leaf that goes is the
+// node around it.
+bool names_a_node(const Datastore& datastore, const ReadChange& change) {
+  const lyd_node* innermost = change.root.get();
+  while (const lyd_node* below = lyd_child_no_keys(innermost)) innermost = below;
+  const auto path = Path::parse(datastore.schema(), path_of(innermost), nullptr);
+  return path.has_value() && datastore.find(*path) != nullptr;
+}
+
+}  // namespace
+
 Transaction::Transaction(Datastore& datastore)
     : datastore_(datastore), impl_(std::make_unique<Impl>(*datastore.keeper_, datastore.root_)) {}
 
@@ -45,6 +58,14 @@ Transaction::~Transaction() {
 
 void Transaction::edit(const std::string& text, Format format) {
   const ReadChange change = read_change(datastore_.schema(), text, format);
+  impl_->changes.reset();
+  impl_->apply(datastore_, change);
+  impl_->valid_as_read = false;
+}
+
+void Transaction::edit(const KeypathEdit& edit) {
+  const ReadChange change = read_keypath_edit(datastore_.schema(), edit);
+  if (edit.operation == Operation::kRemove && !names_a_node(datastore_, change)) return;
   impl_->changes.reset();
   impl_->apply(datastore_, change);
   impl_->valid_as_read = false;

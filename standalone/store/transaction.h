@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "standalone/store/datastore.h"
+#include "standalone/store/keypath_edit.h"
 
 namespace tarnd::store {
 
@@ -43,6 +44,9 @@ class Transaction {
   /// Applies edit-config content: merge by default, nc:operation on any element. Throws InputError;
   /// the transaction is then as it was before this edit.
   void edit(const std::string& text, Format format);
+
+  /// Applies the edit of one node. The same holds.
+  void edit(const KeypathEdit& edit);
 
   /// Replaces the whole configuration by that in the text. Throws InputError; the transaction is
   /// then as it was.

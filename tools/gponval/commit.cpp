@@ -27,6 +27,7 @@ constexpr const char* kHelp =
 constexpr const char* kExamples =
     "Examples:\n"
     "  gponval commit --running card.xml --change add-service-port.xml\n"
+    "  gponval commit --running card.xml --set '/config/service-port{16}/upstream-rate=5000'\n"
     "  gponval commit --running card.xml --candidate new.xml --all --format json\n"
     "  gponval commit --running card.xml --change fec.xml --confirm yes --save card.xml\n"
     "  gponval commit --running card.xml --change - --only sp_gem_check < change.xml\n"

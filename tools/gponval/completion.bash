@@ -1,7 +1,8 @@
 # Completes the command line of gponval in bash.
 
 _gponval_options() {
-  local inputs="--running --change --candidate --card --input-format"
+  local inputs="--running --change --set --create --replace --delete --remove --candidate --card"
+  inputs+=" --input-format"
   local validation="--plugin --confirm --trace --stats --format"
   case $1 in
     commit) echo "$inputs $validation --only --all --save --help" ;;

@@ -84,27 +84,43 @@ std::string take_file(const std::string& name, const InputOptions& inputs, Take 
   return text;
 }
 
-std::vector<std::string> edits_of(const InputOptions& inputs) {
-  std::vector<std::string> names = inputs.changes;
-  if (inputs.candidate.has_value()) names.push_back(*inputs.candidate);
-  return names;
-}
-
 std::vector<std::string> inputs_of(const InputOptions& inputs) {
-  std::vector<std::string> names = edits_of(inputs);
-  names.push_back(inputs.running);
+  std::vector<std::string> names = {inputs.running};
+  for (const Edit& edit : inputs.edits) {
+    if (!edit.by_path.has_value()) names.push_back(edit.argument);
+  }
+  if (inputs.candidate.has_value()) names.push_back(*inputs.candidate);
   if (inputs.card.has_value()) names.push_back(*inputs.card);
   return names;
 }
 
+[[noreturn]] void refuse(const Edit& edit, const tarnd::InputError& error) {
+  if (!edit.by_path.has_value()) refuse(edit.argument, error);
+  throw UsageError(edit.option + ": " + error.what());
+}
+
+void apply(store::Transaction& transaction, const Edit& edit, const InputOptions& inputs) {
+  if (!edit.by_path.has_value()) {
+    take_file(edit.argument, inputs, [&](const std::string& text, store::Format format) {
+      transaction.edit(text, format);
+    });
+    return;
+  }
+  try {
+    transaction.edit({*edit.by_path, edit.argument});
+  } catch (const tarnd::InputError& error) {
+    refuse(edit, error);
+  }
+}
+
 // If there is only one edit, an error in the result is reported as its error.
 void prepare(store::Transaction& transaction, const InputOptions& inputs) {
-  const std::vector<std::string> edits = edits_of(inputs);
   try {
     transaction.prepare();
   } catch (const tarnd::InputError& error) {
-    if (edits.size() != 1) throw;
-    refuse(edits.front(), error);
+    if (inputs.candidate.has_value()) refuse(*inputs.candidate, error);
+    if (inputs.edits.size() != 1) throw;
+    refuse(inputs.edits.front(), error);
   }
 }
 
@@ -152,11 +168,7 @@ std::string load_running(store::Datastore& datastore, const InputOptions& inputs
 }
 
 void apply_changes(store::Transaction& transaction, const InputOptions& inputs) {
-  for (const std::string& change : inputs.changes) {
-    take_file(change, inputs, [&](const std::string& text, store::Format format) {
-      transaction.edit(text, format);
-    });
-  }
+  for (const Edit& edit : inputs.edits) apply(transaction, edit, inputs);
   if (inputs.candidate.has_value()) {
     take_file(*inputs.candidate, inputs, [&](const std::string& text, store::Format format) {
       transaction.replace(text, format);

@@ -45,18 +45,12 @@ void add_input_options(CLI::App& app, InputOptions& options) {
       ->type_name("FILE")
       ->required()
       ->group(kInputGroup);
-  CLI::Option* changes =
-      app.add_option("--change", options.changes,
-                     "An edit of it, as the content of a NETCONF edit-config: merged, unless\n"
-                     "nc:operation says merge, create, replace, delete or remove; may be\n"
-                     "repeated, the edits then apply in order in one transaction")
-          ->type_name("FILE")
-          ->allow_extra_args(false)
-          ->group(kInputGroup);
-  app.add_option("--candidate", options.candidate, "The whole new configuration, in place of edits")
-      ->type_name("FILE")
-      ->excludes(changes)
-      ->group(kInputGroup);
+  const std::vector<CLI::Option*> edits = add_edit_options(app, kInputGroup);
+  CLI::Option* candidate = app.add_option("--candidate", options.candidate,
+                                          "The whole new configuration, in place of edits")
+                               ->type_name("FILE")
+                               ->group(kInputGroup);
+  for (CLI::Option* edit : edits) candidate->excludes(edit);
   app.add_option("--card", options.card,
                  "What the card can do: lines of key = value, with the keys bw-check,\n"
                  "onus-per-link, pon-links, manageable-links, max-service-ports, xgspon.\n"
@@ -68,6 +62,7 @@ void add_input_options(CLI::App& app, InputOptions& options) {
              "How configurations are read whose names end neither in .xml nor in\n"
              ".json, in any case, such as standard input (xml)")
       ->group(kInputGroup);
+  app.callback([&app, &options] { options.edits = edits_given(app); });
 }
 
 void add_plugin_option(CLI::App& app, RunOptions& options) {

@@ -6,13 +6,14 @@
 #include <vector>
 
 #include "standalone/middleware/trace.h"
+#include "tools/gponval/edit_options.h"
 
 namespace gponval {
 
 /// What a command reads. A name is a file or "-", standard input.
 struct InputOptions {
   std::string running;
-  std::vector<std::string> changes;
+  std::vector<Edit> edits;
   std::optional<std::string> candidate;
   std::optional<std::string> card;
   std::string input_format = "xml";  ///< of a name that does not say it
@@ -27,6 +28,7 @@ struct RunOptions {
   bool stats = false;
 };
 
+/// The configuration and its edits; the latter are there once the command line is parsed.
 void add_input_options(CLI::App& app, InputOptions& options);
 void add_plugin_option(CLI::App& app, RunOptions& options);
 void add_format_option(CLI::App& app, RunOptions& options);

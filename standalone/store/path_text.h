@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnd::store {
+
+/// Reads the text of a path from left to right. In the header, since callers of the platform look
+/// up paths by the million.
+class PathText {
+ public:
+  explicit PathText(std::string_view text) : text_(text) {}
+
+  [[nodiscard]] bool at_end() const { return pos_ == text_.size(); }
+  [[nodiscard]] char peek() const { return at_end() ? '\0' : text_[pos_]; }
+  [[nodiscard]] std::string_view rest() const { return text_.substr(pos_); }
+
+  bool take(char c) {
+    if (at_end() || text_[pos_] != c) return false;
+    ++pos_;
+    return true;
+  }
+
+  bool take(std::string_view piece) {
+    if (!rest().starts_with(piece)) return false;
+    pos_ += piece.size();
+    return true;
+  }
+
+  void skip_blanks() {
+    while (take(' ')) {
+    }
+  }
+
+  /// What comes before the first character that ends it, or before the end of all.
+  // Names and keys are short: a look at each character costs less than a search.
+  template <typename Ends>
+  std::string_view until(Ends ends) {
+    const std::size_t begin = pos_;
+    while (!at_end() && !ends(text_[pos_])) ++pos_;
+    return text_.substr(begin, pos_ - begin);
+  }
+
+  /// The key values after an opening brace; false when the closing one is missing.
+  bool keys(std::vector<std::string>& result) {
+    for (;;) {
+      skip_blanks();
+      if (take('}')) return true;
+      if (at_end()) return false;
+      std::string& key = result.emplace_back();
+      if (take('"') ? !quoted(key) : !plain(key)) return false;
+    }
+  }
+
+ private:
+  bool plain(std::string& key) {
+    key = until([](char c) { return c == ' ' || c == '}'; });
+    return !at_end();
+  }
+
+  bool quoted(std::string& key) {
+    while (!at_end()) {
+      const char c = text_[pos_++];
+      if (c == '"') return true;
+      if (c == '\\' && !at_end()) {
+        key += text_[pos_++];
+      } else {
+        key += c;
+      }
+    }
+    return false;
+  }
+
+  std::string_view text_;
+  std::size_t pos_ = 0;
+};
+
+}  // namespace tarnd::store
