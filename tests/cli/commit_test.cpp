@@ -164,7 +164,7 @@ TEST_F(CommitTest, TheJsonReportHoldsEveryAnswerInCallOrder) {
   }
 }
 
-TEST_F(CommitTest, TheJsonReportTellsAWarning) {
+TEST_F(CommitTest, TheJsonReportShowsAWarning) {
   const Outcome unconfirmed = commit(fec_change(), {"--format", "json"});
   EXPECT_EQ(unconfirmed.status, 3);
   EXPECT_EQ(unconfirmed.json().at("result"), "unconfirmed");
@@ -298,7 +298,7 @@ TEST_F(CommitTest, ADashIsStandardInput) {
   EXPECT_EQ(running.status, 0) << running.err;
 }
 
-TEST_F(CommitTest, TheCardFileTellsWhatTheCardCanDo) {
+TEST_F(CommitTest, TheCardFileSaysWhatTheCardCanDo) {
   file("card.txt", "max-service-ports = 2\n");
   const Outcome full = commit(service_port(3, 1, 30), {"--card", "card.txt"});
   EXPECT_EQ(full.status, 1);
@@ -321,7 +321,7 @@ TEST_F(CommitTest, TheTraceGoesToStandardError) {
   EXPECT_THAT(commit(change, {"--trace", "detail"}).err, HasSubstr("DETAIL "));
 }
 
-TEST_F(CommitTest, StatsTellTheCallsMade) {
+TEST_F(CommitTest, StatsShowTheCallsMade) {
   const std::string change = service_port(3, 1, 30);
   const json calls = commit(change, {"--stats", "--format", "json"}).json().at("platform-calls");
   EXPECT_GE(calls.at("maapi_get_objects"), 1);

@@ -172,7 +172,7 @@ TEST_P(ExamplesByHand, HaveTheEffectOfTheirFile) {
 INSTANTIATE_TEST_SUITE_P(Readme, ExamplesByHand, ::testing::ValuesIn(rows_by_hand()),
                          [](const auto& row) { return name_of_test(row.param.change, "by_hand"); });
 
-TEST(ExamplesTest, EveryChangeStandsInTheReadme) {
+TEST(ExamplesTest, EveryChangeIsInTheReadme) {
   std::set<std::string> told;
   for (const Row& row : rows_of_readme()) told.insert(row.change);
   // Shown together with another change below the tables.

@@ -171,7 +171,7 @@ TEST_F(GenerateTest, TheSameOptionsGiveTheSameBytes) {
   EXPECT_EQ(generate(kSmall).out, first);
 }
 
-TEST_F(GenerateTest, NoPasswordStandsInTheCard) {
+TEST_F(GenerateTest, NoPasswordIsInTheCard) {
   EXPECT_THAT(generate(kSmall).out, Not(HasSubstr("<password>")));
 }
 

@@ -63,7 +63,7 @@ TEST_F(RequestTest, TheNameGoesToThePluginAsItIs) {
   }
 }
 
-TEST_F(RequestTest, AnUnknownNameIsAcceptedAndTold) {
+TEST_F(RequestTest, AnUnknownNameIsAcceptedAndReported) {
   for (const std::string name : {"sp_gem_check_x", "%s%n", "commit", "[a,b]", "nothing known"}) {
     const Outcome run =
         request(name, "/config/service-port", {"--trace", "flow", "--format", "json"});
@@ -74,7 +74,7 @@ TEST_F(RequestTest, AnUnknownNameIsAcceptedAndTold) {
   }
 }
 
-TEST_F(RequestTest, AnUnknownNameIsToldWithTheNearestKnown) {
+TEST_F(RequestTest, AnUnknownNameIsReportedWithTheNearestKnown) {
   EXPECT_EQ(request("sp_gem_chek", "/config/service-port").err,
             "gponval: no request of the model begins with 'sp_gem_chek', did you mean "
             "'sp_gem_check'?\n");
@@ -82,7 +82,7 @@ TEST_F(RequestTest, AnUnknownNameIsToldWithTheNearestKnown) {
             "gponval: no request of the model begins with '\\xff'\n");
 }
 
-TEST_F(RequestTest, ANameThatIsNoProperTextStillGivesProperJson) {
+TEST_F(RequestTest, ANameThatIsNoProperTextStillMakesProperJson) {
   const Outcome run = request("\xff\xfe", "/config/service-port", {"--format", "json"});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.json().at("answers").at(0).at("request"), "\ufffd\ufffd");

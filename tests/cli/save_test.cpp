@@ -229,7 +229,7 @@ TEST_F(SaveTest, ADashIsStandardOutput) {
   EXPECT_THAT(files(), ElementsAre("card.xml", "change.xml", "new.xml"));
 }
 
-TEST_F(SaveTest, AStandardOutputThatTakesNothingIsTold) {
+TEST_F(SaveTest, AStandardOutputThatCannotBeWrittenIsReported) {
   config("change.xml", good_);
   const Outcome run = run_program(
       folder_, {"/bin/sh", "-c",
@@ -255,7 +255,7 @@ TEST_F(SaveTest, ANameWithoutAFormatGetsThatOfTheRunningConfiguration) {
   EXPECT_EQ(text_of("new.Json"), text_of("new.json"));
 }
 
-TEST_F(SaveTest, WhereNothingChangedItIsWrittenAllTheSame) {
+TEST_F(SaveTest, WithoutAChangeItIsWrittenToo) {
   const Outcome run = gponval({"commit", "--running", "card.xml", "--save", "new.xml"});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out, "Nothing to commit.\n");
@@ -359,7 +359,7 @@ TEST_F(SaveTest, ARunDoesNotWaitForever) {
   EXPECT_EQ(commit(good_).status, 0);
 }
 
-TEST_F(SaveTest, RunsAtOnceOnOneFileLoseNoChange) {
+TEST_F(SaveTest, ParallelRunsOnOneFileLoseNoChange) {
   constexpr int kRuns = 8;
   std::filesystem::create_symlink("card.xml", folder_ / "link.xml");
   std::vector<std::future<Outcome>> runs;

@@ -48,7 +48,7 @@ TEST_F(UsageTest, TheVersionIsThatOfTheProject) {
   EXPECT_EQ(run.out, "gponval " GPONVAL_VERSION "\n");
 }
 
-TEST_F(UsageTest, AWrongCommandLineIsToldWithWhatWasMeant) {
+TEST_F(UsageTest, AWrongCommandLineIsReportedWithWhatWasMeant) {
   const struct {
     std::vector<std::string> line;
     std::string told;  // before " (see ... --help)"
@@ -106,7 +106,7 @@ TEST_F(UsageTest, AWrongCommandLineIsToldWithWhatWasMeant) {
   }
 }
 
-TEST_F(UsageTest, OptionsThatDoNotGoTogetherAreTold) {
+TEST_F(UsageTest, OptionsThatExcludeEachOtherAreReported) {
   const struct {
     std::vector<std::string> more;
     const char* told;
@@ -130,7 +130,7 @@ TEST_F(UsageTest, OptionsThatDoNotGoTogetherAreTold) {
   expect_wrong_use(gponval({"commit", "--running", "-", "--change", "-"}), "standard input");
 }
 
-TEST_F(UsageTest, AFileThatCannotBeReadIsTold) {
+TEST_F(UsageTest, AFileThatCannotBeReadIsReported) {
   std::filesystem::create_directory(folder_ / "folder");
   const struct {
     std::vector<std::string> line;
@@ -155,7 +155,7 @@ TEST_F(UsageTest, AFileThatCannotBeReadIsTold) {
   }
 }
 
-TEST_F(UsageTest, WrongContentIsToldWithItsFile) {
+TEST_F(UsageTest, WrongContentIsReportedWithItsFile) {
   const struct {
     const char* name;
     std::string text;
@@ -180,7 +180,7 @@ TEST_F(UsageTest, WrongContentIsToldWithItsFile) {
   expect_wrong_use(gponval({"commit", "--running", "-"}, "<config"), "gponval: standard input:");
 }
 
-TEST_F(UsageTest, ACardFileIsToldWithLineAndKey) {
+TEST_F(UsageTest, AnErrorInACardFileIsReportedWithLineAndKey) {
   const struct {
     std::string text;
     std::string told;
@@ -296,7 +296,7 @@ TEST_F(UsageTest, ThePluginAndTheModelAreFoundWhereTheyAreInstalled) {
   EXPECT_THAT(run.out, StartsWith("installed_check "));
 }
 
-TEST_F(UsageTest, AStandardOutputThatTakesNothingIsTold) {
+TEST_F(UsageTest, AStandardOutputThatCannotBeWrittenIsReported) {
   const Outcome run =
       run_program(folder_, {"/bin/sh", "-c", "exec \"$0\" points > /dev/full", gponval_command()});
   expect_wrong_use(run, "cannot write standard output");

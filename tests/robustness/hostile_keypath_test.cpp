@@ -47,7 +47,7 @@ TEST_F(HostileContext, FecOfAnotherListIsUnreadable) {
             (Outcome{CONFD_ERR, kConfdUnreadable}));
 }
 
-TEST_F(HostileContext, AModeWithoutANameIsToldWithoutOne) {
+TEST_F(HostileContext, AModeWithoutANameIsReportedWithoutOne) {
   EXPECT_EQ(ask("pon_mode_validation", link_leaf(base_operation_mode, base_xgspon), enumeration(3)),
             (Outcome{CONFD_ERR,
                      "It's not possible to change the operation mode of PON 1 1 1 to . Please "

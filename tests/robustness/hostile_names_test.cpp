@@ -252,7 +252,7 @@ TEST_P(NamesOfACard, GetTheAnswersOfPlainOnes) {
 }
 
 // Whole and as they are: no record takes a name for its format or has too little room for it.
-TEST_P(NamesOfACard, StandInTheRecordsOfPlainOnes) {
+TEST_P(NamesOfACard, AreInTheRecordsOfPlainOnes) {
   const HostileNames& names = GetParam();
   const std::map<std::string, Answered> plain = ask_all(plain_name);
   for (const auto& [asked, answered] : ask_all(names.naming)) {
@@ -544,7 +544,7 @@ TEST_F(HostileTexts, InterfaceNamesOfServicePorts) {
   }
 }
 
-TEST_F(HostileTexts, AnInterfaceNameIsToldWithSlashesForBlanks) {
+TEST_F(HostileTexts, AnInterfaceNameIsShownWithSlashesForBlanks) {
   running("");
   // The GEM port's message would take the place of the ONU's.
   constexpr int kLookForGem = 3;

@@ -59,7 +59,7 @@ TEST_F(TraceCredentials, HasTheVerdictOnly) {
                  {begin(kValidator), end(kValidator, "ERROR")});
 }
 
-TEST_F(TraceCredentials, TellsOfANullPointer) {
+TEST_F(TraceCredentials, ReportsANullPointer) {
   const Records written =
       traced(TraceLevel::kDetail, [] { validate_onu_pwd_sn_unique(1, nullptr, nullptr, nullptr); });
   expect_records(

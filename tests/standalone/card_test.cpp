@@ -94,7 +94,7 @@ TEST(CardFile, IsReadAsItIsCommonlyWritten) {
   for (const auto& [text, card] : cases) EXPECT_EQ(written(parse_card(text)), card) << text;
 }
 
-TEST(CardFile, WhatIsWrongIsToldWithLineKeyAndValue) {
+TEST(CardFile, AnErrorIsReportedWithLineKeyAndValue) {
   const std::string known =
       ", known are bw-check, onus-per-link, pon-links, manageable-links, max-service-ports, xgspon";
   const std::string number = "', expected a number from 0 to 4294967295";
@@ -164,7 +164,7 @@ class CardServiceTest : public ::testing::Test {
   fm_slot_t slot_{};
 };
 
-TEST_F(CardServiceTest, TellsTheCapabilitiesOfTheInsertedCard) {
+TEST_F(CardServiceTest, ReportsTheCapabilitiesOfTheInsertedCard) {
   CardDescription card;
   card.bw_check = false;
   card.onus_per_link = 32;

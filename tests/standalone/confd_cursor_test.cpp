@@ -192,7 +192,7 @@ TEST_F(ConfdCursor, AFullLastBatchLeavesTheEndToTheNext) {
   maapi_destroy_cursor(&cursor);
 }
 
-TEST_F(ConfdCursor, ObjectsGoOnWhereTheStepsStopped) {
+TEST_F(ConfdCursor, ObjectsContinueAfterTheLastStep) {
   open();
   maapi_cursor cursor;
   ASSERT_EQ(maapi_init_cursor(sock(), th(), &cursor, "/config/service-port"), CONFD_OK);
@@ -258,7 +258,7 @@ TEST_F(ConfdCursor, PresenceContainersListsAndLeafListsHaveTheirPlaces) {
   maapi_destroy_cursor(&cursor);
 }
 
-TEST_F(ConfdCursor, EditedLeavesStandAtTheirPlaces) {
+TEST_F(ConfdCursor, EditedLeavesAreAtTheirPlaces) {
   open(
       "<service-port><id>7</id><downstream-rate>9</downstream-rate></service-port>"
       "<service-port><id>7</id><match><ethertype>33</ethertype></match></service-port>"

@@ -86,7 +86,7 @@ TEST_F(ConfdDiff, ContinueSkipsTheChildrenAndGoesOn) {
                   "modified /config/interface/gpon{1 1 12}"));
 }
 
-TEST_F(ConfdDiff, ACreatedEntryTellsItsGivenChildrenAndNoKeys) {
+TEST_F(ConfdDiff, ACreatedEntryReportsItsGivenChildrenAndNoKeys) {
   open(
       "<service-port><id>8</id><gpon><id>1/1/3</id><onu><id>10</id></onu></gpon>"
       "<admin-enabled>true</admin-enabled></service-port>");
@@ -106,7 +106,7 @@ TEST_F(ConfdDiff, DefaultsThatComeWithTheirParentAreNotReported) {
                           "set /config/interface/gpon{1 1 5}/upstream-fec = true"));
 }
 
-TEST_F(ConfdDiff, ACreatedEntryTellsItsEntriesPresenceContainersAndEmptyLeaves) {
+TEST_F(ConfdDiff, ACreatedEntryReportsItsEntriesPresenceContainersAndEmptyLeaves) {
   open(gpon_link(5, onu(20) + onu(3,
                                   "<snmp><real-time/></snmp><ip-host><address>10.0.0.1/8"
                                   "</address><default-gateway>10.0.0.2</default-gateway>"
@@ -136,7 +136,7 @@ TEST_F(ConfdDiff, TheIterationMayStartBelowACreatedNode) {
   EXPECT_THAT(changes("/config/interface/gpon{1 1 5}/onu{1}/rg-override"), IsEmpty());
 }
 
-TEST_F(ConfdDiff, ADeletedEntryTellsNothingBelow) {
+TEST_F(ConfdDiff, ADeletedEntryReportsNothingBelow) {
   open(gpon_link(3, "", "delete"));
   EXPECT_THAT(changes("/config"), ElementsAre("deleted /config/interface/gpon{1 1 3}"));
 }
@@ -226,7 +226,7 @@ TEST_F(ConfdDiff, LeafListsAreOneChange) {
               ElementsAre("deleted " + std::string(path) + "/uni/ethernet"));
 }
 
-TEST_F(ConfdDiff, ABranchThatGivesWayIsToldLeafByLeaf) {
+TEST_F(ConfdDiff, ABranchThatIsReplacedIsReportedLeafByLeaf) {
   open("<service-port><id>7</id><xgspon><id>1/1/4</id></xgspon></service-port>");
   EXPECT_THAT(changes("/config/service-port{7}"),
               ElementsAre("modified /config/service-port{7}",

@@ -57,7 +57,7 @@ class ConfdQuery : public ConfdTest {
   }
 };
 
-TEST_F(ConfdQuery, GivesTheSelectedValuesOfEveryResultInOrder) {
+TEST_F(ConfdQuery, ReturnsTheSelectedValuesOfEveryResultInOrder) {
   open(gpon_link(3, onu(1)));
   EXPECT_THAT(run({"/config/interface/gpon/onu", {"id", "profile-references/line-profile"}}),
               testing::ElementsAre("1 -", "9 slow", "10 fast", "1 -", "|"));
@@ -67,7 +67,7 @@ TEST_F(ConfdQuery, GivesTheSelectedValuesOfEveryResultInOrder) {
   EXPECT_THAT(run({"/config/interface/xgspon/onu", {"rg-profile"}}), testing::IsEmpty());
 }
 
-TEST_F(ConfdQuery, TagsNameTheSelectedNodesAlsoWhereTheyDoNotExist) {
+TEST_F(ConfdQuery, TagsNameTheSelectedNodesEvenIfTheyDoNotExist) {
   open();
   const int query = start({"/config/interface/gpon[port-id=3]/onu", {"rg-profile"}});
   confd_query_result* chunk = nullptr;

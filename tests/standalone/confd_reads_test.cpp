@@ -7,7 +7,7 @@ namespace {
 
 using ConfdReads = ConfdTest;
 
-TEST_F(ConfdReads, ExistsTellsWhatIsThere) {
+TEST_F(ConfdReads, ExistsReportsWhatIsThere) {
   open();
   const struct {
     const char* path;
@@ -70,7 +70,7 @@ TEST_F(ConfdReads, NumInstancesCountsEntries) {
   EXPECT_EQ(maapi_num_instances(sock(), th(), "/config/interface/gpon{1 1 4}/onu"), 0);
 }
 
-TEST_F(ConfdReads, NumInstancesFailsWhereNoListIs) {
+TEST_F(ConfdReads, NumInstancesFailsIfTheNodeIsNoList) {
   open();
   for (const char* path :
        {"/config/interface", "/config/interface/gpon{1 1 3}", "/config/interface/bpon"}) {
@@ -79,7 +79,7 @@ TEST_F(ConfdReads, NumInstancesFailsWhereNoListIs) {
   }
 }
 
-TEST_F(ConfdReads, GetElemGivesTheLeafsType) {
+TEST_F(ConfdReads, GetElemReturnsTheLeafsType) {
   open();
   const struct {
     const char* path;
@@ -179,7 +179,7 @@ TEST_F(ConfdReads, GetStrCopiesWhatFitsWithItsNul) {
   EXPECT_STREQ(untouched, "????");
 }
 
-TEST_F(ConfdReads, GetListGivesTheValuesInOrder) {
+TEST_F(ConfdReads, GetListReturnsTheValuesInOrder) {
   open();
   confd_value_t* values = nullptr;
   int n = -1;

@@ -87,7 +87,7 @@ class ConfdValueArray : public testing::Test {
   int size_ = 0;
 };
 
-TEST_F(ConfdValueArray, WhereNoneIsThereEachHasOneValue) {
+TEST_F(ConfdValueArray, IfNoneExistsEachHasOneValue) {
   expect_array("<id>1</id>", {"1", "-", "always", "-", "-", "-"});
   expect_array("<id>1</id><always><middle>2</middle></always><last>z</last>",
                {"1", "-", "always", "2", "-", "z"});

@@ -99,7 +99,7 @@ TEST_F(ConfdValues, AListPrintsItsValues) {
   EXPECT_EQ(printed(list), "1 3");
 }
 
-TEST_F(ConfdValues, PrintingNeverWritesBehindTheBuffer) {
+TEST_F(ConfdValues, PrintingNeverWritesAfterTheBuffer) {
   std::string text = "abcdef";
   const confd_value_t value = buf(text);
   char small[5] = "????";
@@ -177,7 +177,7 @@ TEST_F(ConfdValues, Val2strPrintsByTheLeafsType) {
   EXPECT_EQ(as_leaf(ethernet, v), "error");
 }
 
-TEST_F(ConfdValues, Val2strGivesTheWholeLengthAndFailsWithoutAType) {
+TEST_F(ConfdValues, Val2strReturnsTheWholeLengthAndFailsWithoutAType) {
   confd_value_t v;
   CONFD_SET_BOOL(&v, 0);
   confd_type* type = confd_cs_node_cd(nullptr, "/config/interface/gpon/upstream-fec")->info.type;

@@ -113,7 +113,7 @@ TEST_F(DaemonTest, AListIsCalledOnceHoweverManyEntriesChange) {
   EXPECT_EQ(calls(port(3) + port(4) + port(1, "delete")), kListCalls);
 }
 
-TEST_F(DaemonTest, AListIsCalledWhenItsLastEntryGoes) {
+TEST_F(DaemonTest, AListIsCalledWhenItsLastEntryIsDeleted) {
   running(port(1));
   EXPECT_EQ(calls(port(1, "delete")), kListCalls);
 }
@@ -227,7 +227,7 @@ TEST_F(DaemonTest, PointsInsideANewEntryAreCalled) {
                   "rg_prof_one_shot_check /config/interface/gpon{1 1 1}/onu{7}/rg-profile"));
 }
 
-TEST_F(DaemonTest, ADefaultThatComesWithItsParentIsNotCalledFor) {
+TEST_F(DaemonTest, ADefaultThatIsAddedWithItsParentIsNotCalledFor) {
   EXPECT_THAT(calls(link(1, "")), ElementsAre("interface_gpon_validation /config/interface/gpon"));
 }
 
@@ -290,7 +290,7 @@ TEST_F(DaemonTest, WarningsAreConfirmedTogetherAfterTheLastCall) {
   EXPECT_THAT(asked, ElementsAre(2U, 2U));
 }
 
-TEST_F(DaemonTest, NobodyIsAskedAboutWarningsOfARejectedCommit) {
+TEST_F(DaemonTest, WarningsOfARejectedCommitAreNotConfirmed) {
   recorder.results["config_modified_check"] = CONFD_VALIDATION_WARN;
   recorder.results["sp_gem_check"] = CONFD_ERR;
   CommitOptions options;
@@ -306,7 +306,7 @@ TEST_F(DaemonTest, AnUnknownResultIsAnError) {
   EXPECT_EQ(commit(port(2)).result, CommitResult::kRejected);
 }
 
-TEST_F(DaemonTest, ARequestGoesOutAsItIsNamed) {
+TEST_F(DaemonTest, ARequestIsPassedUnderItsName) {
   running(port(1));
   store::Transaction transaction(datastore_);
   transaction.prepare();
@@ -340,7 +340,7 @@ TEST_F(DaemonTest, ThePlugInIsEndedWithTheDaemon) {
   EXPECT_EQ(recorder.finished, 1);
 }
 
-TEST_F(DaemonTest, APlugInThatCannotStartIsTold) {
+TEST_F(DaemonTest, APlugInThatCannotStartIsReported) {
   recorder.init_result = -1;
   EXPECT_THROW(Daemon(datastore_, plugin()), PluginError);
 }
@@ -405,7 +405,7 @@ TEST(PluginTest, LoadsThePlugIn) {
   EXPECT_STREQ(name, "gpon_validation_check");
 }
 
-TEST(PluginTest, TellsWhatIsWrongWithAFile) {
+TEST(PluginTest, ReportsWhatIsWrongWithAFile) {
   const auto refusal = [](const char* file) -> std::string {
     try {
       const Plugin plugin(file);

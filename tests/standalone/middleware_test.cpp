@@ -80,7 +80,7 @@ TEST_F(TraceTest, OneNameIsOneCategory) {
   EXPECT_NE(qzmw_trace_register_category("another"), category_);
 }
 
-TEST_F(TraceTest, AServiceThatDoesNotAnswerGivesNoCategory) {
+TEST_F(TraceTest, AServiceThatDoesNotAnswerReturnsNoCategory) {
   set_call_hook(
       [](PlatformCall call) { return call != PlatformCall::qzmw_trace_register_category; });
   EXPECT_EQ(qzmw_trace_register_category("gpon-valid"), nullptr);

@@ -180,7 +180,7 @@ TEST(NameNumbersTest, UnreadableFileIsAnError) {
 
 // --- The generated header ---
 
-TEST(BaseHeaderTest, FileOfTheBuildIsWhatTheModelGives) {
+TEST(BaseHeaderTest, FileOfTheBuildIsGeneratedFromTheModel) {
   std::ifstream file(TARND_BASE_HEADER);
   ASSERT_TRUE(file) << TARND_BASE_HEADER;
   std::ostringstream text;
@@ -301,7 +301,7 @@ TEST(ModelTest, ServicePortHas26Values) {
 
 // --- Validation points ---
 
-TEST(ModelTest, ValidationPointsStandWhereTheDaemonHasThem) {
+TEST(ModelTest, ValidationPointsAreAtTheNodesOfTheDaemon) {
   const std::vector<std::string> expected = {
       "/config/gpon one_shot_prov_check once",
       "/config/interface/gpon interface_gpon_validation once",

@@ -22,7 +22,7 @@ TEST_F(Session, TheContextCarriesWhatCallbacksNeed) {
   EXPECT_EQ(maapi_exists(session.maapi_socket(), session.context()->thandle, "/config"), 1);
 }
 
-TEST_F(Session, NoNumberStandsForTwoThings) {
+TEST_F(Session, NoNumberIsUsedForTwoThings) {
   open();
   const std::set<int> numbers = {sock(), th(), tctx()->uinfo->usid,
                                  qzconfd_config_session_start(opaque()),

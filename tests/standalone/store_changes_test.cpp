@@ -90,7 +90,7 @@ TEST_F(StoreChangesTest, ADeletedEntryIsOneDeletion) {
   EXPECT_THAT(changes(deleted_port(3)), ElementsAre("- service-port"));
 }
 
-TEST_F(StoreChangesTest, AChangedLeafIsToldBelowItsEntry) {
+TEST_F(StoreChangesTest, AChangedLeafIsReportedBelowItsEntry) {
   running(port(3, "<upstream-rate>5</upstream-rate>"));
   EXPECT_THAT(changes(port(3, "<upstream-rate>6</upstream-rate>")),
               ElementsAre("~ /config/service-port{3}/upstream-rate"));
@@ -169,14 +169,14 @@ TEST_F(StoreChangesTest, ALeafListIsOneChange) {
       ElementsAre("~ ethernet 1 2 -> 2 3"));
 }
 
-TEST_F(StoreChangesTest, AReplacedEntryTellsOnlyWhatDiffers) {
+TEST_F(StoreChangesTest, AReplacedEntryReportsOnlyWhatDiffers) {
   running(port(3, "<upstream-rate>5</upstream-rate><downstream-rate>1</downstream-rate>"));
   EXPECT_THAT(changes("<service-port nc:operation=\"replace\"><id>3</id>"
                       "<upstream-rate>5</upstream-rate></service-port>"),
               ElementsAre("- downstream-rate"));
 }
 
-TEST_F(StoreChangesTest, AWholeNewConfigurationTellsOnlyWhatDiffers) {
+TEST_F(StoreChangesTest, AWholeNewConfigurationReportsOnlyWhatDiffers) {
   const std::string fec = "<upstream-fec>false</upstream-fec>";
   running(port(1) + port(2, "<upstream-rate>5</upstream-rate>") + port(3) + link(fec));
   EXPECT_THAT(changes_by_replacing(port(2, "<upstream-rate>6</upstream-rate>") + port(3) + port(4) +
@@ -185,7 +185,7 @@ TEST_F(StoreChangesTest, AWholeNewConfigurationTellsOnlyWhatDiffers) {
                           "~ /config/service-port{2}/upstream-rate", "+ /config/service-port{4}"));
 }
 
-TEST_F(StoreChangesTest, AnEditedWholeNewConfigurationTellsBoth) {
+TEST_F(StoreChangesTest, AnEditedWholeNewConfigurationReportsBoth) {
   running(port(1) + port(2, "<upstream-rate>5</upstream-rate>") + port(3));
   Transaction transaction(datastore_);
   transaction.replace(config(port(2, "<upstream-rate>6</upstream-rate>") + port(3)), Format::kXml);
@@ -196,7 +196,7 @@ TEST_F(StoreChangesTest, AnEditedWholeNewConfigurationTellsBoth) {
                           "- service-port", "+ /config/service-port{4}"));
 }
 
-TEST_F(StoreChangesTest, EditsBeforeAWholeNewConfigurationAreNotTold) {
+TEST_F(StoreChangesTest, EditsBeforeAWholeNewConfigurationAreNotReported) {
   running(port(1));
   Transaction transaction(datastore_);
   transaction.edit(config(port(2) + deleted_port(1)), Format::kXml);
@@ -205,7 +205,7 @@ TEST_F(StoreChangesTest, EditsBeforeAWholeNewConfigurationAreNotTold) {
   EXPECT_THAT(described(transaction), ElementsAre("+ /config/service-port{3}"));
 }
 
-TEST_F(StoreChangesTest, OfTwoWholeNewConfigurationsTheLastIsTold) {
+TEST_F(StoreChangesTest, OfTwoWholeNewConfigurationsTheLastIsReported) {
   running(port(1));
   Transaction transaction(datastore_);
   transaction.replace(config(port(2)), Format::kXml);

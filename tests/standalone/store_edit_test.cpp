@@ -194,7 +194,7 @@ TEST_F(StoreEditTest, LeafListValuesComeAndGoOneByOne) {
   EXPECT_TRUE(has("/config/profile/gpon/service-profile{s}/vlan-mapping{m}/uni/ethernet{3}"));
 }
 
-TEST_F(StoreEditTest, EntriesStandInKeyOrderWhateverOrderTheyCameIn) {
+TEST_F(StoreEditTest, EntriesAreInKeyOrderAfterInsertionInAnyOrder) {
   running("<service-port><id>30</id></service-port><service-port><id>4</id></service-port>");
   apply("<service-port><id>100</id></service-port><service-port><id>5</id></service-port>");
   const auto entries =
@@ -207,7 +207,7 @@ TEST_F(StoreEditTest, EntriesStandInKeyOrderWhateverOrderTheyCameIn) {
   EXPECT_LT(printed.find("<id>30</id>"), printed.find("<id>100</id>"));
 }
 
-TEST_F(StoreEditTest, LeafListValuesStandInOrderWhateverOrderTheyCameIn) {
+TEST_F(StoreEditTest, LeafListValuesAreInOrderAfterInsertionInAnyOrder) {
   const auto mapping = [](const std::string& values) {
     return "<profile><gpon><service-profile><name>s</name><vlan-mapping><name>m</name><uni>" +
            values + "</uni></vlan-mapping></service-profile></gpon></profile>";
@@ -312,7 +312,7 @@ TEST_F(StoreEditTest, AnInvalidEditOfAWholeNewConfigurationIsRefused) {
   EXPECT_EQ(text(), before);
 }
 
-TEST_F(StoreEditTest, AnEditCanSpoilWhatStandsInAWholeNewConfiguration) {
+TEST_F(StoreEditTest, AnEditCanMakeAWholeNewConfigurationInvalid) {
   running(kPort7);
   const std::string before = text();
   {
@@ -338,7 +338,7 @@ TEST_F(StoreEditTest, AWholeNewConfigurationCanBeEdited) {
   EXPECT_EQ(value("/config/profile/gpon/bandwidth-profile{b}/traffic/type-3/assured"), "3");
 }
 
-TEST_F(StoreEditTest, AWholeNewConfigurationTakesThePlaceOfEarlierEdits) {
+TEST_F(StoreEditTest, AWholeNewConfigurationReplacesEarlierEdits) {
   running(kPort7);
   Transaction transaction(datastore_);
   transaction.edit(config(kIncomplete + "<service-port><id>8</id></service-port>"), Format::kXml);

@@ -63,7 +63,7 @@ class IndexedPorts {
   std::optional<ListIndex> index_;
 };
 
-TEST(ListIndexTest, TellsWhetherAnEntryComesLast) {
+TEST(ListIndexTest, ReportsWhetherAnEntryIsTheLast) {
   IndexedPorts ports(3);
   EXPECT_TRUE(ports.insert(7));
   EXPECT_TRUE(ports.insert(9));
@@ -73,7 +73,7 @@ TEST(ListIndexTest, TellsWhetherAnEntryComesLast) {
 }
 
 // Entries come and go in any number between two looks at the order.
-TEST(ListIndexTest, IsInKeyOrderWhateverCameAndWent) {
+TEST(ListIndexTest, IsInKeyOrderAfterAnyInsertionsAndRemovals) {
   constexpr int kIds = 200;
   for (unsigned seed = 0; seed < 50; ++seed) {
     SCOPED_TRACE(seed);

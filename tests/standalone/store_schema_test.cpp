@@ -31,7 +31,7 @@ TEST(SchemaTest, KeysComeFirstAndChoicesDoNotAppear) {
   EXPECT_EQ(port->child("match")->child("vlan")->path(), "/config/service-port/match/vlan");
 }
 
-TEST(SchemaTest, KnowsTheTypesThatReadersTellApart) {
+TEST(SchemaTest, KnowsTheTypesThatReadersDistinguish) {
   const SchemaNode& root = test::model().root();
   const SchemaNode& onu = *root.child("interface")->child("gpon")->child("onu");
   EXPECT_EQ(onu.child("id")->value, ValueKind::kUint32);
@@ -84,7 +84,7 @@ TEST(SchemaTest, RefusesRulesThatAnEditedSliceCannotShow) {
   }
 }
 
-TEST(SchemaTest, TellsWhyAModelCannotBeLoaded) {
+TEST(SchemaTest, ReportsWhyAModelCannotBeLoaded) {
   EXPECT_THAT(refusal("container config { leaf a { type nonsense; } }"),
               testing::AllOf(testing::StartsWith("cannot load the model base.yang from "),
                              testing::HasSubstr("nonsense")));

@@ -213,7 +213,7 @@ TEST_F(OnuBwCheck, AChunkHasAsManyOnusAsTheCardHasPerLink) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_result), 4U);  // 2, 2, 1 and the end
 }
 
-TEST_F(OnuBwCheck, ABoardWithoutThatNumberIsCheckedAlike) {
+TEST_F(OnuBwCheck, ABoardWithoutThatNumberIsCheckedInTheSameWay) {
   insert(card_with_onus_per_link(std::nullopt));
   ASSERT_EQ(get_num_onus_per_ponlink(), 0U);
   running(line("l", fixed(kFixedCapacity / 2 + 1)) + gpon_link(3, onus({"l", "l"})));
@@ -283,7 +283,7 @@ TEST_F(OnuBwCheck, WithoutTheCheckTheLinkIsNotRead) {
   EXPECT_EQ(calls(PlatformCall::maapi_init_cursor), 0U);
 }
 
-TEST_F(OnuBwCheck, TheTraceOfALinkTellsTheFigures) {
+TEST_F(OnuBwCheck, TheTraceOfALinkHasTheFigures) {
   running(line("l", fixed(1000)) + gpon_link(3, onus({"l", "l"})) + gpon_link(4, onus({"a"})));
   TraceCapture trace(TraceLevel::kFlow);
   check_link();
@@ -306,7 +306,7 @@ TEST_F(OnuBwCheck, TheTraceOfALinkTellsTheFigures) {
   EXPECT_EQ(trace.count("validate_max_bandwidth_global end - ERROR - elapsed time "), 1);
 }
 
-TEST_F(OnuBwCheck, TheTraceTellsWhichLinksAreChecked) {
+TEST_F(OnuBwCheck, TheTraceShowsWhichLinksAreChecked) {
   running(gpon_link(3) + gpon_link(4));
   TraceCapture trace(TraceLevel::kDetail);
   check_all();
@@ -318,7 +318,7 @@ TEST_F(OnuBwCheck, TheTraceTellsWhichLinksAreChecked) {
   EXPECT_TRUE(trace.has("validate_max_bandwidth_global end - OK - elapsed time "));
 }
 
-TEST_F(OnuBwCheck, TheTraceTellsThatTheTcontsAreRefused) {
+TEST_F(OnuBwCheck, TheTraceShowsThatTheTcontsAreRejected) {
   running(line_of("l", 4, 0));
   TraceCapture trace(TraceLevel::kFlow);
   check_all();
@@ -326,7 +326,7 @@ TEST_F(OnuBwCheck, TheTraceTellsThatTheTcontsAreRefused) {
   EXPECT_FALSE(trace.has("Bandwidth check"));
 }
 
-TEST_F(OnuBwCheck, TheTraceTellsThatTheCheckIsOff) {
+TEST_F(OnuBwCheck, TheTraceShowsThatTheCheckIsOff) {
   insert(card_without_bw_check());
   running(gpon_link(3));
   TraceCapture trace(TraceLevel::kFlow);
@@ -422,7 +422,7 @@ TEST_F(PonlinkBwCheck, ACardWithoutLinksIsAccepted) {
   EXPECT_EQ(check_all().result, Verdict::kOk);
 }
 
-TEST_F(PonlinkBwCheck, AProfileThatGrowsIsHeldAgainstEveryLink) {
+TEST_F(PonlinkBwCheck, AProfileThatGrowsIsCheckedOnEveryLink) {
   running(line("l", fixed(kFixedCapacity / 2)) + gpon_link(1, onus({"l"})) +
           gpon_link(3, onus({"l", "l"})));
   const Answer answer =

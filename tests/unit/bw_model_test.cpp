@@ -206,7 +206,7 @@ TEST_F(BwModel, AFailedReaderEndsTheLoad) {
   EXPECT_EQ(bandwidth_prof_to_bandwidth.size(), 64U);
 }
 
-TEST_F(BwModel, TheTraceTellsWhatIsLoaded) {
+TEST_F(BwModel, TheTraceShowsWhatIsLoaded) {
   running(bandwidth_profile("a", type_1(1)) + bandwidth_profile("b", type_2(2)) +
           bandwidth_profile("c", type_3(3, 4)) + bandwidth_profile("d", type_4(5)) +
           bandwidth_profile("e", type_5(6, 7, 8)) +
@@ -237,7 +237,7 @@ TEST_F(BwModel, TheTraceTellsWhatIsLoaded) {
                      }));
 }
 
-TEST_F(BwModel, AnEmptyModelTellsItsTimesToo) {
+TEST_F(BwModel, AnEmptyModelReportsItsTimesToo) {
   running("");
   open();
   TraceCapture trace(TraceLevel::kDetail);
@@ -248,7 +248,7 @@ TEST_F(BwModel, AnEmptyModelTellsItsTimesToo) {
   EXPECT_TRUE(trace.has("loadAllLines src/validation/gpon_bw_limit.cpp:"));
 }
 
-TEST_F(BwModel, OnlyAMissingProfileIsToldAtTheFlowLevel) {
+TEST_F(BwModel, OnlyAMissingProfileIsReportedAtTheFlowLevel) {
   running(bandwidth_profile("a", type_1(1)) +
           line_profile("line", tcont(3, "a") + tcont(4, "unknown")));
   open();
@@ -421,7 +421,7 @@ TEST_F(BwModel, AnUnknownProfileEndsTheReadingAfterItsBatch) {
   EXPECT_EQ(load_line("line"), (Figures{5000, 5000, 5, 1}));
 }
 
-TEST_F(BwModel, TheLoaderOfTcontsTellsOfUnknownProfiles) {
+TEST_F(BwModel, TheLoaderOfTcontsReportsUnknownProfiles) {
   running(bandwidth_profile("fix", type_1(1000)) + line_profile("good", tcont(1, "fix")) +
           line_profile("bad", tcont(1, "none")));
   open();

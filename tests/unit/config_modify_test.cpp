@@ -39,7 +39,7 @@ class ConfigModifiedCheck : public CardFixture {
   }
 };
 
-TEST_F(ConfigModifiedCheck, WhatComesOrGoesIsAccepted) {
+TEST_F(ConfigModifiedCheck, WhatIsCreatedOrDeletedIsAccepted) {
   const std::array<std::string, 6> changes{
       bandwidth_profile("new", type_1(5)),     bandwidth_profile("bw", "", "delete"),
       service_profile("new", mapping("m", 1)), service_profile("sp", "", "delete"),

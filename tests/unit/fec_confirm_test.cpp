@@ -88,7 +88,7 @@ TEST_F(FecConfirmationWarning, TheValueThatTheLeafHasAlreadyIsAccepted) {
   EXPECT_EQ(request(kRequest, kLeaf, "", "false").result, Verdict::kWarning);
 }
 
-TEST_F(FecConfirmationWarning, ANewInterfaceHasNothingToLose) {
+TEST_F(FecConfirmationWarning, ANewInterfaceNeedsNoConfirmation) {
   EXPECT_THAT(answer_for(gpon_link(5, downstream("false"))), Accepted());
   EXPECT_THAT(answer_for(xgspon_link(4, upstream("false"))), Accepted());
 }
@@ -103,7 +103,7 @@ TEST_F(FecConfirmationWarning, TheHostMayReplaceTheText) {
   FEC_WARN_MSG = original;
 }
 
-TEST_F(FecConfirmationWarning, ASessionThatDoesNotOpenRejectsAndIsEndedAllTheSame) {
+TEST_F(FecConfirmationWarning, ASessionThatDoesNotOpenRejectsAndIsEndedNevertheless) {
   fail_call(PlatformCall::qzconfd_config_session_start);
   EXPECT_THAT(answer_for(gpon_link(3, downstream("false"))), Rejected(kUnreadable));
   EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end), 1U);
@@ -216,7 +216,7 @@ TEST_F(FecConfirmationWarning, TheChassisOfTheKeypathIsNotRead) {
   EXPECT_EQ(answer_to(keypath), CONFD_VALIDATION_WARN);
 }
 
-TEST_F(FecConfirmationWarning, TheTraceTellsWhatBecameOfTheLeaf) {
+TEST_F(FecConfirmationWarning, TheTraceShowsTheChangeOfTheLeaf) {
   const struct {
     std::string change;
     std::string record;
@@ -237,7 +237,7 @@ TEST_F(FecConfirmationWarning, TheTraceTellsWhatBecameOfTheLeaf) {
   }
 }
 
-TEST_F(FecConfirmationWarning, TheTraceTellsThatNothingChanged) {
+TEST_F(FecConfirmationWarning, TheTraceShowsThatNothingChanged) {
   TraceCapture trace(TraceLevel::kDetail);
   request(kRequest, "/config/interface/xgspon{1 1 3}/upstream-fec", "", "true");
   EXPECT_TRUE(trace.has_record("DETAIL",

@@ -70,7 +70,7 @@ TEST_F(Guards, ACursorThatCannotBeReadHasNoEntries) {
   EXPECT_FALSE(cut_short.next());
 }
 
-TEST_F(Guards, AQueryGivesTheSelectedNodeOfEveryResult) {
+TEST_F(Guards, AQueryReturnsTheSelectedNodeOfEveryResult) {
   std::vector<std::string> profiles_seen;
   int chunks = 0;
   {
@@ -141,7 +141,7 @@ TEST_F(Guards, AConfigurationSessionIsClosedOnce) {
   EXPECT_EQ(calls(PlatformCall::qzconfd_config_session_end), 2U);
 }
 
-TEST_F(Guards, AfterAFailedStartASessionIsClosedOnlyWhereAskedFor) {
+TEST_F(Guards, AfterAFailedStartASessionIsClosedOnlyOnRequest) {
   fail_call(PlatformCall::qzconfd_config_session_start);
   {
     const valid::ConfigSession committed(tctx(), AfterFailedStart::kLeave);

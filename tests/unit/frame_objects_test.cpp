@@ -42,7 +42,7 @@ class Objects : public CardFixture {
   }
 };
 
-TEST_F(Objects, AnEmptyListGivesNone) {
+TEST_F(Objects, AnEmptyListHasNone) {
   running("");
   open();
   ConfdGetObjsItf reader(kValues, kBatch, kPath, sock(), tctx(), true);
@@ -117,7 +117,7 @@ TEST_F(Objects, AFailedCursorShowsWithTheFirstBatch) {
   EXPECT_EQ(session.open_resources().cursors, 0);
 }
 
-TEST_F(Objects, TheCursorGoesWithTheReader) {
+TEST_F(Objects, TheCursorIsClosedWithTheReader) {
   running(bandwidth_profiles(3));
   ValidationSession& session = open();
   {

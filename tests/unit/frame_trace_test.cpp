@@ -149,7 +149,7 @@ TEST_F(Trace, GuardedArgumentsAreEvaluatedOnlyForAnEnabledLevel) {
   EXPECT_EQ(evaluated, 1);
 }
 
-TEST_F(Trace, TheBracketWritesBothRecordsAndGivesTheResultBack) {
+TEST_F(Trace, TheBracketWritesBothRecordsAndReturnsTheResult) {
   TraceCapture trace(TraceLevel::kFlow);
   const auto validator = [] {
     const valid::ValidationTrace bracket("validate_it");
@@ -191,7 +191,7 @@ TEST(Stopwatch, RunsFromTheBeginning) {
   EXPECT_LT(watch.get_elapsed_time_sec(), 1'000);
 }
 
-TEST(Stopwatch, AStoppedOneStandsStill) {
+TEST(Stopwatch, AStoppedOneKeepsItsTime) {
   cl_ElapsedTime watch;
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
   const std::int64_t stopped = watch.stop();

@@ -107,7 +107,7 @@ TEST_F(ItfGrpValidationOfNetworks, EveryEarlierNetworkIsCompared) {
       "Network 10.0.1.9/24 from WAN d conflicts with network 10.0.1.1/24 from WAN b");
 }
 
-TEST_F(ItfGrpValidationOfNetworks, APoolIsHeldAgainstItsOwnNetwork) {
+TEST_F(ItfGrpValidationOfNetworks, APoolIsComparedWithItsOwnNetwork) {
   const std::string first = wan(kPppoe, "a", network("10.0.0.1/24"));
   EXPECT_EQ(text_for(first + wan(kIp, "b", network("10.0.1.1/24") + pool("10.0.1.5", "10.0.1.9"))),
             "");
@@ -213,7 +213,7 @@ TEST_F(ItfGrpValidationOfNetworks, APoolWithoutAnAddressIsRejectedWithoutAText) 
   expect_silent_rejection(half_pool("end-address"), "DETAIL", "Failed to get start-address");
 }
 
-TEST_F(ItfGrpValidationOfNetworks, TheTraceTellsTheStepsAndTheTime) {
+TEST_F(ItfGrpValidationOfNetworks, TheTraceShowsTheStepsAndTheTime) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_EQ(text_for(wan(kIp, "a", network("10.0.0.1/24")) + element(kIp, element("name", "b"))),
             "");
@@ -263,7 +263,7 @@ TEST_F(ItfGrpValidationOfNetworks, ThePlatformIsCalledInOrder) {
                 "maapi_get_ipv4_elem", "maapi_get_ipv4_elem", "confd_trans_seterr"}));
 }
 
-TEST_F(ItfGrpValidationOfNetworks, OneListIsHeldAgainstTheNetworksFoundBefore) {
+TEST_F(ItfGrpValidationOfNetworks, OneListIsComparedWithTheNetworksFoundBefore) {
   ValidationSession& session = open(rg_profile("home", wan(kIp, "a", network("10.0.0.1/24"))));
   valid::GroupedNetworks networks;
   EXPECT_EQ(validate_itf_grp_dhcp(sock(), tctx(), kIpList, &networks, false), CONFD_OK);

@@ -138,7 +138,7 @@ TEST_F(ItfGrpValidationOfPorts, AVlanThatCannotBeReadIsRejectedWithoutAText) {
   EXPECT_TRUE(trace.has(" validate_itf_grp end - ERROR"));
 }
 
-TEST_F(ItfGrpValidationOfPorts, TheTraceTellsTheStepsAndTheTime) {
+TEST_F(ItfGrpValidationOfPorts, TheTraceShowsTheStepsAndTheTime) {
   TraceCapture trace(TraceLevel::kDetail);
   EXPECT_EQ(text_for(wan(kIp, "a", port("eth1", 100) + port("wl0-vap1"))), "");
   EXPECT_TRUE(trace.has(" validate_itf_grp begin"));
@@ -169,7 +169,7 @@ TEST_F(ItfGrpValidationOfPorts, TheNetworksAreNotLookedAtAfterARejectedPort) {
   EXPECT_FALSE(trace.has("usecs to validate"));
 }
 
-TEST_F(ItfGrpValidationOfPorts, OneListIsHeldAgainstThePortsSeenBefore) {
+TEST_F(ItfGrpValidationOfPorts, OneListIsComparedWithThePortsSeenBefore) {
   const std::string list = "/config/profile/gpon/rg-profile{home}/wan-ip-connection";
   ValidationSession& session = open(rg_profile("home", wan(kIp, "a", port("eth2", 5))));
 
@@ -198,7 +198,7 @@ TEST_F(ItfGrpValidationOfPortsDeathTest, APortThatIsNoEnumerationIsImpossible) {
                R"(\(&port_cursor\.keys\[0\]\)->type == C_ENUM_VALUE)");
 }
 
-TEST_F(ItfGrpValidationOfPorts, CursorsStayOpenWhereAVlanCannotBeRead) {
+TEST_F(ItfGrpValidationOfPorts, CursorsStayOpenIfAVlanCannotBeRead) {
   ValidationSession& session = open(rg_profile("home", wan(kIp, "a", port("eth2", 5))));
   fail_call(PlatformCall::maapi_get_u_int32_elem);
   valid::GroupedPorts seen;

@@ -145,7 +145,7 @@ TEST_F(PonModeValidation, KeysAreUnsignedNumbers) {
             std::vector<std::string>{notice("4294967295 2 3000000000", "gpon")});
 }
 
-TEST_F(PonModeValidation, TheTraceTellsKeypathAndOnusAndHasNoBracket) {
+TEST_F(PonModeValidation, TheTraceShowsKeypathAndOnusAndHasNoBracket) {
   running(xgspon_link(3, onu(1) + onu(2)));
   TraceCapture trace(TraceLevel::kDetail);
   answer_of(kRequest, xgspon_link(3, mode("combo")));

@@ -63,7 +63,7 @@ TEST_F(MatchOverlap, TheThirdConflictsWithTheFirstToo) {
   EXPECT_EQ(claimed_by(3, {}), "Service-port 1 and 3 have conflicting matches.");
 }
 
-TEST_F(MatchOverlap, NumbersThatShareAHashAreToldApart) {
+TEST_F(MatchOverlap, NumbersThatShareAHashAreDistinguished) {
   EXPECT_EQ(claimed_by(1, {FM_PORT_TYPE_GPON, "1 1 1", 1, 2}), "");
   EXPECT_EQ(claimed_by(2, {FM_PORT_TYPE_GPON, "1 1 1", 2, 1}), "");
 }

@@ -153,7 +153,7 @@ TEST_F(OneShotProvCheck, TheQueryEndsWithTheFirstOnuThatUsesOne) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_stop), 1U);
 }
 
-TEST_F(OneShotProvCheck, TheTraceTellsOfEveryOnuWithoutOne) {
+TEST_F(OneShotProvCheck, TheTraceShowsEveryOnuWithoutOne) {
   running(card("") + gpon_link(3, onu(1) + onu(2)));
   TraceCapture trace(TraceLevel::kFlow);
   answer_of(kSwitchRequest, card(one_shot()));
@@ -173,7 +173,7 @@ TEST_F(OneShotProvCheck, TheTraceTellsOfEveryOnuWithoutOne) {
   EXPECT_EQ(calls(PlatformCall::maapi_query_result), 2U) << "all in one chunk, and the end";
 }
 
-TEST_F(OneShotProvCheck, TheTraceTellsThatTheQueryFailed) {
+TEST_F(OneShotProvCheck, TheTraceShowsThatTheQueryFailed) {
   running(card(""));
   TraceCapture trace(TraceLevel::kFlow);
   fail_call(PlatformCall::maapi_query_start);
@@ -223,7 +223,7 @@ TEST_F(OneShotProvCheck, TheIterationWritesNothingButItsByte) {
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 3>{0xaa, 1, 0xaa}));
 }
 
-TEST_F(OneShotProvCheck, TheTraceTellsOfEveryChangeThatIsLookedAt) {
+TEST_F(OneShotProvCheck, TheTraceShowsEveryChangeThatIsChecked) {
   confd_hkeypath_t keypath = keypath_to(base_rg_profile);
   confd_value_t old_value;
   confd_value_t new_value;
@@ -344,7 +344,7 @@ TEST_F(RgProfOneShotCheck, ThePlatformIsCalledInOrder) {
   EXPECT_EQ(calls_for(kRgRequest, onu_5(uses_rg("other")), PlatformCall::cdb_exists), exchanged);
 }
 
-TEST_F(RgProfOneShotCheck, TheTraceTellsWhatBecameOfAnRgChange) {
+TEST_F(RgProfOneShotCheck, TheTraceShowsAnRgChange) {
   running(card(one_shot()) + onu_5(uses_rg("rg") + rg_override("home")));
   {
     TraceCapture trace(TraceLevel::kDetail);
@@ -399,7 +399,7 @@ TEST_F(RgProfOneShotCheck, OnlyTheLowestByteOfTheFlagIsWritten) {
   EXPECT_EQ(changed, 0x01020301);
 }
 
-TEST_F(RgProfOneShotCheck, AChangeOfAnOverrideIsTracedWhereBothLevelsAreOn) {
+TEST_F(RgProfOneShotCheck, AChangeOfAnOverrideIsTracedIfBothLevelsAreOn) {
   const InPlace in_place;
   confd_hkeypath_t keypath = keypath_to(base_rg_override);
   for (const bool flow : {false, true}) {

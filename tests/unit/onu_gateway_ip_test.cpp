@@ -57,7 +57,7 @@ TEST_F(OnuGatewayIpCheck, OnusOnXgsPonLinksAreCheckedToo) {
             kOtherNetwork);
 }
 
-TEST_F(OnuGatewayIpCheck, AChangedGatewayIsHeldAgainstTheCommittedAddress) {
+TEST_F(OnuGatewayIpCheck, AChangedGatewayIsComparedWithTheCommittedAddress) {
   running(gpon_link(3, onu(5, ip_host("10.0.0.5/24", "10.0.0.1"))));
   EXPECT_EQ(
       answer_of(kRequest,

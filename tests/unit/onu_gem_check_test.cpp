@@ -83,23 +83,23 @@ TEST_F(OnuGemCheck, AnOnuMayGoTogetherWithItsServicePorts) {
   EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3)) + deleted_service_port(10)), Accepted());
 }
 
-TEST_F(OnuGemCheck, AnOnuMayNotGoWhenItsServicePortComes) {
+TEST_F(OnuGemCheck, AnOnuMayNotBeDeletedWhenItsServicePortIsCreated) {
   EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4)) + service_port(30, "gpon", "1/1/2", 4, 1)),
               Rejected(in_use(30, 4, "1 1 2")));
 }
 
-TEST_F(OnuGemCheck, TheFirstServicePortIsTold) {
+TEST_F(OnuGemCheck, TheFirstServicePortIsReported) {
   EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3)) + service_port(9, "gpon", "1/1/2", 3, 1)),
               Rejected(in_use(9, 3, "1 1 2")));
 }
 
-TEST_F(OnuGemCheck, TheKindOfLinkDoesNotTellOnusApart) {
+TEST_F(OnuGemCheck, TheKindOfLinkDoesNotDistinguishOnus) {
   running(line_profiles() + gpon_link(1, onu(5, uses_line("both"))) +
           service_port(20, "xgspon", "1/1/1", 5, 2));
   EXPECT_THAT(answer_for(gpon_link(1, onu_gone(5))), Rejected(in_use(20, 5, "1 1 1")));
 }
 
-TEST_F(OnuGemCheck, NumbersThatRunTogetherAreToldApart) {
+TEST_F(OnuGemCheck, NumbersThatRunTogetherAreDistinguished) {
   running(gpon_link(1, onu(12)) + gpon_link(11, onu(2)) + service_port(1, "gpon", "1/1/11", 2, 1));
   EXPECT_THAT(answer_for(gpon_link(1, onu_gone(12))), Accepted());
 }
@@ -185,7 +185,7 @@ TEST_F(OnuGemCheck, ALongNewNameIsLookedUpWhole) {
   EXPECT_THAT(answer_for(gpon_link(1, onu(1, uses_line(name)))), Accepted());
 }
 
-TEST_F(OnuGemCheck, ADeletedOnuIsToldBeforeAMovedOne) {
+TEST_F(OnuGemCheck, ADeletedOnuIsReportedBeforeAMovedOne) {
   EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4) + onu(3, uses_line("one"))) +
                          service_port(5, "gpon", "1/1/2", 4, 1)),
               Rejected(in_use(5, 4, "1 1 2")));
@@ -307,7 +307,7 @@ TEST_F(OnuGemCheck, TheSessionIsClosedBeforeTheTransactionIsRead) {
                                    "qzconfd_config_session_end", "maapi_get_str_elem"));
 }
 
-TEST_F(OnuGemCheck, TheFlowTellsBeginAndEndOnly) {
+TEST_F(OnuGemCheck, TheFlowShowsBeginAndEndOnly) {
   TraceCapture trace(TraceLevel::kFlow);
   EXPECT_THAT(answer_for(gpon_link(2, onu_gone(3) + onu(4, uses_line("one")) + onu(6)) +
                          deleted_service_port(10)),

@@ -83,7 +83,7 @@ TEST_F(OnuPwdSnUniqueCheck, TheMethodIsThatOfTheCard) {
   }
 }
 
-TEST_F(OnuPwdSnUniqueCheck, ChassisAndSlotTellTheCard) {
+TEST_F(OnuPwdSnUniqueCheck, ChassisAndSlotSelectTheCard) {
   running(element("gpon", element("slot", "2/7") + element("onu-auth-method", kByPassword)) +
           card(kByBoth));
   open();
@@ -184,7 +184,7 @@ TEST_F(OnuPwdSnUniqueCheck, ASerialNumberIsUpperCaseFromTheFifthCharacterOn) {
   }
 }
 
-TEST_F(OnuPwdSnUniqueCheck, APasswordIsTakenAsItStands) {
+TEST_F(OnuPwdSnUniqueCheck, APasswordIsComparedAsItIs) {
   running(gpon_link(3, onu(5, password("seCret%s"))));
   open();
   EXPECT_EQ(collect("password", 2), (Pairs{{"seCret%s", "interface gpon 3 onu 5"}}));
@@ -272,7 +272,7 @@ TEST_F(OnuPwdSnUniqueCheck, PasswordsAreUniquePerInterfaceUnderPasswordAuthentic
   }
 }
 
-TEST_F(OnuPwdSnUniqueCheck, ThePasswordReportGoesThroughTheInterfacesInOrder) {
+TEST_F(OnuPwdSnUniqueCheck, ThePasswordReportHasTheInterfacesInOrder) {
   const auto twice = [](const std::string& first, const std::string& second) {
     return onu(1, password(second)) + onu(2, password(first)) + onu(3, password(second)) +
            onu(4, password(first));
@@ -390,7 +390,7 @@ TEST_F(OnuPwdSnUniqueCheck, ThePlatformIsCalledInOrder) {
                 "maapi_destroy_cursor", "confd_trans_seterr"}));
 }
 
-TEST_F(OnuPwdSnUniqueCheck, TheWalkGivesTheSlotAndReportsPasswords) {
+TEST_F(OnuPwdSnUniqueCheck, TheWalkReturnsTheSlotAndReportsPasswords) {
   running(gpon_link(3, onu(1, password("a")) + onu(2, password("a"))));
   ValidationSession& session = open();
   Credentials serials;

@@ -145,7 +145,7 @@ TEST_F(OnuSnmpRtWarn, ACountThatIsNoNumberIsRejected) {
       "FLOW", "There was an error checking how many GPON ONUs have SNMP real-time enabled."));
 }
 
-TEST_F(OnuSnmpRtWarn, TheTraceTellsTheDecision) {
+TEST_F(OnuSnmpRtWarn, TheTraceShowsTheDecision) {
   running(card(129, 0));
   {
     TraceCapture trace(TraceLevel::kFlow);
@@ -164,7 +164,7 @@ TEST_F(OnuSnmpRtWarn, TheTraceTellsTheDecision) {
 
 // ---- The count
 
-TEST_F(OnuSnmpRtWarn, ACountIsTheNumberThatTheExpressionGives) {
+TEST_F(OnuSnmpRtWarn, ACountIsTheNumberThatTheExpressionReturns) {
   running(card(3, 2));
   open();
   struct Row {

@@ -405,7 +405,7 @@ TEST_F(ProfileConfirmation, ACardThatDoesNotAnswerCountsAsGpon) {
   EXPECT_EQ(answer_of(kind.request, edit_of(kind)).result, Verdict::kWarning);
 }
 
-TEST_F(ProfileConfirmation, TheCardsKindIsAskedEvenWhereItsServiceDoesNotStart) {
+TEST_F(ProfileConfirmation, TheCardsKindIsRequestedEvenIfItsServiceDoesNotStart) {
   const Kind& kind = kind_of("line-profile");
   CardDescription card = CardDescription::standard();
   card.xgspon = true;

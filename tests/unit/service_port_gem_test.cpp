@@ -62,7 +62,7 @@ TEST_F(SpGemCheck, AnOnuWithADanglingLineProfileHasNoGemPort) {
   EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/2", 1, 1)), Rejected(gem_missing(9, 1, 1)));
 }
 
-TEST_F(SpGemCheck, OfAMissingOnuTheGemPortIsTold) {
+TEST_F(SpGemCheck, OfAMissingOnuTheGemPortIsReported) {
   EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/1", 3, 1)), Rejected(gem_missing(9, 1, 3)));
   EXPECT_THAT(answer_for(service_port(9, "xgspon", "1/1/1", 1, 1)), Rejected(gem_missing(9, 1, 1)));
   EXPECT_THAT(answer_for(service_port(9, "gpon", "1/1/2", 1, 1)), Rejected(gem_missing(9, 1, 1)));
@@ -91,13 +91,13 @@ TEST_F(SpGemCheck, ADeletionIsAlwaysAccepted) {
   EXPECT_EQ(calls(PlatformCall::maapi_get_values), 0U);
 }
 
-TEST_F(SpGemCheck, ADeletionDoesNotHideWhatComesBehindIt) {
+TEST_F(SpGemCheck, ADeletionDoesNotHideLaterChanges) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 1));
   EXPECT_THAT(answer_for(deleted_service_port(1) + service_port(2, "gpon", "1/1/1", 1, 3)),
               Rejected(gem_missing(2, 3, 1)));
 }
 
-TEST_F(SpGemCheck, WhatTheSameTransactionBringsCounts) {
+TEST_F(SpGemCheck, WhatTheSameTransactionCreatesCounts) {
   EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 4, 7) +
                          gpon_link(1, onu(4, uses_line("new"))) + line_profile("new", gem(7))),
               Accepted());
@@ -243,7 +243,7 @@ TEST_F(SpGemCheck, TheCheckIsTraced) {
   }
 }
 
-TEST_F(SpGemCheck, TheFlowTellsNoDetails) {
+TEST_F(SpGemCheck, TheFlowShowsNoDetails) {
   running(card() + service_port(2, "gpon", "1/1/1", 1, 1));
   const auto begin = testing::HasSubstr("validate_sp_gem_check begin");
   const auto id = testing::HasSubstr("FLOW sp_get_id ");

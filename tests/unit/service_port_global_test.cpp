@@ -151,7 +151,7 @@ TEST_F(ServicePortGlobalValidation, ACardWithoutALimitAllows4096) {
   EXPECT_THAT(answer_for(own_port(4097)), Rejected(limit(4097, 4096)));
 }
 
-TEST_F(ServicePortGlobalValidation, TheLimitIsToldBeforeAConflict) {
+TEST_F(ServicePortGlobalValidation, TheLimitIsReportedBeforeAConflict) {
   limit_to(2);
   running(own_ports(1, 3));
   // The conflict is the last port, so three count before it.
@@ -219,7 +219,7 @@ TEST_F(ServicePortGlobalValidation, TheNextBatchIsCounted) {
   EXPECT_EQ(text_of_list_check(CONFD_ERR), limit(1 + 3, 3));
 }
 
-TEST_F(ServicePortGlobalValidation, TheNextBatchIsComparedAndTheFirstConflictIsTold) {
+TEST_F(ServicePortGlobalValidation, TheNextBatchIsComparedAndTheFirstConflictIsReported) {
   running("");
   open_with(own_port(1) + same_as(1, 2) + own_ports(3, kBatch) + same_as(1, kBatch + 1));
   TraceCapture trace(TraceLevel::kFlow);
@@ -228,7 +228,7 @@ TEST_F(ServicePortGlobalValidation, TheNextBatchIsComparedAndTheFirstConflictIsT
   EXPECT_EQ(calls(PlatformCall::confd_free_value), static_cast<unsigned>(kBatch + 1));
 }
 
-TEST_F(ServicePortGlobalValidation, AConflictAfterAnIncompletePortIsTold) {
+TEST_F(ServicePortGlobalValidation, AConflictAfterAnIncompletePortIsReported) {
   running("");
   open_with(incomplete_port(1) + own_ports(2, kBatch + 1) + same_as(kBatch + 1, kBatch + 2));
   EXPECT_EQ(text_of_list_check(CONFD_ERR), conflict(kBatch + 1, kBatch + 2));
@@ -252,7 +252,7 @@ TEST_F(ServicePortGlobalValidation, AFailedReadIsRejectedWithAnEmptyText) {
   EXPECT_EQ(calls(PlatformCall::confd_trans_seterr), 2U);
 }
 
-TEST_F(ServicePortGlobalValidation, AfterAFailedReadTheLimitAndTheConflictAreStillTold) {
+TEST_F(ServicePortGlobalValidation, AfterAFailedReadTheLimitAndTheConflictAreStillReported) {
   limit_to(kBatch - 1);
   running("");
   open_with(own_ports(1, kBatch + 1));
@@ -330,7 +330,7 @@ TEST_F(ServicePortGlobalValidation, KeypathsAreTracedInDetail) {
   EXPECT_TRUE(trace.has("Error iterating keypath: /config/service-port"));
 }
 
-TEST_F(ServicePortGlobalValidation, TheFlowTellsBeginAndEndOnly) {
+TEST_F(ServicePortGlobalValidation, TheFlowShowsBeginAndEndOnly) {
   running(own_port(1));
   TraceCapture accepted(TraceLevel::kFlow);
   EXPECT_THAT(answer_for(own_port(2)), Accepted());

@@ -89,7 +89,7 @@ TEST(PonlinkTypeName, OnlyTheTwoKindsOfLinksHaveOne) {
 
 class ServicePortRecord : public CardFixture {};
 
-TEST_F(ServicePortRecord, TheBranchTellsTheKindOfLink) {
+TEST_F(ServicePortRecord, TheBranchDeterminesTheKindOfLink) {
   EXPECT_EQ(Object().gpon("1/1/1").type(), FM_PORT_TYPE_GPON);
   EXPECT_EQ(Object().xgspon("1/1/1").type(), FM_PORT_TYPE_XGSPON);
 }
@@ -168,7 +168,7 @@ TEST_F(ServicePortRecord, AnAbsentBufferIsAnEmptyName) {
   EXPECT_EQ(object.interface_name, "");
 }
 
-TEST_F(ServicePortRecord, AValueOfAnotherTypeGivesNoRecordAndNoTrace) {
+TEST_F(ServicePortRecord, AValueOfAnotherTypeMakesNoRecordAndNoTrace) {
   for (const int position :
        {SP_CONFD_VAL_OFFSET_SP, SP_CONFD_VAL_OFFSET_GPON_ONU, SP_CONFD_VAL_OFFSET_GPON_GEM}) {
     for (const confd_value_t& other : {none(), vlan(1)}) {

@@ -142,13 +142,13 @@ TEST_F(Tr069ProfilePasswordLengthCheck, A64KTextIsTheLongestThatIsDecrypted) {
   EXPECT_EQ(calls(PlatformCall::confd_decrypt), 1U);
 }
 
-TEST_F(Tr069ProfilePasswordLengthCheck, AnEnormousTextIsRejectedBeforeItTakesTheStack) {
+TEST_F(Tr069ProfilePasswordLengthCheck, AnEnormousTextIsRejectedBeforeItFillsTheStack) {
   open();
   EXPECT_EQ(check("$8$" + std::string(std::size_t{64} << 20, 'A')), CONFD_ERR);
   EXPECT_EQ(calls(PlatformCall::confd_decrypt), 0U);
 }
 
-TEST_F(Tr069ProfilePasswordLengthCheck, TheTraceHoldsBeginAndEndAlone) {
+TEST_F(Tr069ProfilePasswordLengthCheck, TheTraceHasBeginAndEndAlone) {
   TraceCapture trace(TraceLevel::kDetail);
   answer_for(std::string("$0$") + kMarker);
   const auto of_the_check = [](const std::string& record) {

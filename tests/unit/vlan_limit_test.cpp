@@ -40,7 +40,7 @@ class VlanLimitCheck : public CardFixture {
   }
 };
 
-TEST_F(VlanLimitCheck, AnEthernetPortTakesTwentyMappings) {
+TEST_F(VlanLimitCheck, AnEthernetPortMayHaveTwentyMappings) {
   EXPECT_THAT(answer_for(mappings(20, "a", on_ethernet({1}))), Accepted());
 }
 
@@ -85,7 +85,7 @@ TEST_F(VlanLimitCheck, OnlyTheMappingsOfTheProfileCount) {
   EXPECT_THAT(answer_for(vlan_mapping("a1", on_ethernet({1}))), Accepted());
 }
 
-TEST_F(VlanLimitCheck, ACommittedProfileTakesNoTwentyFirstMapping) {
+TEST_F(VlanLimitCheck, ACommittedProfileMayNotGetATwentyFirstMapping) {
   running(service_profile("sp", mappings(20, "a", on_ethernet({1}))));
   EXPECT_THAT(answer_for(vlan_mapping("b", on_ethernet({1}))), Rejected(kTooMany));
 }
@@ -132,7 +132,7 @@ TEST_F(VlanLimitCheck, AListThatCannotBeWalkedIsAccepted) {
   EXPECT_EQ(calls(PlatformCall::maapi_destroy_cursor), 0U);
 }
 
-TEST_F(VlanLimitCheck, WhatIsOpenedIsClosedWhateverTheAnswer) {
+TEST_F(VlanLimitCheck, WhatIsOpenedIsClosedForAnyAnswer) {
   confd_hkeypath_t keypath = mapping_keypath("sp");
   const auto answer_and_open_cursors = [&](const std::string& content) {
     ValidationSession& session = open(service_profile("sp", content));
@@ -169,7 +169,7 @@ TEST_F(VlanLimitCheck, ThePlatformIsCalledInOrder) {
   EXPECT_EQ(recorded.names(), expected);
 }
 
-TEST_F(VlanLimitCheck, TheTraceTellsTheResult) {
+TEST_F(VlanLimitCheck, TheTraceShowsTheResult) {
   TraceCapture trace(TraceLevel::kFlow);
   EXPECT_THAT(answer_for(mappings(21, "a", on_veip())), Rejected(kTooMany));
   EXPECT_TRUE(trace.has("validate_vlan_limit begin"));
@@ -198,7 +198,7 @@ TEST(VlanCounter, TheTwentyFirstIsTooMuchAndStaysCounted) {
   EXPECT_EQ(check_vlan_counter(2, counter), 0);
 }
 
-TEST(VlanCounter, PortsAreToldApartByTheLowEightBits) {
+TEST(VlanCounter, PortsAreDistinguishedByTheLowEightBits) {
   std::unordered_map<std::uint32_t, std::uint32_t> counter;
   EXPECT_EQ(check_vlan_counter(0x101, counter), 0);
   EXPECT_EQ(check_vlan_counter(1, counter), 0);

@@ -164,7 +164,7 @@ TEST_F(VlanMatchCheck, WhatCannotBeReadRejects) {
   }
 }
 
-TEST_F(VlanMatchCheck, WhatIsOpenedIsClosedWhateverTheAnswer) {
+TEST_F(VlanMatchCheck, WhatIsOpenedIsClosedForAnyAnswer) {
   confd_hkeypath_t keypath = mapping_keypath("sp");
   const auto answer_and_open_cursors = [&](const std::string& content) {
     ValidationSession& session = open(service_profile("sp", content));
@@ -185,7 +185,7 @@ TEST_F(VlanMatchCheck, EveryPortValueIsReleased) {
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 3U);
 }
 
-TEST_F(VlanMatchCheck, LongNumbersAreToldApartToTheirLastDigit) {
+TEST_F(VlanMatchCheck, LongNumbersAreDistinguishedToTheirLastDigit) {
   EXPECT_THAT(answer_for({{"4090", "3"}, {"4091", "3"}}, on_ethernet({1}), on_ethernet({1})),
               Accepted());
 }
@@ -262,7 +262,7 @@ TEST(VlanMatchTable, AConflictIsNotRecorded) {
   EXPECT_EQ(check_vlan_match(1, "100", "5", table), 0) << "the refused match must not count";
 }
 
-TEST(VlanMatchTable, PortsAreToldApartByTheLowEightBits) {
+TEST(VlanMatchTable, PortsAreDistinguishedByTheLowEightBits) {
   std::multimap<std::uint32_t, vlanMatch_t> table;
   EXPECT_EQ(check_vlan_match(0x17F, "100", "3", table), 0);
   EXPECT_EQ(table.count(127), 1U);

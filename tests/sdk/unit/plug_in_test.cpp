@@ -318,7 +318,7 @@ TEST(PlugInRules, KindsOfLinksHaveNames) {
   EXPECT_STREQ(ponlink_type_name(FM_PORT_TYPE_XGSPON), "xgspon");
 }
 
-TEST(PlugInRules, StoppedTimeStands) {
+TEST(PlugInRules, StoppedTimeStays) {
   cl_ElapsedTime timer;
   std::this_thread::sleep_for(std::chrono::milliseconds(2));
   timer.stop();
