@@ -17,7 +17,7 @@ constexpr const char* kSerials = "onu_pwd_sn_unique_check";
 constexpr const char* kBandwidth = "ponlink_bw_check";
 constexpr const char* kMappings = "vlan_limit_check";
 
-/// A change of the small card below, and whether it keeps the rules of the request.
+/// A change of the small card below, and whether it obeys the rules of the request.
 struct Case {
   const char* request;
   std::string content;
@@ -230,7 +230,7 @@ std::vector<Case> all_cases() {
   return cases;
 }
 
-// The card after a change, as the plug-in and YANG get to see it.
+// The card after a change, as the plug-in and YANG read it.
 struct Judged {
   const Case* change;
   bool accepted = false;
@@ -250,7 +250,7 @@ std::vector<Judged> judge(const std::vector<Case>& cases) {
   return judged;
 }
 
-// The three rules of the service-port list divide one request's cases among them.
+// Each of the three rules of the service-port list covers some cases of one request.
 bool belongs(const Case& one, const Form& form) {
   if (form.request != std::string(one.request)) return false;
   if (one.request != kPorts) return true;

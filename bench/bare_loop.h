@@ -21,7 +21,7 @@ struct Port {
 /// Ports spread over links, ONUs and two GEM ports, each with a VLAN of its own on its link.
 Port port_of(int id);
 
-/// The least that has to be done: the same keys into the same kind of table. Gives its size.
+/// The least possible work: inserts the same keys into the same kind of table. Returns its size.
 std::size_t bare_loop(const std::vector<Port>& ports);
 
 }  // namespace tarnd

@@ -1,10 +1,10 @@
-// How many platform calls each request makes, as a function of what the card has many of. The
-// function is found by changing one number at a time, and held against a card that differs in all.
+// How many platform calls each request makes, as a function of the card's size. The function is
+// found by changing one number at a time, and checked with a card that differs in all.
 //
 //   calls                prints a table in Markdown
-//   calls --check FILE   prints nothing but what is wrong: a card for which the function does not
-//                        hold, calls that grow with something the rule has not to look at, a
-//                        request of the model that is not measured, and a FILE that does not hold
+//   calls --check FILE   prints errors only: a card for which the function does not
+//                        hold, calls that grow with something that the rule need not read, a
+//                        request of the model that is not measured, and a FILE that does not have
 //                        the table
 
 #include <algorithm>
@@ -29,7 +29,7 @@ using bench::Request;
 using tarnd::PlatformCall;
 
 // How many of each there are. ONUs come in full chunks of a query, service ports and bandwidth
-// profiles in full batches of a reader: then the number of calls grows by even steps.
+// profiles in full batches of a reader: then the number of calls grows evenly.
 struct Size {
   std::uint32_t links = 4;
   std::uint32_t onus_of_link = 256;
@@ -73,7 +73,7 @@ struct Size {
 constexpr Size kBase{};
 constexpr Size kFar{3, 384, 600, 192, 192, 24, 16, 16, 3};
 
-// Freeing a name costs next to nothing and is told apart.
+// Freeing a name costs almost nothing and is counted separately.
 struct Calls {
   double reads = 0;
   double frees = 0;
@@ -107,7 +107,7 @@ CallsOfRequests measure(const Size& size) {
   return result;
 }
 
-// Calls of one request: a number, and a number more for each of what there are many of.
+// Calls of one request: a constant, and a number for each of what the card has many of.
 struct Function {
   Calls constant;
   std::array<Calls, kDimensions> per;
@@ -138,7 +138,7 @@ void find(const CallsOfRequests& base, std::map<std::string, Function>& function
   }
 }
 
-// All ONUs are their product, so both are doubled each by itself and both at once.
+// The number of all ONUs is their product, so each is doubled alone, and both together.
 void find_links_and_onus(const CallsOfRequests& base, std::map<std::string, Function>& functions) {
   const double links = kBase.links;
   const double onus = kBase.onus_of_link;
@@ -233,7 +233,7 @@ bool is_measured(const std::string& name) {
                      [&](const Request& request) { return request.name == name; });
 }
 
-// Every request of the model is in the table.
+// Whether every request of the model is in the table.
 int check_requests() {
   const tarnd::store::Schema schema(TARND_MODEL_DIR);
   int missing = 0;
@@ -247,7 +247,7 @@ int check_requests() {
   return missing;
 }
 
-// Says what is wrong, and how often something is.
+// Prints the errors and returns their number.
 int check(const std::map<std::string, Function>& functions) {
   int wrong = check_requests();
   const CallsOfRequests far = measure(kFar);

@@ -1,6 +1,6 @@
-// What a commit costs on one and on four full cards, in time and memory: one leaf, one service
-// port, a thousand of them, a whole new card; beside libyang holding the same data once. Each is
-// measured in a process of its own, so that the peaks do not mix. Times are processor times.
+// The cost of a commit on one and on four full cards, in time and memory: one leaf, one service
+// port, a thousand of them, a whole new card; compared with libyang having the same data once. Each
+// is measured in its own process, so that the peaks are separate. Times are processor times.
 
 #include <cstdio>
 #include <string>
@@ -55,7 +55,7 @@ void measure_edit(const std::string& text, const char* what, const Edit& edit, i
   print("  peak memory above loading, MB", peak_megabytes() - before);
 }
 
-// A card that comes whole into an empty one, as a change or in place of what was there.
+// A whole card committed to an empty one, as a change or as the new configuration.
 void measure_new_card(const std::string& text, bool as_change) {
   Card card(bench::change(""));
   const double before = peak_megabytes();

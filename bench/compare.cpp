@@ -1,9 +1,9 @@
-// The plug-in beside the same rules in YANG, on the same cards, in one run; and the bars that the
-// project sets itself.
+// Compares the plug-in with the same rules in YANG, on the same cards, in one run, and checks the
+// project's bars.
 //
 //   compare [--slow] [--no-instructions] [--csv FILE]
-//   compare --agree     holds every YANG form against the plug-in on small cards, and says nothing
-//                       unless one that is called exact is not, or one that is not, is
+//   compare --agree     compares every YANG form with the plug-in on small cards; prints nothing
+//                       unless a form is exact but not called so, or called exact but is not
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -61,7 +61,7 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
-// Runs a command without its output and gives the most memory that it had, in MB.
+// Runs a command without its output and returns the most memory that it had, in MB.
 double peak_of(std::vector<std::string> command) {
   std::vector<char*> arguments;
   arguments.reserve(command.size() + 1);
@@ -162,7 +162,7 @@ void print_commits(const Figures& one, const Figures& four) {
   for (const auto& [name, time] : one.requests) print_row(name, time, four.requests.at(name));
 }
 
-// Of the rule's exact forms the one that was fastest in this run.
+// The rule's exact form that was fastest in this run.
 double best_figure(const Figures& figures, const std::string& rule) {
   double best = std::numeric_limits<double>::max();
   for (std::size_t i = 0; i < bench::yang_forms().size(); ++i) {
@@ -200,7 +200,7 @@ void print_bar(const std::string& what, double figure, const char* bound, double
   std::printf("  %-14s %-66s %9.2f  %s %g\n", verdict(holds), what.c_str(), figure, bound, limit);
 }
 
-// Says whether the bar holds.
+// Prints whether the bar holds.
 bool at_most(const std::string& what, double figure, double limit) {
   const bool holds = figure <= limit;
   print_bar(what, figure, "at most", limit, holds);
@@ -211,7 +211,7 @@ void at_least(const std::string& what, double figure, double limit) {
   print_bar(what, figure, "at least", limit, figure >= limit);
 }
 
-// One request answers two rules, which take two forms.
+// One request checks two rules, which need two forms.
 double port_list_gain(const Figures& figures) {
   double forms = 0;
   double commit = 0;
@@ -240,7 +240,7 @@ void rule_bars(const Figures& one, const Figures& four) {
   at_least("all rules at once, four cards", four.all_forms / four.all_rules_commit, 150);
 }
 
-// Gives the requests that grow by more.
+// Returns the requests that grow by more.
 std::vector<std::string> growth_bars(const Figures& one, const Figures& four) {
   std::vector<std::string> above;
   for (const auto& [name, time] : one.requests) {
@@ -269,7 +269,8 @@ void print_bars(const Figures& one, const Figures& four, const Memory& memory,
 
 // Profiles
 
-// Runs a script of this folder with programs and names as its arguments; true where it succeeds.
+// Runs a script of this folder with programs and names as its arguments; returns true if it
+// succeeds.
 bool run_script(const std::string& script, const std::vector<std::string>& arguments) {
   std::string command = "'" + std::string(SCRIPTS_DIR) + "/" + script + "'";
   for (const std::string& argument : arguments) command += " '" + argument + "'";

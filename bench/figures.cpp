@@ -73,7 +73,7 @@ void measure_libyang(const std::string& text, YangCard& plain, Figures& figures)
   lyd_free_all(copy);
 }
 
-// Beside links and service ports a rule of service profiles would be lost in the noise.
+// With links and service ports, a rule of service profiles would be too small to measure.
 std::string service_profiles_alone(gponval::CardSize size) {
   size.links = 0;
   size.service_ports = 0;
@@ -115,13 +115,13 @@ void measure_commits(const std::string& text, const gponval::CardSize& size, Fig
     figures.rules[rule.name] = fastest(kRuns, [&] { return card.commit(edit, {rule.request}); });
     const bool known = std::any_of(edits.begin(), edits.end(),
                                    [&](const Edit& other) { return other.change == edit.change; });
-    // A committed service profile may not be changed, so here a new one comes.
+    // A committed service profile may not be changed, so this creates one.
     if (!known && rule.request != "vlan_limit_check") edits.push_back(edit);
   }
   const Edit all = joined(edits);
   figures.all_rules_commit = fastest(kRuns, [&] { return card.commit(all); });
 
-  // In rounds: what disturbs one of them is over in the next.
+  // In rounds, so that a disturbance affects one of them only.
   for (int round = 0; round < kRounds; ++round) {
     for (const Request& request : requests()) {
       const Edit edit = request.edit(size, 1);
@@ -143,7 +143,7 @@ std::uint32_t number(const lyd_node* leaf) {
   return static_cast<std::uint32_t>(std::stoul(lyd_get_value(leaf)));
 }
 
-// What the check of all service ports reads of the card.
+// The values of the card that the check of all service ports reads.
 std::vector<tarnd::Port> ports_of(const YangCard& card) {
   std::vector<tarnd::Port> ports;
   for (const lyd_node* entry = lyd_child(card.tree()); entry != nullptr; entry = entry->next) {

@@ -26,9 +26,9 @@ struct Figures {
 
   // The store and the plug-in
   double load = 0;
-  double leaf_steps = 0;       ///< a leaf that no whole-list rule looks at: the FEC of a link
-  double leaf_commit = 0;      ///< the same, all requests answered
-  double onu_leaf_commit = 0;  ///< the description of an ONU: every rule of ONUs is asked
+  double leaf_steps = 0;       ///< a leaf that no rule of a whole list reads: the FEC of a link
+  double leaf_commit = 0;      ///< the same with all requests
+  double onu_leaf_commit = 0;  ///< the description of an ONU, with every rule of ONUs
   double port_steps = 0;
   double port_commit = 0;                  ///< one service port, all requests answered
   double all_rules_commit = 0;             ///< a change that calls the requests of all rules
@@ -38,7 +38,7 @@ struct Figures {
   double bare_loop = 0;                    ///< the same values into the same table
 };
 
-/// The forms that take tens of seconds are left out unless asked for.
+/// The forms that take tens of seconds are measured only if `slow` is set.
 Figures measure(int cards, bool slow_forms);
 
 /// The rules of the service-port list.

@@ -13,67 +13,66 @@
 
 namespace bench {
 
-/// What a card of the benchmarks allows for; the rule's YANG form has the same number.
+/// The limit of the benchmarks' cards; the rule's YANG form has the same number.
 constexpr std::uint32_t kMostServicePorts = 20'000;
 
-/// One full card, or as many of them in one configuration: four times the links, the service ports
-/// and the profiles of every kind.
+/// The size of one full card, or of several in one configuration. For example, four cards have four
+/// times the links, the service ports and the profiles of every kind.
 gponval::CardSize full_cards(std::uint32_t cards);
 
-/// The configuration as XML, its ONUs known by their serial numbers, so that every rule applies.
+/// The configuration as XML. Its ONUs are identified by serial number, so that every rule applies.
 std::string card_text(const gponval::CardSize& size);
 
 /// An edit with this content inside `config`.
 std::string change(std::string_view content);
 
-/// Service ports on the first ONU, each with a VLAN of its own, `operation` such as "delete".
+/// Service ports on the first ONU, each with its own VLAN; `operation` is one such as "delete".
 std::string added_ports(int count, std::string_view operation = "");
 
-/// A change of the card and what takes it back.
+/// A change of the card and the change that undoes it.
 struct Edit {
   std::string change;
   std::string back;
 };
 
-/// All of them as one.
+/// Joins them to one.
 Edit joined(const std::vector<Edit>& edits);
 
-/// The processor time of the work in milliseconds: what other programs do at the same time does not
-/// count.
+/// The processor time of the work in milliseconds, without that of other programs.
 double milliseconds(const std::function<void()>& work);
 
-/// The smallest of the figures: what it takes undisturbed.
+/// The smallest of several figures, which is the least disturbed.
 double fastest(int runs, const std::function<double()>& once);
 
 /// The most memory that the process ever had, in MB.
 double peak_megabytes();
 
-/// Runs the work in a process of its own and waits for it; what it prints comes in order.
+/// Runs the work in its own process and waits for it; its output keeps its place.
 void in_own_process(const std::function<void()>& work);
 
-/// A card in a daemon with the plug-in. Each measured commit is taken back, so that the next one
-/// meets the same card.
+/// A card in a daemon with the plug-in. Each measured commit is undone, so that the next one has
+/// the same card.
 class Card {
  public:
   explicit Card(const std::string& text);
 
-  /// Of the constructor's loading.
+  /// The time of the loading in the constructor.
   [[nodiscard]] double load_milliseconds() const { return load_; }
 
-  /// The commit's own steps: edit, validation by the model, changes, affected points, taking back.
+  /// The commit's own steps: edit, validation by the model, changes, affected points, undo.
   double steps(const Edit& edit);
-  /// Edit to committed. Throws std::runtime_error where the commit is not accepted.
+  /// The whole commit. Throws std::runtime_error if it is not accepted.
   double commit(const Edit& edit, const std::vector<std::string>& only = {});
-  /// The plug-in's part of it: from the prepared transaction to the verdict.
+  /// The plug-in's part of it, from the prepared transaction to the verdict.
   double answers(const Edit& edit, const std::vector<std::string>& only = {});
-  /// Commits a whole configuration in place of the card's, or merged into it, for good.
+  /// Commits a whole configuration, in place of the card's or merged into it, without undoing it.
   double replace_for_good(const std::string& text);
   double merge_for_good(const std::string& text);
   /// The platform calls of one request.
   tarnd::CallCounts calls(const Edit& edit, const std::string& request);
-  /// What one request says to an edit, which stands afterwards where it was accepted.
+  /// The answer of one request to an edit, which is kept if it was accepted.
   tarnd::CommitResult verdict(const std::string& edit, const std::string& request);
-  /// Applies an edit for good, without asking the plug-in.
+  /// Applies an edit without calling the plug-in, and keeps it.
   void apply(const std::string& edit);
   /// The configuration as XML.
   [[nodiscard]] std::string text() const;

@@ -1,5 +1,5 @@
-// Changes of 100,000 entries: what the steps of a commit take, accepted or taken back, in whatever
-// order the entries come, and the whole command. Times are processor times in seconds.
+// Changes of 100,000 entries in several orders: the times of a commit's steps, accepted or undone,
+// and of the whole command. Times are processor times in seconds.
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -45,7 +45,7 @@ std::vector<Order> orders(int entries) {
   return {{"ascending", ascending}, {"descending", descending}, {"random", random}};
 }
 
-// A list, the leaf of its entries that changes, and a request that is cheap on it.
+// A list, the leaf of its entries that changes, and a request that is cheap for it.
 struct List {
   const char* name;
   std::string (*around)(const std::string& entries);
@@ -164,7 +164,7 @@ void measure_steps(const List& list, const Order& order) {
                   edit_of(list, order.ids, " nc:operation=\"delete\"", ""));
 }
 
-// The processor time that children took until now.
+// The processor time of all child processes until now.
 double children_seconds() {
   rusage usage{};
   getrusage(RUSAGE_CHILDREN, &usage);
@@ -178,7 +178,7 @@ void write(const std::filesystem::path& file, const std::string& text) {
   std::ofstream(file) << text;
 }
 
-// The request that refuses what a committed service port became, and one that does not mind.
+// A request that rejects the change of a committed service port, and one that accepts it.
 void measure_command(const Order& order) {
   const List& list = kLists[0];
   const std::filesystem::path folder = "/tmp/large-changes-" + std::to_string(getpid());

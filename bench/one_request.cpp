@@ -1,4 +1,4 @@
-// Answers one request over and over, for a profiler to watch.
+// Runs one request many times, for a profiler.
 //
 //   one_request REQUEST CARDS RUNS
 

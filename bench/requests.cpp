@@ -50,7 +50,7 @@ std::string last_onus(const CardSize& size, int entries,
               }));
 }
 
-// An edit of one leaf or more, and back.
+// An edit of one leaf or more, and the edit that undoes it.
 Edit both(const std::function<std::string(bool back)>& content) {
   return {change(content(false)), change(content(true))};
 }
@@ -91,7 +91,8 @@ Edit onu_rg_profiles(const CardSize& size, int entries) {
   });
 }
 
-// The generated gateway is the first address of the ONU's network of four, the last fits as well.
+// The generated gateway is the first address of the ONU's network of four; the last one is valid,
+// too.
 Edit onu_gateways(const CardSize& size, int entries) {
   return both([&](bool back) {
     return last_onus(size, entries, [&](std::uint32_t index) {

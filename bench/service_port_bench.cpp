@@ -1,4 +1,4 @@
-// The check of all service ports: one port is added to a card that is full otherwise.
+// The check of all service ports, for one that is added to a full card.
 
 #include <benchmark/benchmark.h>
 
@@ -13,7 +13,7 @@
 #include "standalone/platform_calls.h"
 #include "valid_service_port.h"
 
-// Last: its macros are plain words that other headers use.
+// Included last: its macros are plain words that other headers use.
 #include "base.h"
 
 namespace tarnd {

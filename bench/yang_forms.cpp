@@ -8,7 +8,7 @@
 namespace bench {
 namespace {
 
-// A validation of a full card takes about as long as such a rule differs from one run to the next.
+// The time of a validation varies from one run to the next by about the cost of such a rule.
 constexpr int kMostRuns = 15;
 constexpr double kMillisecondsPerForm = 4000;
 
@@ -206,12 +206,12 @@ bool YangCard::validate() {
 double milliseconds_above(const std::vector<const char*>& modules, const std::string& text) {
   YangCard card(modules, text);
   YangCard plain({}, text);
-  const double first = validation_milliseconds(card);  // brings the defaults, and costs more
+  const double first = validation_milliseconds(card);  // adds the defaults, and costs more
   if (first > kMillisecondsPerForm) return first - validation_milliseconds(plain);
   const int runs = std::clamp(static_cast<int>(kMillisecondsPerForm / first), 1, kMostRuns);
   double with_rules = first;
   double without = validation_milliseconds(plain);
-  // One after the other, so that both meet the same machine.
+  // In turn, so that both run on the machine in the same state.
   for (int i = 0; i < runs; ++i) {
     with_rules = std::min(with_rules, validation_milliseconds(card));
     without = std::min(without, validation_milliseconds(plain));

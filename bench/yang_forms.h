@@ -11,19 +11,19 @@ namespace bench {
 /// A rule of the plug-in written in YANG.
 struct Form {
   const char* rule;
-  const char* request;  ///< the plug-in's, which judges the same
+  const char* request;  ///< the plug-in's request that checks the same
   const char* how;
-  std::vector<const char*> modules;  ///< beside base.yang, those it builds on first
-  bool exact = false;                ///< accepts and refuses what the plug-in does
+  std::vector<const char*> modules;  ///< in addition to base.yang, those that it imports first
+  bool exact = false;                ///< has the same verdicts as the plug-in
   bool slow = false;                 ///< takes tens of seconds on a full card
-  const char* note = "";             ///< what is to be known about it
-  bool of_profiles = false;          ///< looks at service profiles only
+  const char* note = "";             ///< a remark for the table
+  bool of_profiles = false;          ///< reads service profiles only
 };
 
 /// The rules that YANG can express, the fastest exact form of each rule before its other forms.
 const std::vector<Form>& yang_forms();
 
-/// A rule and the plug-in's request that judges it.
+/// A rule and the plug-in's request that checks it.
 struct Rule {
   std::string name;
   std::string request;
@@ -38,16 +38,16 @@ std::vector<const char*> best_modules(const std::vector<Rule>& of);
 /// The fastest exact form of the rule.
 const Form& best_form(const std::string& rule);
 
-/// A configuration in a libyang context with the model and, beside it, such modules.
+/// A configuration in a libyang context with the model and such modules.
 class YangCard {
  public:
-  /// Throws std::runtime_error where a module or the configuration cannot be read.
+  /// Throws std::runtime_error if a module or the configuration cannot be read.
   YangCard(const std::vector<const char*>& modules, const std::string& text);
   YangCard(const YangCard&) = delete;
   YangCard& operator=(const YangCard&) = delete;
   ~YangCard();
 
-  /// Validates everything; true where no rule is broken.
+  /// Validates everything; returns true if no rule is broken.
   bool validate();
   /// The tree's `config`.
   [[nodiscard]] lyd_node* tree() const { return tree_; }
@@ -58,7 +58,7 @@ class YangCard {
   lyd_node* tree_ = nullptr;
 };
 
-/// How long libyang validates the card with those modules above what it takes without, in ms.
+/// How much longer libyang validates the card with those modules than without, in ms.
 double milliseconds_above(const std::vector<const char*>& modules, const std::string& text);
 
 }  // namespace bench

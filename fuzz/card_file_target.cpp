@@ -1,5 +1,5 @@
-// Any text as a card file. It is read or refused; what was read stands in the text, and can be
-// written and read again.
+// Any text as a card file. It is read or refused; the values that were read are in the text, and
+// can be written and read again.
 
 #include <algorithm>
 #include <cstddef>
@@ -36,7 +36,7 @@ std::string written(const CardDescription& card) {
   return text;
 }
 
-// Word for word. A key by itself is a flag that is set.
+// Word for word. A key without a value is a flag that is set.
 void require_stands_in(const std::string& written_card, const std::string& file) {
   std::istringstream words(written_card);
   for (std::string word; words >> word;) {

@@ -6,7 +6,7 @@
 
 namespace tarnd::fuzz {
 
-/// The bytes of an input as a row of choices. Behind its end each choice is the first there is.
+/// The bytes of an input as a sequence of choices. After its end every choice is the first one.
 class Choices {
  public:
   Choices(const std::uint8_t* data, std::size_t size) : bytes_(data, size) {}

@@ -20,8 +20,8 @@ constexpr std::size_t kMostMappings = 11;
 constexpr std::array kOperations = {"",        "",       "",       "",       "merge",
                                     "replace", "create", "delete", "remove", "remove"};
 
-// What stands on the small card, new names, and texts that mean something to a path, a format or a
-// query. They stand in XML as they are.
+// Names on the small card, new names, and texts with a meaning in a path, a format or a query. They
+// need no escapes in XML.
 constexpr std::array kNames = {
     "fast",       "slow",       "t1",    "t2",    "t3",   "t4",          "t5",  "services",
     "rg",         "acs",        "sip",   "voice", "lan",  "wan",         "new", "internet",
@@ -57,12 +57,12 @@ constexpr std::array kNoAddresses = {"256.1.1.1", "1.2.3", "10.0.0.1%eth0", "::1
 constexpr std::array kPrefixLengths = {"/24", "/16", "/31", "/32", "/30", "/8", "/1", "/0"};
 constexpr std::array kNoPrefixLengths = {"/33", "", "/", "/-1", "/024"};
 
-// Of so many places that are touched one is a step, one a row, the others are any.
+// Of this many edited places one is a step, one a row, the others are anywhere.
 constexpr std::size_t kKindsOfPlaces = 8;
 constexpr std::size_t kStep = 1;
 constexpr std::size_t kRows = 2;
 
-// Steps that are many choices away from each other, for what only their sum reaches.
+// Steps that random choices would rarely make together, for code that only all of them reach.
 constexpr std::array kSteps = {
     "<service-port nc:operation=\"remove\"><id>1</id></service-port>"
     "<service-port nc:operation=\"remove\"><id>2</id></service-port>",
@@ -89,7 +89,7 @@ constexpr std::array kSteps = {
     "</gpon></interface>",
 };
 
-// What no type takes is rare: it ends the whole edit.
+// Values of no type are rare, because they end the whole edit.
 constexpr std::size_t kRarely = 64;
 
 std::string number(Choices& choices, std::size_t one_large_in) {
@@ -106,7 +106,7 @@ std::string prefix_length(Choices& choices) {
 }
 
 std::string text(Choices& choices, const SchemaNode& leaf) {
-  // The names of entries take none of them.
+  // The names of entries have none of them.
   if (choices.one_in(leaf.is_key() ? kRarely : 8)) return choices.of(kHostileTexts);
   if (leaf.name == "id") return choices.of(kLinks);
   if (leaf.name == "slot") return choices.of(kSlots);
@@ -124,7 +124,7 @@ std::string enumeration(Choices& choices, const SchemaNode& leaf) {
   return type->enums[choices.below(LY_ARRAY_COUNT(type->enums))].name;
 }
 
-// As it stands in XML.
+// With escapes for XML.
 std::string value(Choices& choices, const SchemaNode& leaf) {
   switch (leaf.value) {
     case ValueKind::kString:
@@ -169,7 +169,7 @@ std::string keys_of(Choices& choices, const SchemaNode& list) {
   std::string keys;
   for (std::size_t i = 0; i < list.num_keys; ++i) {
     const SchemaNode& key = *list.children[i];
-    // Chassis and slot are those of the card nearly always.
+    // Chassis and slot are nearly always those of the card.
     const bool is_place = key.name == "chassis-id" || key.name == "slot-id";
     keys += element(key, is_place && !choices.one_in(16) ? "1" : value(choices, key));
   }
@@ -182,7 +182,7 @@ bool may_stand_twice(const SchemaNode& node) {
   return node.kind == NodeKind::kList || node.kind == NodeKind::kLeafList;
 }
 
-// Without its mandatory leaves a new node says nothing.
+// A new node without its mandatory leaves would be refused.
 std::string content_of(Choices& choices, const SchemaNode& node) {
   std::string content;
   std::set<const SchemaNode*> given;
@@ -216,7 +216,7 @@ std::string many_entries(Choices& choices, const SchemaNode& list) {
   return entries;
 }
 
-// The mappings of one port that are too many for it, when the step is taken often.
+// Too many mappings of one port, if the step is made often.
 std::string rows_of_mappings(Choices& choices) {
   std::string mappings;
   const std::size_t first = choices.below(256);

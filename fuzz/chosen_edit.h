@@ -7,8 +7,8 @@
 
 namespace tarnd::fuzz {
 
-/// An edit-config document that touches a few places anywhere in the model, with values that mostly
-/// suit the node's type and often name what stands on the small card.
+/// An edit-config document with edits of a few places anywhere in the model. The values are mostly
+/// of the node's type, and often names on the small card.
 std::string chosen_edit(Choices& choices, const store::Schema& schema);
 
 }  // namespace tarnd::fuzz

@@ -1,6 +1,6 @@
-// Bytes as a card and a few commits on it, as the daemon makes them. A verdict comes of each and
-// comes again of the same commit, a commit that is not accepted changes nothing, and whatever a
-// validator opened is closed.
+// Bytes as a card and a few commits on it, as the daemon makes them. The same commit has the same
+// verdict again, a commit that is not accepted changes nothing, and everything that a validator
+// opened is closed.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -34,7 +34,7 @@ using store::Transaction;
 
 constexpr std::size_t kMostCommits = 4;
 
-// With this variable set, what the bytes stand for is shown, with the trace of the validators.
+// If this variable is set, the meaning of the bytes is printed, with the trace of the validators.
 constexpr const char* kShow = "FUZZ_SHOW";
 
 constexpr std::array kFlags = {std::optional<bool>(true), std::optional<bool>(false),
@@ -102,7 +102,7 @@ void show(const CommitReport& report) {
   std::cout << to_string(report.result) << std::endl;
 }
 
-// The lowest number that is free tells whether one more is in use.
+// The lowest free number shows whether one more is in use.
 int next_descriptor() {
   const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
   close(descriptor);
@@ -161,7 +161,7 @@ class Card {
     require(text() == before, what + " leaves the configuration:\n" + before + "---\n" + text());
   }
 
-  // Nothing where the change is none of the model.
+  // No value if the change is invalid by the model.
   std::unique_ptr<Transaction> edited(const Commit& commit) {
     auto transaction = std::make_unique<Transaction>(datastore_);
     try {
@@ -190,7 +190,7 @@ class Card {
             "the same commit has the same verdict");
   }
 
-  // With and without going on after an error the same is said up to there.
+  // Up to the first error the answers are the same, whether the commit goes on after it or not.
   void require_first_error_ends(const Commit& commit, const CommitReport& report) {
     if (report.result != CommitResult::kRejected) return;
     Commit other = commit;
@@ -201,7 +201,7 @@ class Card {
             "the first error is the same with all of them");
   }
 
-  // Each answer of the commit again, by itself and from its path.
+  // Each answer of the commit again, as a single request with its path.
   void ask_alone(const Commit& commit, const CommitReport& report) {
     const std::unique_ptr<Transaction> transaction = edited(commit);
     require(transaction != nullptr, "an edit can be made again");

@@ -1,6 +1,6 @@
 // Any text as changes of a small card, one after the other in one transaction; lines of five equal
-// signs stand between them. A change that is refused or given up leaves no trace, and what is
-// committed reads back as it stands.
+// signs separate them. A change that is refused or undone leaves no trace, and the committed
+// configuration reads back the same.
 
 #include <optional>
 #include <string_view>
@@ -32,13 +32,13 @@ std::vector<std::string> changes_in(std::string_view text) {
   }
 }
 
-// A change in JSON tells itself by its first character.
+// A change in JSON is recognised by its first character.
 Format format_of_change(const std::string& change) {
   const std::size_t first = change.find_first_not_of(" \t\r\n");
   return first != std::string::npos && change[first] == '{' ? Format::kJson : Format::kXml;
 }
 
-/// What the changes make of the card.
+/// The card after the changes.
 struct Outcome {
   std::string configuration;
   std::string changes;
@@ -46,7 +46,7 @@ struct Outcome {
   friend bool operator==(const Outcome&, const Outcome&) = default;
 };
 
-// Nothing where a change is refused.
+// No value if a change is refused.
 std::optional<Outcome> edited(Transaction& transaction, const std::vector<std::string>& changes) {
   try {
     for (const std::string& change : changes) transaction.edit(change, format_of_change(change));

@@ -4,7 +4,7 @@
 
 namespace tarnd::fuzz {
 
-/// Ends the process as a crash does, with the property on standard error, where it does not hold.
+/// If the property does not hold, writes it to standard error and ends the process like a crash.
 void require(bool holds, const std::string& property);
 
 }  // namespace tarnd::fuzz

@@ -1,5 +1,5 @@
 // Any text as a configuration, for the store's reader and for libyang's strict parser with its
-// validation. What one of them accepts the other accepts, with the same tree, but for the known
+// validation. Each accepts what the other accepts, with the same tree, except for the known
 // differences below.
 
 #include <libyang/libyang.h>
@@ -29,10 +29,10 @@ using store::Format;
 using store::schema_of;
 using store::SchemaNode;
 
-/// A text that one of the two refuses with these words, while the other accepts it.
+/// A text that one of the two refuses with this message, and the other accepts.
 struct KnownDifference {
   std::string_view refusal;
-  const char* in_text;  ///< a pattern of what the text must hold
+  const char* in_text;  ///< a pattern that the text must contain
   std::string_view reason;
 };
 
@@ -75,14 +75,14 @@ bool is_known(const std::string& refusal, const std::string& text, const auto& d
   });
 }
 
-/// A tree as lines in order, a node with its path, value and whether it came by itself; or why
-/// it was refused.
+/// A tree as lines in order, each node with its path, its value, and whether it is a default; or
+/// the reason for a refusal.
 struct Reading {
   std::vector<std::string> nodes;
   std::optional<std::string> refusal;
 };
 
-// An encrypted leaf is read in clear text by libyang and encrypted by the reader.
+// libyang leaves the clear text of an encrypted leaf; the reader encrypts it.
 std::string value_of(const lyd_node* leaf) {
   constexpr std::string_view kClearText = "$0$";
   const std::string value = lyd_get_value(leaf);
@@ -120,8 +120,8 @@ Reading read_by_reader(const std::string& text, Format format) {
   }
 }
 
-// libyang knows no byte order mark, and leaves the ends of lines as they are, where XML has one
-// kind.
+// libyang does not know byte order marks, and leaves the ends of lines as they are, while XML has
+// one kind.
 std::string as_libyang_needs_it(std::string text, Format format) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
@@ -143,7 +143,7 @@ Reading read_by_libyang(const std::string& text, Format format) {
   return {nodes_of(tree.get()), std::nullopt};
 }
 
-// The first letter decides: what does not begin with "<" is read as JSON.
+// The first character decides: a text that does not begin with "<" is read as JSON.
 Format format_of_text(const std::string& text) {
   const std::size_t first = text.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
   return first != std::string::npos && text[first] == '<' ? Format::kXml : Format::kJson;

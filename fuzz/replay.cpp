@@ -25,7 +25,7 @@ bool replay(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
   const std::vector<char> bytes{std::istreambuf_iterator<char>(in), {}};
   if (!in) return false;
-  // Told before it runs: whoever looks at a crash sees which input it was.
+  // Printed before it runs, so that a crash shows which input it was.
   std::cout << file.filename().string() << std::endl;
   return LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()),
                                 bytes.size()) == 0;
