@@ -15,12 +15,12 @@ namespace fs = std::filesystem;
 
 const fs::path kExamples = GPONVAL_EXAMPLES;
 
-// One row of the tables in the examples' README: a change, and what it says the commit answers.
+// One row of the tables in the examples' README: a change, and the answer of its commit.
 struct Row {
   std::string change;
   std::string card;
   int status = 0;
-  std::string request;  // empty where the commit is accepted
+  std::string request;  // empty if the commit is accepted
   std::string text;
 
   friend std::ostream& operator<<(std::ostream& out, const Row& row) {

@@ -25,8 +25,8 @@ class GenerateTest : public CommandTest {
     return gponval(line);
   }
 
-  // Commits the card onto an empty one; gives the requests that were called. Every answer must be
-  // OK: a warning is no valid card either.
+  // Commits the card to an empty one; returns the requests that were called. Every answer must be
+  // OK: a card with a warning is not valid either.
   std::set<std::string> expect_valid(const std::vector<std::string>& sizes,
                                      const std::vector<std::string>& more = {}) {
     const Outcome card = generate(sizes);
@@ -141,7 +141,7 @@ TEST_F(GenerateTest, EveryShapeOfACardIsValid) {
 }
 
 TEST_F(GenerateTest, OnusFitOnlyIfTheirBandwidthDoes) {
-  // Each of a full link's ONUs takes what it may, so a little more of one profile is too much.
+  // Each ONU of a full link has its whole share, so a little more in one profile is too much.
   file("generated.xml", generate({"--links", "1", "--line-profiles", "1", "--bandwidth-profiles",
                                   "5", "--service-ports", "0"})
                             .out);

@@ -55,7 +55,8 @@ int status_of(pid_t child) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-// Reads what is there; false at the end. A terminal whose other side is gone tells so by an error.
+// Reads what is available; returns false at the end, which for a terminal without its other side is
+// an error.
 bool take(int descriptor, std::string& text) {
   std::array<char, 4096> buffer{};
   const ssize_t size = read(descriptor, buffer.data(), buffer.size());
@@ -102,7 +103,7 @@ std::string gponval_command() {
 
 Outcome run_program(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
                     const std::string& input) {
-  // Standard input comes from a file without a name: a pipe would have to be filled meanwhile.
+  // Standard input is a file without a name, since a pipe would have to be filled meanwhile.
   std::string name = ::testing::TempDir() + "input-XXXXXX";
   const int standard_input = mkostemp(name.data(), O_CLOEXEC);
   unlink(name.c_str());

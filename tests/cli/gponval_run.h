@@ -9,9 +9,9 @@
 
 namespace gponval::test {
 
-/// What a run of the command left behind.
+/// The result of a run of the command.
 struct Outcome {
-  int status = -1;  ///< exit status; 128 and the signal's number where a signal ended it
+  int status = -1;  ///< exit status; 128 plus the signal's number if a signal ended it
   std::string out;
   std::string err;
 
@@ -26,24 +26,24 @@ Outcome run_gponval(const std::filesystem::path& folder, const std::vector<std::
 Outcome run_program(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
                     const std::string& input = "");
 
-/// Runs gponval at a terminal where somebody types the text; `out` is what the screen shows.
+/// Runs gponval at a terminal at which the text is typed; `out` is what the screen shows.
 Outcome run_at_terminal(const std::filesystem::path& folder,
                         const std::vector<std::string>& arguments, const std::string& typed = "");
 
 /// The file of the built command.
 std::string gponval_command();
 
-/// A test with a folder of its own that holds the card `card.xml`: ONUs 1 and 2 on the links 1/1/3
-/// and 1/1/4, the line profile "home" with the GEM ports 1 and 2, the service ports 1 and 2 on
-/// ONU 1 of 1/1/3.
+/// A test with its own folder, which has the card `card.xml`: ONUs 1 and 2 on the links 1/1/3 and
+/// 1/1/4, the line profile "home" with the GEM ports 1 and 2, the service ports 1 and 2 on ONU 1 of
+/// 1/1/3.
 class CommandTest : public ::testing::Test {
  protected:
   CommandTest();
   ~CommandTest() override;
 
-  /// Makes a file with this text; gives its name.
+  /// Makes a file with this text; returns its name.
   std::string file(const std::string& name, const std::string& text) const;
-  /// Makes a file with this content of the top-level `config`; gives its name.
+  /// Makes a file with this content of the top-level `config`; returns its name.
   std::string config(const std::string& name, const std::string& content) const;
   [[nodiscard]] std::string text_of(const std::string& name) const;
   /// The names of all files in the folder, in order.

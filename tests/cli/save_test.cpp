@@ -71,7 +71,7 @@ class SaveTest : public CommandTest {
     return run.get();
   }
 
-  /// The file, locked as a run that lives has it.
+  /// The file, locked as by a running command.
   [[nodiscard]] FileDescriptor locked(const std::string& name) const {
     FileDescriptor descriptor(open((folder_ / name).c_str(), O_RDONLY | O_CLOEXEC));
     EXPECT_EQ(flock(descriptor.get(), LOCK_EX | LOCK_NB), 0) << name;
@@ -196,7 +196,7 @@ TEST_F(SaveTest, WhatIsNoRegularFileIsRefusedBeforeTheCommit) {
       {"/proc/new.xml", "No such file or directory"},
       {std::string(NAME_MAX + 1, 'n'), "File name too long"},
   };
-  // A commit would be rejected; what cannot be saved does not get that far.
+  // A commit would be rejected; the test of the file name comes first.
   const std::string rejected = service_port(3, 9, 30);
   for (const auto& [target, told] : cases) {
     const bool too_late = target == "/proc/new.xml";
@@ -404,7 +404,7 @@ TEST_F(SaveTest, TheNextSaveRemovesWhatAKilledRunLeft) {
   EXPECT_EQ(text_of("card.xml"), before);
   ASSERT_THAT(files(), ElementsAre(StartsWith(".gponval-save-"), "card.xml", "change.xml"));
 
-  // Files of users, whatever they are called, and of a run that lives.
+  // Files of users, with any name, and of a run that is not finished.
   const std::vector<std::string> own = {".gponval-save-", ".gponval-save-backup",
                                         ".gponval-save-0123456789abcdeF",
                                         ".gponval-save-0123456789abcdef0", "gponval-save.xml"};

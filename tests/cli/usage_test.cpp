@@ -280,7 +280,7 @@ TEST_F(UsageTest, ThePluginAndTheModelAreFoundWhereTheyAreInstalled) {
   std::filesystem::copy(gponval_command(), bin / "gponval");
   const std::vector<std::string> points = {(bin / "gponval").string(), "points"};
 
-  // A model of its own, told by a request that the other has not.
+  // Its own model, recognised by a request that the other one lacks.
   std::filesystem::copy(GPON_VALID_MODEL, model);
   std::string text = text_of("share/tarnd/model/base.yang");
   const std::string request = "one_shot_prov_check";

@@ -123,7 +123,7 @@ bool ends_expression(const Token& token) {
                      [&](std::string_view end) { return is(token, end); });
 }
 
-/// The place behind the bracket that belongs to the one at `from`.
+/// The position after the bracket that closes the one at `from`.
 std::size_t past_bracket(const std::vector<Token>& tokens, std::size_t from) {
   int depth = 0;
   for (std::size_t i = from; i < tokens.size(); ++i) {
@@ -179,7 +179,7 @@ bool follows_variable(const std::vector<Token>& tokens, std::size_t at) {
   return false;
 }
 
-/// What the chain of + or << yields that the text token at `at` begins; `at` moves behind it.
+/// The result of the chain of + or << that the text token at `at` begins; `at` moves past it.
 std::string read_chain(const std::vector<Token>& tokens, std::size_t& at) {
   std::string text;
   if (follows_variable(tokens, at)) add_hole(text);

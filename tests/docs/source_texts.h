@@ -6,8 +6,8 @@
 
 namespace docs {
 
-/// A line of text that source code puts together: the constant parts in order. Between two of them
-/// stands something that varies; a text that begins or ends with it has an empty part there.
+/// A line of text that source code composes: the constant parts in order. Between two of them
+/// something varies; a text that begins or ends with a variable part has an empty part there.
 struct CodeText {
   std::vector<std::string> parts;
 };
@@ -16,7 +16,8 @@ struct CodeTexts {
   /// Lines of plain language, such as "Port %s untagged ..." or `"Port " + name + " untagged ..."`,
   /// without those that only the trace gets.
   std::vector<CodeText> sentences;
-  /// Every constant of the code as it stands: what varies in a sentence may be one of them.
+  /// Every constant of the code as it is written: the variable part of a sentence may be one of
+  /// them.
   std::set<std::string> words;
 };
 

@@ -30,7 +30,7 @@ std::string contents(const std::filesystem::path& file) {
   return text.str();
 }
 
-/// What a source says, and the requests whose validators it holds: none for what several share.
+/// The texts of a source, and the requests whose validators are in it: none if it is shared.
 struct Source {
   std::set<std::string> requests;
   CodeTexts texts;
@@ -74,7 +74,7 @@ CodeTexts texts_of(const std::vector<Source>& all) {
 
 using Lines = std::vector<std::string>;
 
-/// The texts of the catalogue, line by line, by the request whose chapter they stand in; those that
+/// The texts of the catalogue, line by line, by the request whose chapter they are in; those that
 /// no user sees by kElsewhere. A text is indented by four blanks.
 std::map<std::string, Lines> catalogue() {
   constexpr std::string_view kIndent = "    ";
@@ -91,12 +91,12 @@ std::map<std::string, Lines> catalogue() {
   return read;
 }
 
-/// May a text in the chapter come from the source?
+/// Whether a text in the chapter may be one of the source's.
 bool may_say(const Source& source, const std::string& chapter) {
   return source.requests.empty() || chapter == kElsewhere || source.requests.contains(chapter);
 }
 
-/// The lines of the chapters where a text of the source may stand.
+/// The lines of the chapters that may have a text of the source.
 Lines lines_for(const Source& source, const std::map<std::string, Lines>& chapters) {
   Lines lines;
   for (const auto& [chapter, texts] : chapters) {
@@ -229,7 +229,7 @@ TEST(Catalogue, KnowsTheSourceOfEachRequest) {
   EXPECT_EQ(found, expected);
 }
 
-// The tests above are worth as much as what they find in the code.
+// The tests above depend on finding all texts in the code.
 
 std::vector<std::string> sentences(const std::string& code) {
   CodeTexts texts;

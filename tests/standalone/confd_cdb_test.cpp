@@ -1,4 +1,4 @@
-// CDB: reads on the committed configuration, whatever the transaction does.
+// CDB: reads on the committed configuration, regardless of the transaction.
 
 #include "session/qzconfd_session.h"
 #include "tests/standalone/confd_test.h"
@@ -8,7 +8,7 @@ namespace {
 
 class ConfdCdb : public ConfdTest {
  protected:
-  // Opens a transaction and a read session beside it.
+  // Opens a transaction and a read session.
   void open_cdb(const std::string& change = "") {
     open(change);
     cdb_ = qzconfd_config_session_start(tctx()->vcb_opaque);

@@ -35,7 +35,7 @@ class ConfdCursor : public ConfdTest {
     return text;
   }
 
-  // Room for entries whose values tell where nothing was written.
+  // Room for entries, filled with values that show where nothing was written.
   confd_value_t* room_for(std::size_t values) {
     for (confd_value_t& value : values_) confd_free_value(&value);
     confd_value_t untouched;
@@ -215,7 +215,7 @@ TEST_F(ConfdCursor, WhatDoesNotFitIsCountedAndNotWritten) {
   maapi_destroy_cursor(&cursor);
 }
 
-// A present presence container brings its children along; a missing one is a single value.
+// A presence container that exists has its children after it; a missing one is a single value.
 TEST_F(ConfdCursor, PresenceContainersListsAndLeafListsHaveTheirPlaces) {
   open();
   maapi_cursor cursor;

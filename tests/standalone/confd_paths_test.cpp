@@ -21,7 +21,7 @@ class ConfdPaths : public ConfdTest {
     return value;
   }
 
-  // The keypath of /config/interface/gpon{1 1 3}/onu{10}, as the daemon would give it.
+  // The keypath of /config/interface/gpon{1 1 3}/onu{10}, as the daemon would pass it.
   confd_hkeypath_t onu_keypath() {
     confd_hkeypath_t path = {};
     path.len = 6;

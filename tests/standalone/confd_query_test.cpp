@@ -31,7 +31,7 @@ class ConfdQuery : public ConfdTest {
     return text;
   }
 
-  // Everything that the query gives: the values of a result joined by blanks, chunks ended by "|".
+  // All results of the query: the values of a result joined by blanks, chunks ended by "|".
   std::vector<std::string> run(const Request& request) {
     std::vector<std::string> texts;
     const int query = start(request);

@@ -21,9 +21,9 @@ TEST_F(ConfdReads, ExistsReportsWhatIsThere) {
       {"/config/interface/gpon{1 1 4}/onu{10}/description", 0},
       {"/config/interface/gpon{1 1 3}/onu{10}/ip-host", 1},
       {"/config/interface/gpon{1 1 3}/onu{9}/ip-host", 0},
-      {"/config/interface/gpon{1 1 3}/onu{9}/snmp", 1},  // no presence: there with its parent
+      {"/config/interface/gpon{1 1 3}/onu{9}/snmp", 1},  // no presence: exists with its parent
       {"/config/interface/gpon{1 1 3}/onu{8}/snmp", 0},
-      {"/config/service-port{7}/xgspon", 1},  // also where its choice went the other way
+      {"/config/service-port{7}/xgspon", 1},  // also if its choice has another case
       {"/config/service-port{7}/xgspon/onu", 1},
       {"/config/service-port{7}/xgspon/onu/id", 0},
       {"/config/service-port{8}/xgspon/onu", 0},
@@ -193,7 +193,7 @@ TEST_F(ConfdReads, GetListReturnsTheValuesInOrder) {
   std::free(values);
 }
 
-// Reads the path with every call that reads a value; tells the calls that succeeded.
+// Reads the path with every call that reads a value; returns the calls that succeeded.
 class ConfdFailedReads : public ConfdTest {
  protected:
   std::vector<PlatformCall> successes(const char* path) {

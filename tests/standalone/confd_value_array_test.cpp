@@ -1,4 +1,4 @@
-// The value array of an entry where containers with presence stand before, after and inside others.
+// The value array of an entry with containers with presence before, after and inside others.
 
 #include "standalone/confd/value_array.h"
 
@@ -52,7 +52,7 @@ std::string printed(const confd_value_t& value) {
 
 class ConfdValueArray : public testing::Test {
  protected:
-  // The array of an entry with this content, and what stands behind the room for it.
+  // The array of an entry with this content, and the value after the room for it.
   Texts array_of(const std::string& content, int room) {
     datastore_.load("<config xmlns=\"urn:tarnd:base\"><entry>" + content + "</entry></config>",
                     store::Format::kXml);
@@ -67,7 +67,7 @@ class ConfdValueArray : public testing::Test {
     return texts;
   }
 
-  // As much of it as fits stands there, whatever the room, and its size is told.
+  // For any room, as much as fits is written, and the whole size is returned.
   void expect_array(const std::string& content, const Texts& expected) {
     for (int room = 0; room <= kRoom; ++room) {
       Texts wanted(expected.begin(),

@@ -304,7 +304,7 @@ TEST_F(ConfdValues, NoValueHoldsANulByte) {
   EXPECT_NE(datastore.print(store::Format::kXml).find(configured), std::string::npos);
 }
 
-// ---- What the daemon makes for the plug-in
+// ---- Values that the daemon makes for the plug-in
 
 class ConfdKeypaths : public ConfdValues {
  protected:

@@ -57,7 +57,7 @@ TEST_F(ConfdXPath, ConditionsOnNothingNameNothing) {
   EXPECT_EQ(evaluated("/config/interface/gpon[chassis-id=1 and slot-id=1]/onu + 1"), "error");
 }
 
-// "and" and "or" apply to lists without entries as to others.
+// "and" and "or" also work for lists without entries.
 TEST_F(ConfdXPath, ConditionsMayBeCombined) {
   const struct {
     const char* condition;

@@ -1,5 +1,5 @@
-// Which validation points a commit calls, on which instances, in which order, and what it makes of
-// the answers. The plug-in here only notes its calls and answers what the test tells it.
+// Which validation points a commit calls, on which instances, in which order, and the verdict from
+// the answers. The plug-in here only records its calls and returns what the test sets.
 
 #include "standalone/daemon/daemon.h"
 
@@ -22,7 +22,7 @@ using ::testing::IsEmpty;
 
 struct Recorder {
   std::vector<std::string> calls;             // "request keypath"
-  std::map<std::string, int> results;         // by request, CONFD_OK where none is given
+  std::map<std::string, int> results;         // by request, CONFD_OK if none is set
   std::map<std::string, std::string> values;  // the new value of each request's last call
   int init_result = 0;
   int finished = 0;

@@ -1,4 +1,4 @@
-// Every node of the model, against a table written out here.
+// Every node of the model, compared with a table written out here.
 
 #include <gtest/gtest.h>
 #include <libyang/libyang.h>
@@ -14,9 +14,9 @@
 namespace tarnd {
 namespace {
 
-// A line a node, in the order of the model, children indented: the name, with "?" if it may be left
-// out, "!" for a container whose presence counts, "*" for a list, which has its keys behind it, or
-// a leaf-list; the type with its range, length or enumeration; patterns of names; the default. A
+// A line for each node, in the order of the model, children indented: the name, with "?" if it may
+// be left out, "!" for a container with presence, "*" for a list, followed by its keys, or a
+// leaf-list; the type with its range, length or enumeration; patterns of names; the default. A
 // choice is in brackets, a case has a colon before them.
 constexpr const char* kNodes = R"(
 config
@@ -298,8 +298,8 @@ std::string type_text(const lysc_type* type) {
   }
 }
 
-/// The type of a leaf. Addresses and encrypted texts are strings with long patterns, which the
-/// tests of their values look at.
+/// The type of a leaf. Addresses and encrypted texts are strings with long patterns, which other
+/// tests check with values.
 std::string type_of(const lysc_node* leaf, const lysc_type* type) {
   switch (static_cast<const store::SchemaNode*>(leaf->priv)->value) {
     case store::ValueKind::kIpv4:

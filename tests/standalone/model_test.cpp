@@ -55,7 +55,7 @@ const store::SchemaNode& node_at(std::initializer_list<std::string> names) {
   return *node;
 }
 
-// What the function throws, empty when it does not.
+// The text of the function's exception, empty if it throws none.
 template <typename Function>
 std::string error_of(Function function) {
   try {

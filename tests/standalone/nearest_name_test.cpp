@@ -24,7 +24,7 @@ TEST(NearestName, IsWhatWasProbablyMeant) {
       {"JSON", {"text", "json"}, "json"},
       {"serviceport", {"service-profile", "service-port"}, "service-port"},
       {"service_port", {"service-profile", "service-port"}, "service-port"},
-      {"wlan", {"lan", "vlan", "wan"}, "lan"},  // of equals the first
+      {"wlan", {"lan", "vlan", "wan"}, "lan"},  // the first of two that are equally near
       {"wlan", {"vlans", "vlan"}, "vlan"},      // the nearest, not the first
       {"gen", {"commit", "generate"}, "generate"},
       {"gem", {"generate", "gems"}, "gems"},

@@ -1,4 +1,4 @@
-// Validation sessions: sockets, handles, messages, and what ends with them.
+// Validation sessions: sockets, handles, messages, and what their end releases.
 
 #include <set>
 

@@ -11,7 +11,7 @@ using test::config;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// One line a change: "+" created, "-" deleted, "~" changed, then the path.
+// One line for each change: "+" created, "-" deleted, "~" changed, then the path.
 void describe(const Change& change, std::vector<std::string>& lines) {
   const lyd_node* node = change.after != nullptr ? change.after : change.before;
   if (change.schema->kind == NodeKind::kLeafList) {
@@ -28,7 +28,7 @@ void describe(const Change& change, std::vector<std::string>& lines) {
   }
   const char* sign = change.before == nullptr ? "+ " : change.after == nullptr ? "- " : "~ ";
   if (change.children.empty()) {
-    // A deleted entry hangs in no tree any more.
+    // A deleted entry is no longer in a tree.
     lines.push_back(sign + (change.after != nullptr ? path_of(node) : change.schema->name));
   }
   for (const Change& child : change.children) describe(child, lines);

@@ -21,7 +21,7 @@ class CommittedSightTest : public ::testing::Test {
  protected:
   CommittedSightTest() { datastore_.load(config(kPort), Format::kXml); }
 
-  // The rate of service port 1; "none" when the port does not exist.
+  // The rate of service port 1; "none" if the port does not exist.
   [[nodiscard]] std::string rate() const {
     const lyd_node* leaf = datastore_.find(
         *Path::parse(datastore_.schema(), "/config/service-port{1}/upstream-rate", nullptr));

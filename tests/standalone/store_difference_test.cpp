@@ -1,4 +1,4 @@
-// The difference of two whole configurations, held against libyang's.
+// The difference of two whole configurations, compared with libyang's.
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ using test::ContentKind;
 using test::RandomContent;
 using TreeOwner = std::unique_ptr<lyd_node, decltype(&lyd_free_all)>;
 
-// One node that libyang's diff speaks of, and where it does.
+// One node of libyang's diff, and its places there.
 struct DiffOfNode {
   const lyd_node* before = nullptr;
   const lyd_node* after = nullptr;
@@ -42,7 +42,7 @@ const lyd_node* counterpart(const lyd_node* parent, const lyd_node* node) {
   return found;
 }
 
-// The nodes directly below, in the diff's order. libyang may speak of one node in several places.
+// The nodes directly below, in the diff's order. libyang may have one node in several places.
 std::vector<DiffOfNode> diffs_below(const DiffOfNode& parent) {
   std::vector<DiffOfNode> nodes;
   std::unordered_map<const lyd_node*, std::size_t> place_of;
@@ -103,8 +103,8 @@ std::vector<Change> changes_below(const DiffOfNode& node) {
   return changes;
 }
 
-// Follows libyang's diff of two trees to the nodes themselves. A leaf that differs only in that its
-// value is the default there, too, and a container without content are no changes here.
+// Follows libyang's diff of two trees to the nodes themselves. A leaf that only becomes a default
+// with the same value, and a container without content, are no changes here.
 std::optional<Change> change_of(const DiffOfNode& node) {
   const SchemaNode& schema = node.schema();
   Change change{&schema, node.before, node.after, {}, {}, {}};

@@ -21,7 +21,8 @@ class StoreEditTest : public ::testing::Test {
     transaction.commit();
   }
 
-  // The error's text, empty when the change was taken. Either way the datastore must be as before.
+  // The error's text, empty if the change was applied. In both cases the datastore must be as
+  // before afterwards.
   std::string refusal(const std::string& change) {
     const std::string before = text();
     std::string what;
@@ -294,12 +295,12 @@ std::string bandwidth_profile(const std::string& traffic) {
          "</traffic></bandwidth-profile></gpon></profile>";
 }
 
-// The model wants the assured bandwidth, too.
+// The model requires the assured bandwidth, too.
 const std::string kIncomplete = bandwidth_profile("<type-3><maximum>9</maximum></type-3>");
 const std::string kComplete =
     bandwidth_profile("<type-3><assured>3</assured><maximum>9</maximum></type-3>");
 
-// What was valid when it was read need not be so after an edit.
+// An edit can make a configuration invalid that was valid when it was read.
 TEST_F(StoreEditTest, AnInvalidEditOfAWholeNewConfigurationIsRefused) {
   running(kPort7);
   const std::string before = text();

@@ -67,7 +67,7 @@ double seconds(const std::function<void()>& work) {
   return now() - start;
 }
 
-// What the parts of some work took, each at its fastest.
+// The times of the parts of some work, each at its fastest.
 class Parts {
  public:
   void measure(const char* part, const std::function<void()>& work) {
@@ -91,8 +91,8 @@ class Parts {
   std::vector<std::pair<std::string, double>> times_;
 };
 
-// Does the work with some entries and with many more, in turn, so that both meet the same
-// neighbours on the machine.
+// Does the work with some entries and with many more, in turn, so that other programs on the
+// machine affect both.
 void expect_growth(int count, const std::function<void(int count, Parts& parts)>& work) {
   Parts few;
   Parts many;
@@ -103,7 +103,7 @@ void expect_growth(int count, const std::function<void(int count, Parts& parts)>
   many.expect_growth(few);
 }
 
-// Service ports in a tree that no datastore holds.
+// Service ports in a tree without a datastore.
 class Ports {
  public:
   explicit Ports(const Ids& ids) : ids_(ids) {
@@ -114,7 +114,7 @@ class Ports {
   Ports& operator=(const Ports&) = delete;
   ~Ports() { lyd_free_all(root_); }
 
-  /// Ports with a rate that stand alone.
+  /// Unlinked ports with a rate.
   [[nodiscard]] std::vector<lyd_node*> made() const {
     std::vector<lyd_node*> ports;
     for (const int id : ids_) {

@@ -78,7 +78,7 @@ class KeypathEditTest : public ::testing::Test {
   KeypathEditTest() : KeypathEditTest(test::model()) {}
   explicit KeypathEditTest(const Schema& schema) : datastore_(schema), transaction_(datastore_) {}
 
-  // The error's text, empty when the edit was taken.
+  // The error's text, empty if the edit was applied.
   std::string edit(Operation operation, const std::string& text) {
     try {
       transaction_.edit(KeypathEdit{operation, text});

@@ -11,7 +11,7 @@
 namespace tarnd::store {
 namespace {
 
-// A list of service ports, its index, and what the index must say.
+// A list of service ports, its index, and the expected content of the index.
 class IndexedPorts {
  public:
   explicit IndexedPorts(int ports) {
@@ -30,7 +30,7 @@ class IndexedPorts {
   void erase(int id) {
     const auto port = ports_.extract(id);
     index_->erase(port.mapped());
-    // The next port that comes may get the same address.
+    // The next new port may get the same address.
     lyd_free_tree(port.mapped());
   }
 
@@ -72,7 +72,7 @@ TEST(ListIndexTest, ReportsWhetherAnEntryIsTheLast) {
   EXPECT_TRUE(ports.insert(10));
 }
 
-// Entries come and go in any number between two looks at the order.
+// Any number of entries is added and removed between two reads of the order.
 TEST(ListIndexTest, IsInKeyOrderAfterAnyInsertionsAndRemovals) {
   constexpr int kIds = 200;
   for (unsigned seed = 0; seed < 50; ++seed) {

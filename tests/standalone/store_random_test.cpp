@@ -12,7 +12,7 @@ namespace {
 using test::change_text;
 using test::config;
 
-// Small configurations and edits over the same few names, so that edits meet what stands.
+// Small configurations and edits with the same few names, so that edits concern existing nodes.
 class RandomEdits {
  public:
   explicit RandomEdits(unsigned seed) : random_(seed) {}
@@ -89,8 +89,8 @@ class RandomEdits {
   std::mt19937 random_;
 };
 
-// The changes gathered while the tree is edited and those that libyang's diff of the two whole
-// configurations gives are found in different ways; they must be the same.
+// The changes recorded while the tree is edited must be those of libyang's diff of the two whole
+// configurations.
 TEST(RandomEditsTest, GatheredChangesAreThoseOfTheWholeDifference) {
   for (unsigned seed = 0; seed < 400; ++seed) {
     SCOPED_TRACE(seed);
@@ -122,7 +122,7 @@ std::string xml(const Datastore& datastore) {
   return datastore.print(Format::kXml);
 }
 
-// All entries with the text of their leaves, found by key: what the indexes say.
+// All entries with the text of their leaves, found by key through the indexes.
 std::string entries_by_key(const Datastore& datastore) {
   std::string text;
   const SchemaNode& ports = *datastore.schema().root().child("service-port");
@@ -148,7 +148,7 @@ TEST(RandomEditsTest, WhatIsCommittedIsInSightWhileEditsAreOpen) {
         transaction.replace(config(random.configuration()), Format::kXml);
       }
       transaction.edit(config(random.edit()), Format::kXml);
-      // In every second run nothing else looks at the tree in between, and puts it in order.
+      // In every second run nothing else reads the tree in between, which would sort it.
       const std::string edited = seed % 2 == 0 ? xml(datastore) : "";
       const std::string entries_edited = entries_by_key(datastore);
       {

@@ -1,4 +1,4 @@
-// The reader beside libyang's own parser and validation: the same verdict and the same tree.
+// The reader compared with libyang's own parser and validation: the same verdict and the same tree.
 
 #include <gtest/gtest.h>
 
@@ -32,7 +32,7 @@ std::string printed(const lyd_node* tree, Format format) {
   return text != nullptr ? text : "";
 }
 
-// libyang leaves a container that is given empty without the defaults that are in effect in it.
+// If a container is empty in the text, libyang does not add its defaults.
 void bring_all_defaults(lyd_node* tree) {
   lyd_node* node = nullptr;
   LYD_TREE_DFS_BEGIN(tree, node) {
@@ -44,7 +44,7 @@ void bring_all_defaults(lyd_node* tree) {
   lyd_new_implicit_tree(tree, LYD_IMPLICIT_NO_STATE, nullptr);
 }
 
-// What libyang makes of the text, put into order; empty when it refuses it.
+// The tree that libyang reads from the text, sorted; empty if it refuses the text.
 std::string read_by_libyang(const Schema& schema, const std::string& text, Format format) {
   lyd_node* tree = nullptr;
   const LY_ERR result = lyd_parse_data_mem(schema.context(), text.c_str(),
@@ -100,7 +100,7 @@ TEST(ReaderAgreement, OnTheTownAndOnAGeneratedCard) {
   std::ostringstream card;
   gponval::write_card(card, size);
   for (const std::string& text : {town, card.str()}) {
-    // libyang keeps clear text, so only what is encrypted already can be alike.
+    // libyang keeps clear text, so only texts that are already encrypted can be equal.
     const Schema& schema = test::model();
     Datastore datastore(schema);
     datastore.load(text, Format::kXml);

@@ -1,4 +1,4 @@
-// What the reader of configurations and changes takes, and what it says of the rest.
+// What the reader of configurations and changes accepts, and its messages for the rest.
 
 #include "standalone/store/reader.h"
 

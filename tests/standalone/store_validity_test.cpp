@@ -101,7 +101,7 @@ bool is_valid_for_libyang(const lyd_node* tree) {
   return result == LY_SUCCESS;
 }
 
-// Both verdicts are tried often.
+// Both verdicts occur often.
 void expect_both(unsigned refused, unsigned tries) {
   EXPECT_GT(refused, tries / 5);
   EXPECT_LT(refused, tries * 4 / 5);
@@ -140,17 +140,17 @@ TEST(ValidityTest, AContainerOfACaseMustBeCompleteOnceTheCaseIsInUse) {
   EXPECT_EQ(refusal(transaction), "/config/a{1}: mandatory node 'needs/n' does not exist");
 }
 
-// An edit leaves the other cases of its own choice, not those of a choice around its case.
+// An edit removes the other cases of its own choice, but not those of a choice around its case.
 std::string without_choice_in_case() {
   const std::string kInner = "choice inner";
   std::string model = kModelOfRules;
   return model.replace(model.find(kInner), kInner.size(), "container inner");
 }
 
-// What became of edits.
+// The outcome of edits.
 enum class Outcome { kNotTaken, kRefused, kValid };
 
-// Holds what prepare() says of the edits against libyang's verdict on the whole of it.
+// Compares the verdict of prepare() on the edits with libyang's verdict on the whole configuration.
 Outcome edit(Datastore& datastore, const std::vector<std::string>& edits) {
   Transaction transaction(datastore);
   try {
@@ -172,7 +172,7 @@ Outcome edit(Datastore& datastore, const std::vector<std::string>& edits) {
   }
 }
 
-// Only what was edited is looked at, but the verdict is that on the whole configuration.
+// Only the edits are checked, but the verdict is that on the whole configuration.
 TEST(ValidityTest, AgreesWithLibyangOnEdits) {
   const OwnModel model(without_choice_in_case());
   const Schema schema(model.folder());

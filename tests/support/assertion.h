@@ -15,8 +15,8 @@ inline std::string regex_of(const std::string& plain) {
   return regex;
 }
 
-/// All that a failed assertion of the plug-in says: file, line, function with its signature,
-/// expectation. The source goes without its folder and ".cpp", the function is a regular
+/// The message of a failed assertion of the plug-in: file, line, function with its signature,
+/// expectation. Pass the source without its folder and ".cpp", and the function as a regular
 /// expression.
 inline std::string assertion(const std::string& source, const std::string& function,
                              const std::string& expectation) {

@@ -15,7 +15,7 @@
 
 namespace tarnd::test {
 
-/// A card with a running configuration. Contents are what stands inside the top-level `config`.
+/// A card with a running configuration. A content is the inside of the top-level `config`.
 class CardFixture : public ::testing::Test {
  protected:
   CardFixture();
@@ -26,11 +26,11 @@ class CardFixture : public ::testing::Test {
   /// Loads the running configuration.
   void running(const std::string& content);
 
-  /// Commits a change; only the named requests are called, all when none is named.
+  /// Commits a change; only the named requests are called, or all if none is named.
   CommitReport commit(const std::string& change, const std::vector<std::string>& only = {},
                       bool confirm = false);
-  /// Commits a change through one request and gives its answer: the first that is not OK, else an
-  /// OK answer; fails the test when the change calls the request for no instance.
+  /// Commits a change with one request and returns its answer: the first that is not OK, or else an
+  /// OK answer. Fails the test if the request is not called.
   Answer answer_of(const std::string& request, const std::string& change);
   /// The same without an edit: dispatches the request on a keypath after the change.
   Answer request(const std::string& name, const std::string& keypath,

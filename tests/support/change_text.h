@@ -6,7 +6,7 @@
 
 namespace tarnd::test {
 
-/// What the prepared transaction changes, a line each node; empty when nothing differs.
+/// The changes of the prepared transaction, a line for each node; empty if nothing changed.
 std::string change_text(const store::Transaction& transaction);
 /// The same of the change of `config`, which may be null.
 std::string change_text(const store::Change* change);

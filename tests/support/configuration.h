@@ -5,7 +5,7 @@
 
 namespace tarnd::test {
 
-// Configuration in XML, a line an object. `content` is put inside the element as it stands.
+// Configuration in XML, a line for each object. `content` is inserted into the element as it is.
 // `op` is an edit operation such as "delete", empty for none.
 std::string element(const std::string& name, const std::string& content,
                     const std::string& op = "");
@@ -34,7 +34,7 @@ std::string service_port(int id, const std::string& link, const std::string& itf
                          int gem_id, int vlan = 0);
 std::string deleted_service_port(int id);
 
-// VLAN mappings of a service profile, and what they hold.
+// VLAN mappings of a service profile, and their contents.
 std::string vlan_mapping(const std::string& name, const std::string& content);
 std::string on_ethernet(std::initializer_list<int> ports);
 std::string on_veip();

@@ -40,8 +40,7 @@ Verdict verdict_of(CommitResult result) {
   return Verdict::kError;
 }
 
-/// The text that goes with the verdict: none for a commit that went through, its warnings were
-/// confirmed.
+/// The text of the verdict: none for an accepted commit, whose warnings were confirmed.
 std::string text_of(const CommitReport& report) {
   const Verdict verdict = verdict_of(report.result);
   if (verdict == Verdict::kOk) return "";

@@ -6,7 +6,7 @@
 
 namespace tarnd::test {
 
-/// The shipped model. Reading it costs more than most tests, and nothing ever changes it.
+/// The shipped model, read once because reading it costs more than most tests. Nothing changes it.
 const store::Schema& model();
 
 /// A whole XML document: the top-level `config` around the content, the prefix nc declared.

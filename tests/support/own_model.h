@@ -6,8 +6,8 @@
 
 namespace tarnd::test {
 
-/// A folder with the shipped modules and numbers, and a base.yang of the test's own. The folder
-/// goes with the object, so it has to live as long as a schema that was read from it.
+/// A folder with the shipped modules and numbers, and the test's own base.yang. The destructor
+/// removes the folder, so the object must outlive a schema that was read from it.
 class OwnModel {
  public:
   /// A module base with this body.

@@ -99,7 +99,7 @@ void explicit_bzero(void* bytes, size_t size) noexcept {
   platform(bytes, size);
 }
 
-// The plug-in looks up names and paths that it has put together before.
+// The plug-in looks up names and paths that it has composed before.
 int cdb_exists(int sock, const char* fmt, ...) {
   static auto* const platform = of_platform<int(int, const char*, ...)>("cdb_exists");
   std::va_list arguments;

@@ -11,8 +11,8 @@
 
 namespace tarnd::test {
 
-/// What a test puts in place of the platform's own answers, where those are always sound. All of it
-/// is taken back when the guard ends, and what is noted below begins with the guard.
+/// Replaces answers of the platform that would always be valid. The guard's end undoes all of it;
+/// what is noted below begins with the guard.
 struct InPlace {
   struct Xpath {
     int result;
@@ -36,17 +36,17 @@ struct InPlace {
   static std::string evaluated;
   /// Changes the entry that a cursor has stepped to.
   static std::function<void(maapi_cursor&)> entry;
-  /// The result of the next decryptions, beside the clear text.
+  /// The result of the next decryptions, in addition to the clear text.
   static std::optional<int> decrypted;
-  /// Where the last decryption put the clear text; its memory may be gone.
+  /// The address of the clear text of the last decryption; its memory may have been freed.
   static const char* clear_text;
   /// What stood there before.
   static std::string clear_text_before;
   /// How many bytes were wiped last.
   static std::optional<std::size_t> wiped;
 
-  /// The answers of the next look-ups in the committed configuration, and of the next reads of a
-  /// boolean there, beside the boolean itself.
+  /// The results of the next look-ups in the committed configuration, and of the next reads of a
+  /// boolean there, in addition to the boolean itself.
   static std::optional<int> committed_exists;
   static std::optional<int> committed_bool;
 
@@ -54,7 +54,7 @@ struct InPlace {
   static fm_board_count_t onus_of_board;
   static fm_board_count_t links_of_board;
 
-  /// Whether the trace takes records of a level.
+  /// Whether the trace writes records of a level.
   static std::function<bool(int level)> takes_level;
 
   /// With which flags the changes were iterated over last.

@@ -140,7 +140,7 @@ std::string RandomContent::operation(const lysc_node* node) {
   if (!kind_.operations || !one_in(4)) return "";
   static const char* const kOperations[] = {"merge",  "replace", "remove",
                                             "remove", "create",  "delete"};
-  // Most creations and deletions meet what they must not.
+  // Most creations and deletions fail, because the node exists or does not.
   const int count = one_in(8) ? 6 : 4;
   const bool is_value = node->nodetype == LYS_LEAFLIST;
   return std::string(" nc:operation=\"") + kOperations[is_value ? 2 : below(count)] + "\"";

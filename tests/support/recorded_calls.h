@@ -75,9 +75,9 @@ class RecordedPaths {
   std::vector<std::string> calls_;
 };
 
-/// Writes the name of each platform call among the records of the trace from now on, a line such as
-/// "CALL maapi_exists": a TraceCapture then shows what came first. Calls of the kind that is to
-/// fail fail; those of the trace are left out.
+/// From now on writes the name of each platform call among the records of the trace, a line such as
+/// "CALL maapi_exists", so that a TraceCapture shows the order. The calls of one kind can be made
+/// to fail; those of the trace are left out.
 class CallsAmongRecords {
  public:
   explicit CallsAmongRecords(std::optional<PlatformCall> failing = std::nullopt) {

@@ -12,8 +12,8 @@
 
 namespace tarnd::test {
 
-/// Keeps what the trace writes from now on, a record a line: level, function, source and line,
-/// text.
+/// Keeps what the trace writes from now on, one line for each record: level, function, source and
+/// line, text.
 class TraceCapture {
  public:
   explicit TraceCapture(TraceLevel level) {
@@ -49,7 +49,8 @@ class TraceCapture {
   /// Ends the capture: is the text part of a record?
   bool has(const std::string& text) { return count(text) > 0; }
 
-  /// Ends the capture: is there a record of the level, "FLOW" or "DETAIL", with just this text?
+  /// Ends the capture. Returns whether there is a record of the level, "FLOW" or "DETAIL", with
+  /// exactly this text.
   bool has_record(const std::string& level, const std::string& text) {
     const std::vector<std::string>& all = records();
     return std::any_of(all.begin(), all.end(), [&](const std::string& record) {
@@ -58,7 +59,8 @@ class TraceCapture {
     });
   }
 
-  /// Ends the capture: the number behind the text in the first record that has it, -1 for none.
+  /// Ends the capture. Returns the number after the text in the first record that has it, -1 if
+  /// none has.
   long figure(const std::string& text) {
     for (const std::string& record : records()) {
       const std::size_t at = record.find(text);

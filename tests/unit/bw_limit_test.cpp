@@ -406,7 +406,7 @@ TEST_F(PonlinkBwCheck, EveryLinkIsCheckedBySlotAndPort) {
   running(profiles + link("1", "1", onus({"small"})) + link("1", "2", onus({"big"})));
   EXPECT_THAT(check_all(),
               Rejected("Fixed bandwidth exceeds GPON interface 1/2/3 capacity (442752 kbits/s)\n"));
-  // A link of another chassis stands for the one of chassis 1 with its slot and port.
+  // For a link of another chassis, the one of chassis 1 with the same slot and port is checked.
   running(profiles + link("1", "2", onus({"small"})) + link("2", "2", onus({"big"})));
   EXPECT_THAT(check_all(), Accepted());
 }

@@ -86,7 +86,7 @@ class BwModel : public CardFixture {
 
   int load_profiles() { return loadAllBws(sock(), tctx()); }
 
-  /// Loads both kinds of profiles; gives the line profile's figures.
+  /// Loads both kinds of profiles; returns the line profile's figures.
   Figures load_line(const std::string& name) {
     load_profiles();
     EXPECT_EQ(loadAllLines(sock(), tctx()), 0);
@@ -260,7 +260,7 @@ TEST_F(BwModel, OnlyAMissingProfileIsReportedAtTheFlowLevel) {
 
 // ---- One bandwidth profile
 
-/// The 15 values of a profile; all types are there until they are taken out.
+/// The 15 values of a profile; all types exist until they are removed.
 class ProfileValues {
  public:
   ProfileValues() {

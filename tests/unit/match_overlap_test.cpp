@@ -20,7 +20,7 @@ struct Claim {
 
 class MatchOverlap : public ::testing::Test {
  protected:
-  /// The message where the claim collides; empty where it does not.
+  /// The message if the claim collides, or else an empty one.
   std::string claimed_by(std::uint32_t sp, const Claim& claim) {
     std::string message = "untouched";
     const bool overlaps = matches_.ServicePortMatchOverlaps(

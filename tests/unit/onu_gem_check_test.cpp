@@ -11,7 +11,7 @@
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 
-// Last: it brings base.h, whose macros are plain words that other headers use.
+// Included last: it includes base.h, whose macros are plain words that other headers use.
 #include "tests/support/keypaths.h"
 
 namespace tarnd::test {
@@ -189,7 +189,7 @@ TEST_F(OnuGemCheck, ADeletedOnuIsReportedBeforeAMovedOne) {
   EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4) + onu(3, uses_line("one"))) +
                          service_port(5, "gpon", "1/1/2", 4, 1)),
               Rejected(in_use(5, 4, "1 1 2")));
-  // The ports are looked at in their order, whatever happened to their ONUs.
+  // The ports are checked in their order, regardless of the changes to their ONUs.
   EXPECT_THAT(answer_for(gpon_link(2, onu_gone(4) + onu(3, uses_line("one"))) +
                          service_port(15, "gpon", "1/1/2", 4, 1)),
               Rejected(gem_missing(10, 2, 3)));

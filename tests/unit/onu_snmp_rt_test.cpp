@@ -13,7 +13,7 @@ namespace tarnd::test {
 namespace {
 
 constexpr const char* kRequest = "onu_snmp_rt_warn";
-// Gives a text of the test's choice where a count is expected.
+// Returns a text of the test's choice for a count.
 constexpr const char* kDescription = "/config/interface/gpon/onu/description";
 constexpr const char* kAccessFailed = "Failed accessing confd data.";
 
@@ -45,7 +45,7 @@ class OnuSnmpRtWarn : public CardFixture {
  protected:
   Answer check() { return request(kRequest, "/config/interface/gpon{1 1 1}/onu"); }
 
-  /// Opens a transaction in which kDescription gives the text.
+  /// Opens a transaction in which kDescription yields the text.
   void describe(const std::string& text) {
     running(gpon_link(1, onu(1, element("description", text))));
     open();

@@ -19,17 +19,17 @@ namespace {
 
 constexpr const char* kReadFailure = "Failed accessing confd data.";
 
-/// One kind of profile with what its confirmation says of it.
+/// One kind of profile, and the texts of its confirmation.
 struct Kind {
   std::string word;       ///< the profile's list and its word in the trace
   std::string request;    //
   std::string validator;  ///< the function, which the trace names
   std::string source;
   std::string property;  ///< a leaf to change
-  std::string used_by;   ///< what of the ONU refers to the profile: "onu", "references", "pots"
+  std::string used_by;   ///< what of the ONU names the profile: "onu", "references", "pots"
   std::string users;     ///< the expression that counts them
   std::string warning;
-  std::string not_a_number;  ///< the user's text where the count is no number
+  std::string not_a_number;  ///< the user's text if the count is no number
 };
 
 void PrintTo(const Kind& kind, std::ostream* out) {
@@ -92,7 +92,7 @@ std::string edit_of(const Kind& kind, const std::string& name = "gold") {
   return profile(kind, name, element(kind.property, "new"));
 }
 
-/// What an ONU holds to use the profile.
+/// The content of an ONU that uses the profile.
 std::string use_of(const Kind& kind, const std::string& name = "gold", int pots = 1) {
   std::string reference = element(kind.word, name);
   if (kind.used_by == "references") return element("profile-references", reference);
@@ -106,10 +106,10 @@ std::string use_of(const Kind& kind, const std::string& name = "gold", int pots 
 
 class ProfileConfirmation : public CardFixture {
  protected:
-  /// Whatever comes back with it, the result text alone counts.
+  /// Only the text of the result counts, not the returned code.
   static void count_as(const std::string& text) { InPlace::xpath = {CONFD_ERR, text}; }
 
-  /// Does the trace hold this record of the validator, and of no other function?
+  /// Whether the trace has this record, written by the validator and by no other function.
   static bool has_record(TraceCapture& trace, const Kind& kind, const std::string& level,
                          const std::string& text) {
     const std::string start =

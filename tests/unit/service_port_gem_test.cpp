@@ -11,7 +11,7 @@
 #include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
 
-// Last: it brings base.h, whose macros are plain words that other headers use.
+// Included last: it includes base.h, whose macros are plain words that other headers use.
 #include "tests/support/keypaths.h"
 
 namespace tarnd::test {
@@ -73,7 +73,7 @@ TEST_F(SpGemCheck, OfAMissingOnuTheGemPortIsReported) {
 TEST_F(SpGemCheck, AModificationIsLookedAt) {
   running(card() + service_port(1, "gpon", "1/1/1", 1, 1));
   EXPECT_THAT(answer_for(service_port(1, "gpon", "1/1/1", 1, 3)), Rejected(gem_missing(1, 3, 1)));
-  // Any change of a port brings it before the check, one that dangled before too.
+  // Any change of a port lets it be checked, even if its GEM port did not exist before.
   running(card() + service_port(1, "gpon", "1/1/1", 1, 3));
   EXPECT_THAT(
       answer_for(element("service-port", element("id", "1") + element("admin-enabled", "true"))),

@@ -11,7 +11,7 @@
 #include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
 
-// Last: it brings base.h, whose macros are plain words that other headers use.
+// Included last: it includes base.h, whose macros are plain words that other headers use.
 #include "tests/support/keypaths.h"
 
 namespace tarnd::test {
@@ -34,7 +34,7 @@ std::string limit(int installed, int max) {
          std::to_string(max) + " allowed\n";
 }
 
-/// A port whose traffic is its own: its GEM port has its number.
+/// A port without conflicts: its GEM port has its number.
 std::string own_port(int id) {
   return service_port(id, "gpon", "1/1/1", 1, id);
 }
@@ -71,7 +71,7 @@ class ServicePortGlobalValidation : public CardFixture {
 
   Answer answer_for(const std::string& change) { return answer_of(kGlobal, change); }
 
-  /// The whole-list check on what the change leaves; the text that it sets.
+  /// Runs the check of the whole list after the change; returns the text that it sets.
   std::string text_of_list_check(std::int32_t expected_result) {
     EXPECT_EQ(validate_sp_global_validation(sock(), tctx()), expected_result);
     return session_text();

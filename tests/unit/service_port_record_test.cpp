@@ -11,7 +11,7 @@
 #include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
 
-// Last: it brings base.h, whose macros are plain words that other headers use.
+// Included last: it includes base.h, whose macros are plain words that other headers use.
 #include "tests/support/keypaths.h"
 
 namespace tarnd::test {
@@ -30,7 +30,7 @@ confd_value_t text(const std::string& characters) {
   return value;
 }
 
-/// One entry's value array, and the record that service_port_get_leafs takes out of it.
+/// One entry's value array, and the record that service_port_get_leafs reads from it.
 struct Object {
   std::array<confd_value_t, SP_CONFD_VALUES_PER_OBJECT> values;
   std::uint32_t sp = 1000;
@@ -352,7 +352,7 @@ TEST_F(ServicePortIdDeathTest, AListThatIsNoTagIsImpossible) {
 
 constexpr std::size_t kRequestSize = 18;
 
-/// A filled request, and what sp_get_values takes out of it.
+/// A filled request, and what sp_get_values reads from it.
 struct Request {
   std::array<confd_tag_value_t, kRequestSize> tv{};
   std::string interface_name = "untouched";

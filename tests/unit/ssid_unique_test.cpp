@@ -50,7 +50,8 @@ class RgProfileSsidUniqueCheck : public CardFixture {
     return answer.text;
   }
 
-  /// Runs the check alone on a transaction with these WLANs; what it leaves open stays open.
+  /// Runs the check alone on a transaction with these WLANs, and closes nothing that it leaves
+  /// open.
   std::int32_t check(const std::string& wlans) {
     session_ = &open(rg_profile("home", wlans));
     std::string name = "home";

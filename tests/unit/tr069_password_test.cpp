@@ -129,7 +129,7 @@ TEST_F(Tr069ProfilePasswordLengthCheck, TheBufferIsEmptyBeforeTheDecryption) {
   check("no encrypted text, and long enough to leave something behind on the stack");
   check("no encrypted text, and long enough to leave something behind on the stack");
   EXPECT_EQ(InPlace::clear_text_before, "");
-  // A decryption that writes nothing is one of an empty password.
+  // If the decryption writes nothing, the password is empty.
   InPlace::decrypted = CONFD_OK;
   EXPECT_EQ(check("x"), CONFD_OK);
 }
@@ -194,7 +194,7 @@ class KeptStack {
     if (created == 0) pthread_join(thread, nullptr);
   }
 
-  /// Does the text stand in what was at `from` and the bytes behind it?
+  /// Whether the text is in the memory at `from` and the bytes after it.
   [[nodiscard]] bool holds(const std::string& text, const char* from, std::size_t size) const {
     const char* const end = std::min(from + size, memory_.data() + memory_.size());
     EXPECT_GE(from, memory_.data());
@@ -208,8 +208,8 @@ class KeptStack {
   std::vector<char> memory_;
 };
 
-// The clear texts are long: what runs later leaves parts of them standing on the stack. Only the
-// check's own buffer is looked at; the cipher's own leavings are the platform's matter.
+// The clear texts are long, so later calls do not overwrite all of them on the stack. Only the
+// check's own buffer is examined; what the cipher leaves is the platform's responsibility.
 TEST_F(Tr069ProfilePasswordLengthCheck, NoClearTextIsLeftOnTheStack) {
   const InPlace in_place;
   open();

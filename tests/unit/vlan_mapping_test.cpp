@@ -17,8 +17,8 @@
 // Last, for its macros.
 #include "tests/support/keypaths.h"
 
-// The store keeps a leaf-list free of repetitions and of values of another type. What a validator
-// does when ConfD gives such a one all the same is seen with a list of our own in its place.
+// The store's leaf-lists have no repetitions and no values of another type. To see what a validator
+// does if ConfD returns such a list, the test replaces it by one of its own.
 namespace {
 
 const std::vector<confd_value_t>* list_in_place = nullptr;

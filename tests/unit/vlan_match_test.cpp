@@ -36,7 +36,7 @@ std::string to_string(const Pair& pair) {
 const std::vector<Pair> kConflicts{
     {{"100", "3"}, {"100", "3"}},      // the same
     {{"any", "any"}, {"any", "any"}},  // the same, and everything
-    {{"any", "any"}, {"200", "5"}},    // one takes everything
+    {{"any", "any"}, {"200", "5"}},    // one matches everything
     {{"any", "any"}, {"any", "5"}},   {{"any", "any"}, {"200", "any"}},
     {{"any", "3"}, {"200", "3"}},    // any VLAN, the same CoS
     {{"100", "any"}, {"100", "5"}},  // the same VLAN, any CoS

@@ -11,7 +11,7 @@ import words
 from document import CHANGE, CONFIGURATION, Refused
 from read_xml import read_xml
 
-# It only asks, and is answered with yes: no validator stands between a change and its effect.
+# It only asks, and is answered with yes, so that no validator rejects a change.
 HARMLESS_REQUEST = "sip_agent_profile_confirmation_warning"
 SMALL_CHANGE = (b'<config xmlns="urn:tarnd:base"><profile><gpon><sip-agent-profile>'
                 b"<name>volley</name></sip-agent-profile></gpon></profile></config>\n")

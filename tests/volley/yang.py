@@ -9,7 +9,7 @@ from pathlib import Path
 
 from values import Type
 
-# Statements that say nothing about valid data.
+# Statements without influence on valid data.
 WITHOUT_EFFECT = {
     "contact", "description", "namespace", "organization", "prefix", "reference", "revision",
     "units", "yang-version", "tailf:validate", "extension", "import", "error-message",

@@ -192,7 +192,7 @@ TEST_F(PlugIn, TaggedServicePortIsReadOfTheNamedBranch) {
 
 TEST_F(PlugIn, BandwidthProfileIsReducedToWhatItReserves) {
   struct Case {
-    std::vector<std::size_t> figures;  // positions that hold 10, 20, 30
+    std::vector<std::size_t> figures;  // positions with 10, 20, 30
     std::uint32_t fixed;
     std::uint32_t total;
   };

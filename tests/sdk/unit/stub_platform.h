@@ -7,12 +7,12 @@
 
 #include "confd_maapi.h"
 
-/// The little of the platform that the tests need, behind the headers of ../include.
+/// The part of the platform that the tests need, for the headers of ../include.
 namespace sdk {
 
 struct Platform {
-  /// What stands in the transaction: numbers of leaves and counts of lists by path. A path without
-  /// a number does not exist.
+  /// The transaction: the numbers of leaves and the counts of lists, by path. A path without a
+  /// number does not exist.
   std::map<std::string, int> numbers;
   /// The single keys of a list's entries by the list's path.
   std::map<std::string, std::vector<confd_value_t>> lists;
@@ -23,7 +23,7 @@ struct Platform {
 
   std::string user_text;              ///< as set by confd_trans_seterr
   std::vector<std::string> messages;  ///< as sent, with the session's number before them
-  int freed = 0;                      ///< values given back
+  int freed = 0;                      ///< freed values
 };
 
 /// The platform of the running test.
@@ -32,7 +32,7 @@ Platform& platform();
 confd_value_t number(std::uint32_t value);
 confd_value_t enumeration(std::int32_t value);
 confd_value_t name_tag(std::uint32_t tag);
-/// A text on the heap, to be freed by whoever takes it.
+/// A text on the heap, which the caller frees.
 confd_value_t text(const std::string& value);
 confd_value_t nothing();
 
