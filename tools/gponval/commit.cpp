@@ -21,7 +21,7 @@ constexpr const char* kHelp =
     "\n"
     "Commits a change of the configuration the way the line card's daemon does: calls the\n"
     "plug-in's validators for what the change touches and prints their verdict. The first\n"
-    "error ends the commit. Warnings are gathered and confirmed together at the end.\n"
+    "error ends the commit. Warnings are collected and confirmed together at the end.\n"
     "Nothing is written unless --save is given.\n";
 
 constexpr const char* kExamples =

@@ -31,9 +31,9 @@ constexpr std::array kEditOptions = {
     EditOption{"--create", Operation::kCreate, "PATH[=VALUE]",
                "The same for a node that must not exist"},
     EditOption{"--replace", Operation::kReplace, "PATH[=VALUE]",
-               "The same in place of the node and all that it holds"},
+               "The same; the node and everything in it are replaced"},
     EditOption{"--delete", Operation::kDelete, "PATH",
-               "Delete a node with all that it holds; it must exist"},
+               "Delete a node with everything in it; it must exist"},
     EditOption{"--remove", Operation::kRemove, "PATH", "The same for a node that may be missing"},
 };
 

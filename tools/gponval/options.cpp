@@ -85,7 +85,8 @@ void add_validation_options(CLI::App& app, RunOptions& options) {
              "Write the trace of the validation to standard error: the flow, each\n"
              "service port's entry too, or every detail (off)")
       ->group(kRunGroup);
-  app.add_flag("--stats", options.stats, "Also tell how many platform calls of each kind were made")
+  app.add_flag("--stats", options.stats,
+               "Also print how many platform calls of each kind were made")
       ->group(kRunGroup);
 }
 

@@ -18,8 +18,8 @@ constexpr const char* kHelp =
     "Lists the validation points of the model.\n"
     "\n"
     "Lists the validation points of the data model that the plug-in serves, in the order in\n"
-    "which a commit calls them. A point that stands once for a whole list is called once when\n"
-    "an entry of the list changed; the others are called for each instance that changed.\n";
+    "which a commit calls them. A point marked \"list\" is called once for the whole list if\n"
+    "an entry of it changed; the others are called for each instance that changed.\n";
 
 constexpr const char* kExamples =
     "Examples:\n"

@@ -15,11 +15,11 @@ namespace gponval {
 namespace {
 
 constexpr const char* kHelp =
-    "Dispatches one request and prints its answer.\n"
+    "Runs one request and prints its answer.\n"
     "\n"
-    "The name goes to the\n"
-    "plug-in as it is, so that a leading part of a name, or an unknown one, can be tried. The\n"
-    "keypath may name an instance that does not exist. Nothing is ever written.\n";
+    "The name is passed to the plug-in as it is, so the beginning of a name, or an unknown\n"
+    "name, can be tried, too. The keypath may name an instance that does not exist. Nothing\n"
+    "is ever written.\n";
 
 constexpr const char* kExamples =
     "Examples:\n"
