@@ -47,7 +47,7 @@ constexpr std::array kDefaultOperations{DefaultOperation{"merge", Operation::kMe
                                         DefaultOperation{"replace", Operation::kReplace},
                                         DefaultOperation{"none", Operation::kNone}};
 
-// A change is tested, then applied whole or not at all.
+// A change is tested, and then applied as a whole or not at all.
 constexpr std::array<std::string_view, 2> kTestOptions{"test-then-set", "set"};
 constexpr std::array<std::string_view, 2> kErrorOptions{"stop-on-error", "rollback-on-error"};
 
@@ -100,14 +100,14 @@ void Envelope::refuse(std::string_view name_space, std::string_view name) const 
   fail("found " + found + " inside '" + open_.back() + "'; " + needed);
 }
 
-// Text before an element that is inside the same element.
+// Text before an element, with both in the same element.
 void Envelope::refuse_text() {
   const std::string_view before = trimmed(text_);
   if (!before.empty()) fail("the text " + excerpt(before) + " is in no node of the model");
   text_.clear();
 }
 
-// What counts for all of an edit comes before the edit itself, and once.
+// The parameters of an edit may be given once, and before its content.
 void Envelope::check_parameter_once(std::string_view name) {
   if (root_seen_) fail("'" + std::string(name) + "' comes after the edit that it is for");
   if (is_one_of(name, parameters_)) fail("'" + std::string(name) + "' is given twice");

@@ -6,8 +6,8 @@
 
 namespace tarnd::store {
 
-/// An edit of one node, as somebody types it. The text is the path of the node and, for a leaf with
-/// a value, '=' and the value:
+/// An edit of one node, as a user types it. The text is the path of the node and, for a leaf with a
+/// value, '=' and the value:
 ///
 ///   /config/service-port{16}/gpon/id=1/1/1
 ///   /config/service-port[id='16']/gpon/id=1/1/1
@@ -19,8 +19,8 @@ struct KeypathEdit {
   std::string text;
 };
 
-/// The edit as the tree that a file with the same effect makes. What is on the way to the node is
-/// merged, or for a node that goes must exist. Throws InputError.
+/// The edit as the tree that a file with the same effect makes. Missing parents are created; if the
+/// node is to be deleted, they must exist. Throws InputError.
 ReadChange read_keypath_edit(const Schema& schema, const KeypathEdit& edit);
 
 }  // namespace tarnd::store

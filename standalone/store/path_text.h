@@ -7,8 +7,8 @@
 
 namespace tarnd::store {
 
-/// Reads the text of a path from left to right. In the header, since callers of the platform look
-/// up paths by the million.
+/// Reads the text of a path from left to right. Inline, since the platform's callers look up
+/// millions of paths.
 class PathText {
  public:
   explicit PathText(std::string_view text) : text_(text) {}
@@ -34,8 +34,8 @@ class PathText {
     }
   }
 
-  /// What comes before the first character that ends it, or before the end of all.
-  // Names and keys are short: a look at each character costs less than a search.
+  /// The text up to the first character that ends it, or up to the end.
+  // Names and keys are short: looking at each character costs less than a library search.
   template <typename Ends>
   std::string_view until(Ends ends) {
     const std::size_t begin = pos_;
@@ -43,7 +43,7 @@ class PathText {
     return text_.substr(begin, pos_ - begin);
   }
 
-  /// The key values after an opening brace; false when the closing one is missing.
+  /// The key values after an opening brace; false if the closing one is missing.
   bool keys(std::vector<std::string>& result) {
     for (;;) {
       skip_blanks();
