@@ -5,7 +5,7 @@
 /// A stopwatch on the monotonic steady clock. Readings are in nanoseconds.
 class cl_ElapsedTime {
  public:
-  /// Starts at once.
+  /// Starts the stopwatch.
   cl_ElapsedTime();
 
   /// Starts again and returns the reading.

@@ -11,7 +11,7 @@
 
 namespace valid {
 
-/// Ports that interface groupings hold: port number and VLAN, 0 for untagged.
+/// The ports of interface groupings: port number and VLAN, 0 for untagged.
 using GroupedPorts = std::set<std::pair<std::int32_t, std::int32_t>>;
 
 /// Networks of interface groupings, each with the name of its WAN connection, in the order found.

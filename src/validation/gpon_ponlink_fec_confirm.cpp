@@ -17,7 +17,7 @@ const char* FEC_WARN_MSG =
 namespace {
 
 constexpr const char* kValidatorName = "ponlink_fec_confirmation";
-constexpr std::uint32_t kChassis = 1;  // whatever the keypath has
+constexpr std::uint32_t kChassis = 1;  // regardless of the keypath
 
 const char* fec_leaf_name(std::uint32_t tag) {
   switch (tag) {

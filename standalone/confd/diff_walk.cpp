@@ -94,7 +94,7 @@ maapi_iter_ret DiffWalk::report(const lyd_node* node, maapi_iter_op op, confd_va
   return ITER_STOP;
 }
 
-// Follows the path to where the iteration begins.
+// Follows the path to the node at which the iteration begins.
 bool DiffWalk::below(const Change& change, std::span<const PathStep> steps) {
   const SchemaNode& schema = *change.schema;
   if (steps.empty()) return visit(change);
@@ -149,7 +149,7 @@ bool DiffWalk::visit_children(const Change& change) {
 bool DiffWalk::visit(const lyd_node* node, Fate fate) {
   const SchemaNode& schema = store::schema_of(node);
   if (schema.kind == NodeKind::kLeaf) {
-    // Keys are in the keypath, and a default that comes or goes is no change.
+    // Keys are in the keypath, and adding or removing a default is no change.
     return schema.is_key() || is_default(node) || visit_leaf(node, fate);
   }
   if (schema.kind != NodeKind::kContainer) {

@@ -27,7 +27,7 @@ bool add_keypath(std::string& text, const confd_hkeypath_t* keypath) {
   return keypath != nullptr && add_keypath(text, keypath, keypath->len);
 }
 
-// The arguments of one call. In a type of its own, a va_list can be passed by reference.
+// The arguments of one call. A va_list can be passed by reference only as a member of a structure.
 struct Arguments {
   std::va_list list;
 };

@@ -22,7 +22,7 @@ struct Selected {
 };
 
 /// Some results of a query as the application gets them, with the memory of everything in them.
-/// Each confd_query_result_type has a type of its own, which make_chunk() chooses.
+/// There is a derived type for each confd_query_result_type; make_chunk() chooses it.
 class Chunk : public confd_query_result {
  public:
   using Row = std::remove_pointer_t<decltype(confd_query_result::results)>;

@@ -35,7 +35,7 @@ const char* text_of(const SchemaNode& leaf, const lyd_value& value) {
 
 confd_value_t buf_value(const char* text) {
   confd_value_t value;
-  // The pointer is not const in the interface, but nobody writes through it.
+  // The pointer is not const in the interface, but no caller writes through it.
   auto* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(text));
   CONFD_SET_BUF(&value, bytes, static_cast<unsigned int>(std::strlen(text)));
   return value;

@@ -9,8 +9,8 @@
 
 namespace tarnd::confd {
 
-/// The value of a leaf. Its text belongs to the configuration: nobody frees it, and it lives until
-/// the leaf changes or goes.
+/// The value of a leaf. Its text belongs to the configuration: do not free it; it lives until the
+/// leaf changes or is deleted.
 confd_value_t leaf_value(const Model& model, const lyd_node* leaf);
 
 /// A copy with memory of its own, for an application that frees it with confd_free_value. The value

@@ -115,7 +115,7 @@ void EditLog::remove(lyd_node* node) {
   note_removal(parent, node);
 }
 
-// The node stands alone already.
+// The node is already unlinked.
 void EditLog::note_removal(lyd_node* parent, lyd_node* node) {
   EditRecord* parent_record = track(parent);
   EditRecord* record = record_of(node);

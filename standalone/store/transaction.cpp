@@ -15,7 +15,7 @@ class Transaction::Impl {
   Impl(TreeKeeper& tree_keeper, lyd_node*& tree)
       : keeper(tree_keeper), root(tree), log(tree_keeper, tree) {}
 
-  // A log of its own can be undone without the edits before. The first edit needs none.
+  // With its own log, an edit can be undone without the edits before. The first edit needs none.
   void apply(Datastore& datastore, const ReadChange& change) {
     EditLog own(keeper, root);
     EditLog& used = log.root_record() == nullptr ? log : own;
@@ -38,8 +38,8 @@ class Transaction::Impl {
 
 namespace {
 
-// Whether the tree has the innermost node of an edit of one node. That of a leaf that goes is the
-// node around it.
+// Whether the tree has the innermost node of an edit of one node. For a leaf that is deleted it is
+// the leaf's parent.
 bool names_a_node(const Datastore& datastore, const ReadChange& change) {
   const lyd_node* innermost = change.root.get();
   while (const lyd_node* below = lyd_child_no_keys(innermost)) innermost = below;

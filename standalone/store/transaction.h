@@ -45,7 +45,7 @@ class Transaction {
   /// the transaction is then as it was before this edit.
   void edit(const std::string& text, Format format);
 
-  /// Applies the edit of one node. The same holds.
+  /// Applies the edit of one node, with the same guarantee.
   void edit(const KeypathEdit& edit);
 
   /// Replaces the whole configuration by that in the text. Throws InputError; the transaction is

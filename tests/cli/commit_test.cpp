@@ -14,7 +14,7 @@ using ::testing::StartsWith;
 
 using CommitTest = CommandTest;
 
-// Two service ports that match the same traffic, and a GEM port that is not there.
+// Two service ports that match the same traffic, and a GEM port that does not exist.
 const std::string kTwoErrors = service_port(3, 1, 10) + service_port(4, 9, 10);
 
 constexpr const char* kConflict =

@@ -43,8 +43,8 @@ class SaveTest : public CommandTest {
     return run.status == 0 && run.json().at("answers").empty();
   }
 
-  // Commits a service port while somebody else does something to the files: the command has read
-  // the running configuration once it waits for the change.
+  // Commits a service port while another program changes the files. When the command waits for the
+  // change on standard input, it has read the running configuration.
   Outcome commit_meanwhile(const std::function<void()>& others_do,
                            const std::string& running = "card.xml",
                            const std::string& target = "card.xml") {

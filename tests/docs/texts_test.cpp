@@ -105,8 +105,8 @@ Lines lines_for(const Source& source, const std::map<std::string, Lines>& chapte
   return lines;
 }
 
-/// Finds texts of the code in lines of the catalogue. What varies in the code is a placeholder
-/// there, or one of the code's constants, or a sentence of its own.
+/// Finds texts of the code in lines of the catalogue. A variable part of the code's text is a
+/// placeholder in the catalogue, or one of the code's constants, or a separate sentence.
 class Matcher {
  public:
   explicit Matcher(const CodeTexts& code) : code_(code) {}
@@ -130,7 +130,7 @@ class Matcher {
     });
   }
 
-  /// Where the text may end when it begins there.
+  /// The places at which the text may end if it begins there.
   [[nodiscard]] Places ends(const CodeText& text, std::string_view line, std::size_t from,
                             bool nested) const {
     Places places = {from};

@@ -147,7 +147,7 @@ TEST_F(OnuGemCheck, EveryServicePortOfTheOnuCounts) {
   EXPECT_THAT(answer_for(gpon_link(1, onu(1, uses_line("none")))), Rejected(gem_missing(1, 1, 1)));
 }
 
-/// A name of a line profile, of that many characters and one last of its own.
+/// A name of a line profile with that many equal characters and a given last one.
 std::string long_name(std::size_t size, char last) {
   return std::string(size - 1, 'x') + last;
 }

@@ -24,7 +24,7 @@ constexpr const char* kUnreadable = "Failed accessing transaction data.";
 constexpr const char* kUnreadableNote =
     "Failed getting service profiles uni ethernet port information.";
 
-// `count` mappings with names of their own, which begin with the prefix.
+// `count` mappings with different names that begin with the prefix.
 std::string mappings(int count, const std::string& prefix, const std::string& target) {
   std::string all;
   for (int i = 1; i <= count; ++i) {

@@ -28,7 +28,7 @@ struct RunOptions {
   bool stats = false;
 };
 
-/// The configuration and its edits; the latter are there once the command line is parsed.
+/// The configuration and its edits; the edits are known after the command line was parsed.
 void add_input_options(CLI::App& app, InputOptions& options);
 void add_plugin_option(CLI::App& app, RunOptions& options);
 void add_format_option(CLI::App& app, RunOptions& options);
