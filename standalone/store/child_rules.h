@@ -12,13 +12,13 @@ struct ChoiceRule;
 
 /// What must exist below every instance of a container or list, or of a case that is in use.
 struct ChildRules {
-  std::vector<const SchemaNode*> mandatory;  ///< without keys and the nodes of choices
+  std::vector<const SchemaNode*> mandatory;  ///< except keys and the nodes of choices
   std::vector<ChoiceRule> choices;
 };
 
 /// One case of a choice.
 struct CaseRule {
-  std::vector<const SchemaNode*> nodes;  ///< with those of choices inside the case
+  std::vector<const SchemaNode*> nodes;  ///< including those of choices inside the case
   ChildRules rules;
 };
 
@@ -29,7 +29,8 @@ struct ChoiceRule {
   std::vector<CaseRule> cases;
 };
 
-/// The rules below a node of the compiled model whose data nodes lead to their SchemaNodes.
+/// Computes the rules below a node of the compiled model. Its data nodes must already point to
+/// their SchemaNodes.
 ChildRules child_rules(const lysc_node* parent);
 
 }  // namespace tarnd::store

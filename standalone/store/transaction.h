@@ -32,8 +32,8 @@ struct Change {
 /// entry, a presence container, or a leaf whose value was set.
 bool has_given_content(const lyd_node* node);
 
-/// Edits of the datastore, in place. At most one transaction is open at a time. If it is destroyed
-/// without commit(), it undoes everything.
+/// Edits of the datastore, in place. At most one transaction is open at a time. Its
+/// destructor undoes all edits since the last commit().
 class Transaction {
  public:
   explicit Transaction(Datastore& datastore);
