@@ -1,4 +1,4 @@
-"""Makes the cases of a volley: files, one of them damaged, and how gponval is to read them."""
+"""Makes the cases of a volley: files, one of them damaged, and the inputs for gponval."""
 
 import random
 from pathlib import Path
@@ -226,7 +226,7 @@ class Maker:
         return document.data()
 
     def readable(self, data, role):
-        """The document, or an intact one of its kind where two examples do not fit together."""
+        """The document, or an intact one of its kind if two examples cannot be combined."""
         try:
             return read_xml(data, self.material.model, role)
         except Refused:

@@ -24,7 +24,7 @@ def other_value(rng, text):
 
 
 def good_value(rng, text):
-    """A card that says something else, rightly."""
+    """A card with another, correct value."""
     key = rng.choice(KEYS)
     value = rng.choice(("true", "false") if key in ("bw-check", "xgspon") else
                        ("0", "1", "2", "3", "10", "16", "17", "63", "128", "4294967295"))

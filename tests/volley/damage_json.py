@@ -1,4 +1,4 @@
-"""Damage to JSON documents: to their members, and to the text that these are written as."""
+"""Damage to JSON documents: to their members, and to their text."""
 
 import json
 import re
@@ -14,7 +14,7 @@ class Raw(str):
 
 
 class Object:
-    """An object as it is written: members may be double."""
+    """An object as it is written: members may be repeated."""
 
     def __init__(self, members):
         self.members = [list(member) for member in members]
@@ -106,7 +106,8 @@ def of_items(item):
 
 
 def of_leaf(item):
-    """An item without a value goes; JSON wants one all the same, so the type's first comes."""
+    """An item without a value is to be deleted; JSON requires one nevertheless, so it is the
+    type's first."""
     base = item.node.type.base
     value = item.value
     if base == "empty":

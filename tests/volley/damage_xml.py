@@ -1,4 +1,4 @@
-"""Damage to XML documents: to their elements, and to the text that these are written as."""
+"""Damage to XML documents: to their elements, and to their text."""
 
 import re
 
@@ -68,7 +68,7 @@ class XmlText:
         return "".join(pieces).encode("utf-8", "surrogatepass")
 
     def elements(self):
-        """Each element with the one around it, the root with None."""
+        """Each element with its parent, the root with None."""
         found = [(None, self.root)]
         for _, element in found:
             found.extend((element, below) for below in element.below)
@@ -102,7 +102,7 @@ def read(data):
 
 
 def some(rng, document):
-    """An element that is not the root, with the one around it."""
+    """An element that is not the root, with its parent."""
     elements = document.elements()
     return rng.choice(elements[1:] or [(document.root, document.root)])
 
@@ -240,7 +240,7 @@ def operation(rng, document):
 
 
 def entry_operation(rng, document):
-    """An operation at an element that holds others, most of them entries."""
+    """An operation at an element with children, mostly an entry."""
     element = rng.choice(document.inner() or [document.root])
     chosen = rng.choice(OPERATIONS)
     element.attributes = [pair for pair in element.attributes if pair[0] != "nc:operation"]
@@ -427,7 +427,7 @@ def tag_soup(rng, document):
 
 
 def wrapper(rng, document):
-    """The model's element inside NETCONF's, rightly or not quite."""
+    """The model's element inside NETCONF's, correctly or almost."""
     def around(name, *content, attributes=()):
         return Element(name, attributes, content)
 

@@ -1,4 +1,4 @@
-"""What a document says: instances of the model's nodes, each with the operation of an edit."""
+"""The content of a document: instances of the model's nodes, each with the operation of an edit."""
 
 OPERATIONS = ("merge", "replace", "create", "delete", "remove")
 CONFIGURATION = "configuration"
@@ -31,7 +31,7 @@ class Item:
 
     @property
     def slot(self):
-        """What no other instance below the same parent has."""
+        """What identifies the instance below its parent."""
         if self.node.kind == "list":
             return (self.node.name, self.keys)
         if self.node.kind == "leaf-list":
@@ -56,7 +56,7 @@ DEFAULT_OPERATIONS = ("merge", "replace", "none")
 
 
 def close_inner(item, role, doubts):
-    """Checks an inner item that is complete: each instance once, an entry with its keys."""
+    """Checks a complete inner item: each instance once, an entry with its keys."""
     node = item.node
     if node.kind == "list":
         keys = {below.node.name: below.value for below in item.below if below.node.is_key}
@@ -68,7 +68,7 @@ def close_inner(item, role, doubts):
 
 
 def each_once(items, role, doubts):
-    """The items, where a change names a container or an entry again joined with the first one."""
+    """The items; if a change has a container or an entry again, it is joined with the first one."""
     first_of = {}
     for item in items:
         first = first_of.setdefault(item.slot, item)

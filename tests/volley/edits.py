@@ -11,7 +11,7 @@ CLEAR_TEXT = "$0$"
 
 
 def exists(node, value):
-    """Containers without presence exist by what they hold."""
+    """A container without presence exists if it has content."""
     if node.kind != "container":
         return value is not None
     return value is not None and any(
@@ -60,7 +60,7 @@ class Edit:
             self.without_content(item, parent)
 
     def on_the_way(self, item, parent, found, path):
-        """The default operation "none": the node must be there, and stays as it is."""
+        """The default operation "none": the node must exist, and stays as it is."""
         node = item.node
         there = found or node.kind == "container" or node.default is not None
         if not there:
@@ -80,7 +80,7 @@ class Edit:
         parent.pop(item.slot, None)
 
     def leave_other_cases(self, item, parent, path):
-        """A node of one case of a choice ends the other cases."""
+        """A node of one case of a choice removes those of the other cases."""
         case = item.node.case
         if case is None:
             return
@@ -104,7 +104,7 @@ def every_item(items):
 
 
 def check_cases(item, doubts):
-    """Refuses nodes of two cases of one choice, unless all but one go."""
+    """Refuses nodes of two cases of one choice, unless all but one are deleted."""
     chosen = {}
     for below in item.below:
         check_cases(below, doubts)
@@ -149,7 +149,7 @@ def read_configuration(model, document):
 
 
 def apply_change(model, document, tree):
-    """The tree that the change makes of another, which is used up."""
+    """Applies the change to the tree, which is modified, and returns it."""
     check_cases(document.root, document.doubts)
     tree = Edit(model, document).apply(tree)
     check_complete(model, tree)
@@ -160,7 +160,7 @@ READ = {CONFIGURATION: read_configuration, CHANGE: apply_change}
 
 
 def lines_of(model, tree, text_of_encrypted):
-    """Each leaf of the tree as a line, in a fixed order; what is as by default is left out."""
+    """Each leaf of the tree as a line, in a fixed order, without those with their default."""
     lines = []
 
     def walk(node, below, path):

@@ -1,4 +1,4 @@
-"""Runs gponval on a case and judges what it did."""
+"""Runs gponval on a case and checks the result."""
 
 import difflib
 import os
@@ -40,7 +40,7 @@ def read(name, data, model, role):
 
 
 class Expectation:
-    """What a strict reading of a case's files says."""
+    """The expected result, by a strict reading of a case's files."""
 
     def __init__(self, case, model):
         self.refused = None
@@ -96,7 +96,7 @@ class Ciphers:
 
 
 class Run:
-    """What a run left: status, outputs, seconds of processor time and files."""
+    """The result of a run: status, outputs, seconds of processor time and files."""
 
     def __init__(self, status, output, errors, seconds, files):
         self.status = status
@@ -201,7 +201,7 @@ class Judge:
         walk(self.model, wanted, found)
 
     def check_card(self, case, expectation, run):
-        """The card as it was read, written plainly, must have the same verdict."""
+        """The card as it was read, written in a plain form, must have the same verdict."""
         data = case.files[case.card]
         case.files[case.card] = plain_card(expectation.card).encode()
         plain = self.run(case)

@@ -56,7 +56,7 @@ def read_line(line, card, doubts):
 
 
 def read_card(data):
-    """The card as a dictionary, and why a program may refuse it all the same."""
+    """The card as a dictionary, and the reasons for which a program may refuse it nevertheless."""
     card, doubts = {}, []
     for line in utf_8(data, doubts).split("\n"):
         read_line(line.removesuffix("\r"), card, doubts)

@@ -43,7 +43,7 @@ def parsed(data, doubts):
 
 
 class Wrappers:
-    """Takes off what NETCONF has around the model's node; no standard says so for JSON."""
+    """Removes what NETCONF has around the model's node; there is no standard for it in JSON."""
 
     PREFIX = "ietf-netconf:"
 
@@ -53,7 +53,7 @@ class Wrappers:
         self.default_operation = "merge"
 
     def unwrap(self, value, wanted):
-        """The value of the model's node inside an object that holds one of the wanted or it."""
+        """The value of the model's node, in an object that has it or one of the wanted members."""
         if not isinstance(value, Object) or len(value) != 1:
             raise Refused("no object with just one member")
         name, inside = value[0]

@@ -51,7 +51,7 @@ def parsed(data, doubts):
 
 
 def elements_of(element, doubts):
-    """The elements below one that holds no text."""
+    """The elements below one that must not have text."""
     check_blank(element, element.text, doubts)
     result = []
     for child in element:
@@ -83,7 +83,7 @@ def text_of(element, doubts):
 
 
 class Wrappers:
-    """Takes off the elements of NETCONF around the model's."""
+    """Removes the elements of NETCONF around the model's."""
 
     def __init__(self, role, doubts):
         self.role = role

@@ -1,4 +1,4 @@
-"""Names and values that stand for damaged ones, near to those of the model or far from them."""
+"""Names and values for damage, similar to those of the model or not."""
 
 # Names that the model has somewhere.
 KNOWN = ("config", "gpon", "xgspon", "interface", "profile", "service-port", "onu", "id", "name",
@@ -48,7 +48,7 @@ def value(rng):
 
 
 def as_xml(rng, text):
-    """The text for an element, escaped in one way or another, now and then not at all."""
+    """The text for an element, escaped in several ways, and sometimes not at all."""
     if rng.random() < 0.05:
         return text
     named = {"&": "&amp;", "<": "&lt;", ">": "&gt;", "\r": "&#13;"}

@@ -122,7 +122,7 @@ class Reader:
         self.groupings = {}
 
     def define(self, module, prefix):
-        """Takes the typedefs and groupings of a module, its own and with the prefix."""
+        """Records the typedefs and groupings of a module, without and with the prefix."""
         for statement in module.all_of("typedef"):
             self.types[prefix + statement.argument] = self.type_of(statement.all_of("type")[0])
             if "encrypted" in statement.argument:
@@ -195,7 +195,7 @@ def parts_of(text):
 
 
 def python_pattern(pattern):
-    """A pattern of XML Schema, where ^ and $ are letters, in Python's way."""
+    """A pattern of XML Schema, in which ^ and $ are plain letters, for Python."""
     return re.sub(r"\[(?:[^\]\\]|\\.)*\]|\\.|[$^]",
                   lambda part: "\\" + part[0] if part[0] in "$^" else part[0], pattern)
 
