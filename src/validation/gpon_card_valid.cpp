@@ -1,7 +1,6 @@
 #include "gpon_card_valid.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -53,7 +52,7 @@ struct Request {
 
 // A request may be the beginning of a name; the first entry that matches is taken, so the order
 // matters.
-constexpr std::array<Request, 26> kRequests{{
+constexpr Request kRequests[] = {
     {validate_max_bandwidth_ponlink, "onu_bw_check"},
     {validate_max_bandwidth_global, "ponlink_bw_check"},
     {validate_config_modify, "config_modified_check"},
@@ -80,7 +79,7 @@ constexpr std::array<Request, 26> kRequests{{
     {voip_media_profile_confirmation, "voip_media_profile_confirmation_warning"},
     {validate_one_shot_prov, "one_shot_prov_check"},
     {validate_rg_prof_one_shot, "rg_prof_one_shot_check"},
-}};
+};
 
 bool read_do_bw_check(const fm_slot_t& slot) {
   bool enabled = true;

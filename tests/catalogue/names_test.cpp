@@ -3,8 +3,11 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
 #include <map>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "tests/catalogue/dispatch_table.h"
 #include "tests/catalogue/requests.h"
@@ -15,18 +18,41 @@ namespace {
 
 using testing::ElementsAreArray;
 using testing::IsEmpty;
+using testing::UnorderedElementsAreArray;
 
 constexpr const char* kSources = VALIDATION_SOURCES;
 
+using PointsByRequest = std::map<std::string, std::vector<std::string>>;
+
+std::string point(const std::string& node, bool call_once) {
+  return node + (call_once ? " once" : "");
+}
+
 /// The nodes at which the model calls each request, in its order.
-std::map<std::string, std::vector<std::string>> nodes_of_the_model() {
-  std::map<std::string, std::vector<std::string>> nodes;
+PointsByRequest points_of_the_model() {
+  PointsByRequest points;
   for (const store::SchemaNode& node : model().nodes()) {
-    for (const store::ValidationPoint& point : node.points) {
-      nodes[point.request].push_back(node.path());
+    for (const store::ValidationPoint& one : node.points) {
+      points[one.request].push_back(point(node.path(), one.call_once));
     }
   }
-  return nodes;
+  return points;
+}
+
+/// The requests whose platform calls docs/speed.md counts: the rows "| `request` | ..." of the
+/// table under this title.
+std::set<std::string> measured_requests() {
+  std::ifstream page(SPEED_PAGE);
+  std::string line;
+  while (std::getline(page, line) && line != "## Platform calls of each request") {
+  }
+  std::set<std::string> measured;
+  const std::string row = "| `";
+  while (std::getline(page, line) && line.rfind("## ", 0) != 0) {
+    if (line.rfind(row, 0) != 0) continue;
+    measured.insert(line.substr(row.size(), line.find('`', row.size()) - row.size()));
+  }
+  return measured;
 }
 
 TEST(Catalogue, DispatchTableAndModelKnowTheSameRequests) {
@@ -36,7 +62,7 @@ TEST(Catalogue, DispatchTableAndModelKnowTheSameRequests) {
   for (const DispatchRow& row : dispatch_table(kSources)) {
     names["src/validation/gpon_card_valid.cpp"].insert(row.request);
   }
-  for (const auto& [request, nodes] : nodes_of_the_model())
+  for (const auto& [request, points] : points_of_the_model())
     names["model/base.yang"].insert(request);
 
   std::set<std::string> all;
@@ -64,9 +90,17 @@ TEST(Catalogue, HasTheRowsOfTheDispatchTableInTheirOrder) {
 }
 
 TEST(Catalogue, HasTheNodesThatCallARequest) {
-  std::map<std::string, std::vector<std::string>> expected;
-  for (const Request& request : requests()) expected[request.name] = request.nodes;
-  EXPECT_EQ(nodes_of_the_model(), expected);
+  const PointsByRequest points = points_of_the_model();
+  for (const Request& request : requests()) {
+    std::vector<std::string> expected;
+    for (const std::string& node : request.nodes) {
+      expected.push_back(point(node, request.call_once));
+    }
+    const auto found = points.find(request.name);
+    EXPECT_THAT(found != points.end() ? found->second : std::vector<std::string>(),
+                ElementsAreArray(expected))
+        << request.name;
+  }
 }
 
 TEST(Catalogue, NamesARequestOnce) {
@@ -81,6 +115,15 @@ TEST(Catalogue, HasAScenarioForEveryRequest) {
   std::multiset<std::string> names;
   for (const Scenario& one : scenarios()) names.insert(one.name);
   for (const std::string& name : names) EXPECT_EQ(names.count(name), 1U) << name;
+}
+
+// bench/calls holds the table against the plug-in.
+TEST(Catalogue, SaysOfWhichRequestsThePlatformCallsAreCounted) {
+  std::set<std::string> expected;
+  for (const Request& request : requests()) {
+    if (request.unmeasured.empty()) expected.insert(request.name);
+  }
+  EXPECT_THAT(measured_requests(), UnorderedElementsAreArray(expected));
 }
 
 }  // namespace

@@ -79,6 +79,7 @@ struct Request {
   std::string source = {};                   ///< in src/validation, without ".cpp"
   std::vector<std::string> unit_tests = {};  ///< in tests/unit, without ".cpp"
   std::vector<std::string> nodes = {};  ///< where the model has its validation points, in its order
+  bool call_once = false;               ///< for a whole list, not for each of its entries
   std::string instance = {};            ///< one of these nodes on the `whole_card`
   /// What only this validator writes to the trace, or answers, when it is called for the instance
   /// without a change. Its begin record when empty.
@@ -87,6 +88,8 @@ struct Request {
   std::vector<Scenario> scenarios = {};
   /// What becomes of a keypath without elements.
   std::variant<Outcome, Assertion> without_elements = {};
+  /// Why docs/speed.md does not say how many platform calls it makes; empty when it does.
+  std::string unmeasured = {};
 };
 
 /// Every request, in the order of the dispatch table.
