@@ -182,6 +182,28 @@ TEST(ExamplesTest, EveryChangeIsInTheReadme) {
   }
 }
 
+// The number of nodes that the change gives or takes away.
+std::size_t nodes_in(const std::string& change) {
+  const Outcome diff = run_gponval(kExamples, {"diff", "--running", "town.xml", "--change",
+                                               "changes/" + change, "--format", "json"});
+  const nlohmann::json changes = diff.json().at("changes");
+  std::size_t nodes = 0;
+  for (const auto& of : changes) {
+    const bool has_content = of.at("new").is_object() && !of.at("new").empty();
+    nodes += has_content ? of.at("new").size() : 1;
+  }
+  return nodes;
+}
+
+TEST(ExamplesTest, EachChangeOfALeafOrTwoIsShownByHand) {
+  std::set<std::string> by_hand;
+  for (const ByHand& row : rows_by_hand()) by_hand.insert(row.change);
+  for (const auto& entry : fs::directory_iterator(kExamples / "changes")) {
+    const std::string change = entry.path().filename();
+    EXPECT_EQ(by_hand.count(change), nodes_in(change) <= 2 ? 1U : 0U) << change;
+  }
+}
+
 TEST(ExamplesTest, TheWholeTownIsAcceptedOnAnEmptyCard) {
   const Outcome outcome = run_gponval(kExamples, {"commit", "--running", "empty.xml", "--card",
                                                   "town.card", "--candidate", "town.xml"});

@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
 #include "standalone/nearest_name.h"
+#include "tools/gponval/changes.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/confirm.h"
 #include "tools/gponval/host.h"
@@ -40,6 +42,7 @@ struct CommitArguments {
   RunOptions run;
   std::vector<std::string> only;
   bool all = false;
+  bool changes = false;
   std::optional<std::string> save;
 };
 
@@ -64,6 +67,21 @@ void write_output(const std::string& text) {
   finish_output();
 }
 
+// As text they come first, so that a question about warnings can be answered with them in view. As
+// JSON they are returned for the report.
+std::string print_changes(std::ostream& out, const tarnd::store::Transaction& transaction,
+                          const RunOptions& options) {
+  const tarnd::store::Change* changes = transaction.changes();
+  if (options.format == "json") {
+    std::ostringstream list;
+    print_changes_json(list, changes);
+    return list.str();
+  }
+  print_changes_text(out, changes);
+  if (changes != nullptr) out << std::endl;
+  return {};
+}
+
 ExitStatus commit(const CommitArguments& arguments) {
   check_standard_input(arguments.inputs, arguments.run);
   const bool to_output = arguments.save == kStandardOutput;
@@ -78,7 +96,9 @@ ExitStatus commit(const CommitArguments& arguments) {
   if (file.has_value()) file->set_running(std::move(running));
   tarnd::store::Transaction transaction(host.datastore());
   apply_changes(transaction, arguments.inputs);
-  const bool nothing_changed = transaction.changes() == nullptr;
+  std::ostream& out = to_output ? std::cerr : std::cout;
+  ReportKind kind{"Commit", false, transaction.changes() == nullptr, {}};
+  if (arguments.changes) kind.changes_json = print_changes(out, transaction, arguments.run);
   const tarnd::CommitReport report = host.daemon().commit(
       transaction, {arguments.all, arguments.only, confirmation(arguments.run)});
 
@@ -86,8 +106,7 @@ ExitStatus commit(const CommitArguments& arguments) {
     if (to_output) write_output(new_configuration(host, arguments));
     if (file.has_value()) file->replace(new_configuration(host, arguments));
   }
-  print_report(to_output ? std::cerr : std::cout, report, {"Commit", false, nothing_changed},
-               arguments.run);
+  print_report(out, report, kind, arguments.run);
   return exit_status(report.result);
 }
 
@@ -107,6 +126,9 @@ Command add_commit(CLI::App& gponval) {
       ->allow_extra_args(false)
       ->group("Validation and output");
   app->add_flag("--all", arguments->all, "Go on after an error and list every error and warning")
+      ->group("Validation and output");
+  app->add_flag("--changes", arguments->changes,
+                "Also print what the commit changes in the configuration")
       ->group("Validation and output");
   add_validation_options(*app, arguments->run);
   add_format_option(*app, arguments->run);

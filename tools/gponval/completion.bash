@@ -1,12 +1,13 @@
 # Completes the command line of gponval in bash.
 
 _gponval_options() {
-  local inputs="--running --change --set --create --replace --delete --remove --candidate --card"
+  local inputs="--running --change --set --create --replace --delete --remove --candidate"
   inputs+=" --input-format"
   local validation="--plugin --confirm --trace --stats --format"
   case $1 in
-    commit) echo "$inputs $validation --only --all --save --help" ;;
-    request) echo "$inputs $validation --value --help" ;;
+    commit) echo "$inputs --card $validation --only --all --changes --save --help" ;;
+    diff) echo "$inputs --format --help" ;;
+    request) echo "$inputs --card $validation --value --help" ;;
     points) echo "--plugin --format --help" ;;
     generate)
       echo "--links --xgs-links --onus --service-ports --bandwidth-profiles --line-profiles --gems" \
@@ -58,8 +59,8 @@ _gponval() {
 
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _gponval_offer "commit request points generate --help --version" "$current"
-  elif [[ $previous == --* && ! $previous =~ ^--(stats|all|help|version)$ ]]; then
+    _gponval_offer "commit diff request points generate --help --version" "$current"
+  elif [[ $previous == --* && ! $previous =~ ^--(stats|all|changes|help|version)$ ]]; then
     _gponval_offer_value "$previous" "$current"
   elif [[ $previous == request && $current != -* ]] && ((COMP_CWORD == 2)); then
     _gponval_offer "$(_gponval_requests)" "$current"

@@ -4,7 +4,14 @@
 
 namespace gponval {
 
-enum class ExitStatus { kAccepted = 0, kRejected = 1, kWrongUse = 2, kUnconfirmed = 3 };
+enum class ExitStatus {
+  kAccepted = 0,
+  kRejected = 1,
+  kWrongUse = 2,
+  kUnconfirmed = 3,
+  kAlike = 0,  ///< of `gponval diff`, which has the exit statuses of diff(1)
+  kDifferent = 1,
+};
 
 /// The part of every help text that explains them.
 extern const char* const kExitStatusHelp;

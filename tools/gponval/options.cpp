@@ -38,7 +38,7 @@ CLI::Option* add_choice(CLI::App& app, const std::string& name, Value& value, co
 
 }  // namespace
 
-void add_input_options(CLI::App& app, InputOptions& options) {
+void add_configuration_options(CLI::App& app, InputOptions& options) {
   app.add_option("--running", options.running,
                  "The committed configuration: JSON if its name ends in .json, else XML\n"
                  "unless --input-format says otherwise; - is standard input")
@@ -51,6 +51,15 @@ void add_input_options(CLI::App& app, InputOptions& options) {
                                ->type_name("FILE")
                                ->group(kInputGroup);
   for (CLI::Option* edit : edits) candidate->excludes(edit);
+  add_choice(app, "--input-format", options.input_format, {"xml", "json"},
+             "How configurations are read whose names end neither in .xml nor in\n"
+             ".json, in any case, such as standard input (xml)")
+      ->group(kInputGroup);
+  app.callback([&app, &options] { options.edits = edits_given(app); });
+}
+
+void add_input_options(CLI::App& app, InputOptions& options) {
+  add_configuration_options(app, options);
   app.add_option("--card", options.card,
                  "What the card can do: lines of key = value, with the keys bw-check,\n"
                  "onus-per-link, pon-links, manageable-links, max-service-ports, xgspon.\n"
@@ -58,11 +67,6 @@ void add_input_options(CLI::App& app, InputOptions& options) {
                  "defines nothing else")
       ->type_name("FILE")
       ->group(kInputGroup);
-  add_choice(app, "--input-format", options.input_format, {"xml", "json"},
-             "How configurations are read whose names end neither in .xml nor in\n"
-             ".json, in any case, such as standard input (xml)")
-      ->group(kInputGroup);
-  app.callback([&app, &options] { options.edits = edits_given(app); });
 }
 
 void add_plugin_option(CLI::App& app, RunOptions& options) {

@@ -29,6 +29,8 @@ struct RunOptions {
 };
 
 /// The configuration and its edits; the edits are known after the command line was parsed.
+void add_configuration_options(CLI::App& app, InputOptions& options);
+/// The same and the card.
 void add_input_options(CLI::App& app, InputOptions& options);
 void add_plugin_option(CLI::App& app, RunOptions& options);
 void add_format_option(CLI::App& app, RunOptions& options);

@@ -1,7 +1,5 @@
 #include "tools/gponval/output.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -10,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "standalone/platform_calls.h"
+#include "tools/gponval/terminal.h"
 #include "tools/gponval/usage_error.h"
 
 namespace gponval {
@@ -23,21 +22,10 @@ using tarnd::Verdict;
 constexpr std::string_view kNoText = "validation failed";
 constexpr std::string_view kNothingChanged = "Nothing to commit.";
 
-constexpr std::string_view kRed = "\033[31m";
-constexpr std::string_view kYellow = "\033[33m";
-constexpr std::string_view kGreen = "\033[32m";
-constexpr std::string_view kPlain = "\033[0m";
-
 constexpr int kJsonIndent = 2;
+constexpr std::string_view kEndOfObject = "\n}";
 constexpr double kUsecsPerMsec = 1000;
 constexpr int kCallNameWidth = 58;
-
-bool has_colours(const std::ostream& out) {
-  const char* terminal = std::getenv("TERM");
-  const bool can = terminal != nullptr && std::string_view(terminal) != "dumb";
-  return can && std::getenv("NO_COLOR") == nullptr &&
-         isatty(&out == &std::cout ? STDOUT_FILENO : STDERR_FILENO) != 0;
-}
 
 void print_coloured(std::ostream& out, std::string_view text, std::string_view colour,
                     bool colours) {
@@ -129,7 +117,18 @@ nlohmann::ordered_json json_of(const Answer& answer) {
           {"msecs", std::round(answer.msecs * kUsecsPerMsec) / kUsecsPerMsec}};
 }
 
-void print_json(std::ostream& out, const CommitReport& report, const RunOptions& options) {
+// The members of the outermost object that come as text, in front of its end.
+void print_object(std::ostream& out, std::string text, std::string_view changes) {
+  if (!changes.empty()) {
+    text.erase(text.size() - kEndOfObject.size());
+    out << text << ",\n  \"changes\": " << changes << kEndOfObject << '\n';
+  } else {
+    out << text << '\n';
+  }
+}
+
+void print_json(std::ostream& out, const CommitReport& report, const ReportKind& kind,
+                const RunOptions& options) {
   nlohmann::ordered_json object;
   object["result"] = tarnd::to_string(report.result);
   object["answers"] = nlohmann::ordered_json::array();
@@ -141,7 +140,8 @@ void print_json(std::ostream& out, const CommitReport& report, const RunOptions&
         [&calls](std::string_view name, std::uint64_t count) { calls[std::string(name)] = count; });
   }
   // A text that was cut within a letter, or a name from the command line, need not be valid UTF-8.
-  out << object.dump(kJsonIndent, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+  print_object(out, object.dump(kJsonIndent, ' ', false, nlohmann::json::error_handler_t::replace),
+               kind.changes_json);
 }
 
 }  // namespace
@@ -159,7 +159,7 @@ void print_answer(std::ostream& out, const Answer& answer, bool colours) {
 void print_report(std::ostream& out, const CommitReport& report, const ReportKind& kind,
                   const RunOptions& options) {
   if (options.format == "json") {
-    print_json(out, report, options);
+    print_json(out, report, kind, options);
   } else {
     print_text(out, report, kind, options);
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ostream>
+#include <string>
 #include <string_view>
 
 #include "standalone/daemon/daemon.h"
@@ -8,11 +9,12 @@
 
 namespace gponval {
 
-/// What differs between reports in the text format.
+/// What differs between reports.
 struct ReportKind {
   std::string_view title;        ///< "Commit", "Request"
   bool with_ok_answers = false;  ///< also list the answers that accept
   bool nothing_changed = false;  ///< print this instead of "Commit accepted."
+  std::string changes_json;      ///< a list for the JSON format; empty if not asked for
 };
 
 /// Prints a commit's or request's report in the selected format, to standard output or, if that has

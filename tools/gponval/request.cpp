@@ -60,7 +60,7 @@ ExitStatus request(const RequestArguments& arguments) {
   options.confirm = confirmation(arguments.run);
   const tarnd::CommitReport report = host.daemon().request(
       transaction, arguments.name, arguments.keypath, arguments.value, options);
-  print_report(std::cout, report, {"Request", true}, arguments.run);
+  print_report(std::cout, report, {"Request", true, false, {}}, arguments.run);
   warn_of_unknown_name(arguments.name, host.daemon().points());
   return exit_status(report.result);
 }
