@@ -8,14 +8,13 @@
 
 namespace tarnd::test {
 
-/// Calls the plug-in with the keypath in the session's transaction; a leaf's new value goes with
-/// it.
+/// Calls the plug-in with the keypath in the session's transaction, and with a leaf's new value.
 Outcome dispatch(ValidationSession& session, const std::string& request,
                  const std::string& keypath);
-/// The same with a keypath and a new value of the test's own making.
+/// The same with a keypath and a new value that the test made.
 Outcome dispatch(ValidationSession& session, const std::string& request, confd_hkeypath_t* keypath,
                  confd_value_t* new_value);
-/// The same as the scenario says; the session has its change.
+/// The same for a scenario; the session must have its change.
 Outcome dispatch(ValidationSession& session, const Scenario& scenario);
 
 }  // namespace tarnd::test

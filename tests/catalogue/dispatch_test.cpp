@@ -1,4 +1,4 @@
-// Which request reaches which validator, and what becomes of the answer.
+// Which request calls which validator, and how the answer is returned.
 
 #include <algorithm>
 #include <array>
@@ -30,7 +30,7 @@ const Request* request_for(std::string_view name) {
   return found != all.end() ? &*found : nullptr;
 }
 
-/// Every name and every leading part of one, the empty one included.
+/// Every name and every beginning of one, the empty one included.
 std::set<std::string> all_prefixes() {
   std::set<std::string> prefixes;
   for (const Request& request : all_requests()) {
@@ -45,7 +45,7 @@ class Dispatch : public CardFixture {
  protected:
   Dispatch() {
     CardDescription card = CardDescription::standard();
-    card.manageable_links = 4;  // more than there are of either kind: their guards speak up
+    card.manageable_links = 4;  // more than exist of either kind, so that both checks reject
     insert(card);
     running(whole_card());
   }
@@ -75,7 +75,7 @@ class Dispatch : public CardFixture {
     return signs;
   }
 
-  /// A service port that is there already, changed.
+  /// A change of a service port that exists already.
   static std::string changed_port() {
     return element("service-port", element("id", "1") + element("admin-enabled", "true"));
   }
@@ -140,9 +140,8 @@ TEST_F(Dispatch, ANameThatIsNoneReachesNothing) {
   }
 }
 
-// If the table held another name, that name would have a leading part that a known name has as
-// well, and then a character that no known name has there. All of these are tried: the table holds
-// no other name.
+// If the table had another name, this name would begin like a known one, and then have a character
+// that no known name has there. All such beginnings are tried, so the table has no other name.
 TEST_F(Dispatch, ARequestThatNoNameBeginsWithReachesNothing) {
   ValidationSession& session = open();
   TraceCapture trace(TraceLevel::kDetail);
@@ -171,7 +170,7 @@ TEST_F(Dispatch, TheValidatorsResultAndTextAreTheAnswer) {
 
 TEST_F(Dispatch, AMissingSocketIsTheValidatorsToNotice) {
   fail_call(PlatformCall::qzconfd_maapi_socket_get);
-  // Without a socket the changes cannot be walked, and this validator accepts then.
+  // Without a socket the changes cannot be read, and this validator then accepts.
   EXPECT_THAT(request("config_modified_check", kServicePorts, changed_port()), Accepted());
 }
 

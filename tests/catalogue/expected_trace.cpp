@@ -18,7 +18,7 @@ bool starts_record(const std::string& line) {
                      [&line](std::string_view level) { return line.starts_with(level); });
 }
 
-// A text may go over several lines; one that ends in a line's end leaves an empty line.
+// A text may have several lines; if it ends with a line end, an empty line follows.
 std::vector<std::string> split_records(const std::string& written) {
   std::vector<std::string> records;
   std::istringstream lines(written);

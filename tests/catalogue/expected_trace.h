@@ -12,17 +12,18 @@
 
 namespace tarnd::test {
 
-/// Records of the trace as "LEVEL function src/validation/file.cpp text". The figures that differ
-/// from run to run (times, addresses, sockets) stand as #.
+/// Records of the trace as "LEVEL function src/validation/file.cpp text". Figures that differ from
+/// run to run (times, addresses, sockets) are written as #.
 using Records = std::vector<std::string>;
 
-/// Fails the test where they are not the same and tells the first difference.
+/// Fails the test if they are not the same, and prints the first difference.
 void expect_records(const Records& written, const Records& expected);
 
-/// Runs it and gives the records that it wrote at the level and above. Each must tell its line.
+/// Runs it and returns the records that it wrote at the level and above. Each must have its line
+/// number.
 Records traced(TraceLevel level, const std::function<void()>& run);
 
-/// What one source file writes:
+/// The records of one source file:
 ///   const Source links("gpon_itf_valid");
 ///   links.flow("validate_itf_pon", "Failed getting gpon ports (...)")
 class Source {
@@ -41,16 +42,16 @@ class Source {
 std::string begin(const std::string& validator);
 std::string end(const std::string& validator, const std::string& word);
 
-/// What `Logger::Debug` writes, beside the trace.
+/// What `Logger::Debug` writes; this is not part of the trace.
 std::string debug_log(const std::string& text);
 
-/// A card of the test's own, and what its validators write.
+/// The test's own card, and what the validators write for it.
 class TraceTest : public CardFixture {
  protected:
   /// The records of a request on the keypath after the change.
   Records records_of(const std::string& request, const std::string& keypath,
                      const std::string& change = "", TraceLevel level = TraceLevel::kDetail);
-  /// The same where the n-th call of a kind fails.
+  /// The same if the n-th call of a kind fails.
   Records records_of_failed(PlatformCall failing, int nth, const std::string& request,
                             const std::string& keypath, const std::string& change = "");
 };

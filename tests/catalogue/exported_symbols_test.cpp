@@ -35,7 +35,7 @@ std::vector<std::string> symbols(const std::string& option = "") {
   return names;
 }
 
-/// What is wanted and not exported; a name that ends in a bracket stands for any arguments.
+/// The wanted names that are not exported; a name that ends with a bracket means any arguments.
 std::vector<std::string> missing(const std::vector<std::string>& wanted,
                                  const std::vector<std::string>& exported) {
   std::vector<std::string> absent;

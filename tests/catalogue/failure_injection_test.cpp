@@ -1,5 +1,5 @@
-// Every platform call of every validator fails once: what the user is told, what stays open, and
-// whether the validator is as good as before afterwards.
+// Every platform call of every validator fails once: the text for the user, what stays open, and
+// whether the validator works as before afterwards.
 
 #include <gmock/gmock.h>
 
@@ -61,8 +61,8 @@ class FailureInjection : public CardFixture, public testing::WithParamInterface<
     set_call_hook([nth, seen = std::size_t{0}](PlatformCall) mutable { return ++seen != nth; });
   }
 
-  /// Fails the n-th call, which is `failing`, then lets another validator look at the same
-  /// transaction, and validates again in it and in a new one.
+  /// Fails the n-th call, which is `failing`. Then runs another validator in the same transaction,
+  /// and validates again in it and in a new one.
   Outcome fail_once(std::size_t nth, PlatformCall failing) {
     ValidationSession& session = open_validation();
     fail_nth(nth);
@@ -80,7 +80,7 @@ class FailureInjection : public CardFixture, public testing::WithParamInterface<
     return outcome;
   }
 
-  /// What the failure of each call led to.
+  /// The result of the failure of each call.
   AnswersOfCalls fail_each() {
     AnswersOfCalls seen;
     const std::vector<PlatformCall> made = made_calls();
@@ -94,7 +94,7 @@ class FailureInjection : public CardFixture, public testing::WithParamInterface<
     return seen;
   }
 
-  /// The same while the middleware has no category for the trace.
+  /// The same if the middleware has no category for the trace.
   AnswersOfCalls fail_each_untraced() {
     AnswersOfCalls seen;
     std::vector<PlatformCall> made = made_calls();
@@ -112,7 +112,8 @@ class FailureInjection : public CardFixture, public testing::WithParamInterface<
     return seen;
   }
 
-  /// May this answer come of a failure? What stays open when many calls fail is another matter.
+  /// Whether a failure may lead to this answer. What stays open if many calls fail is not checked
+  /// here.
   static bool is_possible(const Outcome& outcome) {
     const auto same = [&](const Outcome& one) {
       return one.result == outcome.result && one.text == outcome.text;
@@ -144,7 +145,7 @@ TEST_P(FailureInjection, GivesTheAnswerOfTheFailingCallAndNoMore) {
   expect_answers(fail_each());
 }
 
-// With the trace on there are more calls, those that print for it.
+// With the trace there are more calls, those that print for it.
 TEST_P(FailureInjection, GivesTheSameAnswersUnderFullTrace) {
   TraceCapture trace(TraceLevel::kDetail);
   expect_answers(fail_each());
@@ -154,7 +155,7 @@ TEST_P(FailureInjection, GivesTheSameAnswersWithoutACategoryForTheTrace) {
   expect_answers(fail_each_untraced());
 }
 
-// The platform goes away in the middle: the validator ends with one of its answers, whichever.
+// The platform stops answering in the middle: the validator ends with any of its answers.
 TEST_P(FailureInjection, EndsWithAnAnswerWhenNoCallIsAnsweredAnyMore) {
   const std::size_t made = made_calls().size();
   for (std::size_t nth = 1; nth <= made; ++nth) {

@@ -1,5 +1,5 @@
-// Keypaths that end too early or name other nodes: every validator answers them as the catalogue
-// says, or ends the process with the assertion that names what it expected.
+// Keypaths that end too early or name other nodes: every validator answers as in the catalogue, or
+// ends the process with the assertion that names what it expected.
 
 #include <map>
 
@@ -8,7 +8,7 @@
 #include "tests/support/card_fixture.h"
 #include "tests/support/trace_capture.h"
 
-// Last: it brings base.h, whose macros are plain words that other headers use.
+// Included last: it includes base.h, whose macros are plain words that other headers use.
 #include "tests/support/keypaths.h"
 
 namespace tarnd::test {
@@ -24,7 +24,7 @@ class Keypaths : public CardFixture {
   }
 };
 
-/// Every request that does not insist on the elements of its keypath, with what it answers then.
+/// Every request that does not require the elements of its keypath, with its answer.
 std::map<std::string, Outcome> answers_without_elements() {
   std::map<std::string, Outcome> answers;
   for (const Request& request : requests()) {

@@ -1,5 +1,5 @@
-// The catalogue against the dispatch table and the model: none of the three knows a request that
-// another lacks. With this every suite that runs over the catalogue covers a new request, too.
+// Compares the catalogue with the dispatch table and the model: all three have the same requests.
+// So every suite that runs over the catalogue covers a new request, too.
 
 #include <gmock/gmock.h>
 
@@ -76,7 +76,7 @@ TEST(Catalogue, DispatchTableAndModelKnowTheSameRequests) {
   EXPECT_THAT(missing, IsEmpty());
 }
 
-// The order decides which request a leading part of a name reaches.
+// The order decides which request the beginning of a name calls.
 TEST(Catalogue, HasTheRowsOfTheDispatchTableInTheirOrder) {
   std::vector<std::string> expected;
   for (const Request& request : requests()) {
@@ -109,7 +109,7 @@ TEST(Catalogue, NamesARequestOnce) {
   for (const std::string& name : names) EXPECT_EQ(names.count(name), 1U) << name;
 }
 
-// What runs over the scenarios passes by a request that has none.
+// Suites that run over the scenarios do not notice a request without one.
 TEST(Catalogue, HasAScenarioForEveryRequest) {
   for (const Request& request : requests()) EXPECT_FALSE(request.scenarios.empty()) << request.name;
   std::multiset<std::string> names;

@@ -41,8 +41,8 @@ std::string missing_lines(const std::vector<std::string>& lines) {
   return text;
 }
 
-// The model of the line profiles is read three ways: with what it lacks the ONUs of link 1 (on the
-// lines fast, slow and, where one was added, fast again) cannot be added up.
+// The line profiles are read in three ways. If something is missing, the ONUs of link 1 (with the
+// line profiles fast, slow and, if one was added, fast again) cannot be added up.
 const Outcome kNoLines = rejected(missing_lines({"fast", "slow", "fast"}));
 const Outcome kNoLinesOnTheCard = rejected(missing_lines({"fast", "slow"}));
 const Outcome kNoSlowLine = rejected(missing_lines({"slow"}));
@@ -52,7 +52,7 @@ Outcome missing_gem(int sp, int gem_id) {
                   "] was not configured to onu [1]");
 }
 
-/// Objects of another shape end the process, and a shape that cannot be looked up is another.
+/// Objects of another size end the process, and so does a size that cannot be read.
 AnswersOfCalls reading_objects(AnswersOfCalls failures) {
   failures.emplace(Call::confd_max_object_size, kEndsTheProcess);
   failures.emplace(Call::confd_cs_node_cd, kEndsTheProcess);
@@ -207,11 +207,11 @@ const Row kRows[] = {
                          .failures = {{Call::qzconfd_maapi_socket_get, kSilent},
                                       {Call::maapi_get_ipv4_and_plen_elem, kSilent},
                                       {Call::maapi_get_ipv4_elem, kSilent}}}},
-          // The node is taken for an existing one, whose leaves cannot be read.
+          // The node counts as existing, but its leaves cannot be read.
           .without_elements = rejected_silently()};
     },
-    // What cannot be looked for is not there: a mapping on Ethernet ports then names no port at
-    // all, one on the VEIP is not asked about Ethernet ports.
+    // If the look-up fails, the node counts as missing: a mapping on Ethernet ports then has no
+    // port, and one on the VEIP is not checked for Ethernet ports.
     [](const Names& n) -> Request {
       return {.name = "vlan_match_check",
               .validator = "validate_vlan_match",
@@ -412,13 +412,13 @@ const Row kRows[] = {
                                           {Call::maapi_keypath_diff_iterate, kSilent},
                                           {Call::maapi_get_elem,
                                            {missing_gem(4, 1), missing_gem(5, 2)}}},
-                             // Two line profiles; for the flow each port's keypath, when its id and
-                             // when its values are read; for the detail the list, and each port's
-                             // when it is seen and as created.
+                             // Two line profiles. For FLOW, each port's keypath twice: when its id
+                             // and when its values are read. For DETAIL, the list's, and each
+                             // port's when it is visited and when it is found created.
                              .prints = {.verdict = {.values = 2},
                                         .flow = {.keypaths = 4},
                                         .detail = {.keypaths = 5}}}},
-              // Changes there cannot be told.
+              // Changes there are not reported.
               .without_elements = rejected_silently()};
     },
     [](const Names&) -> Request {
@@ -436,7 +436,7 @@ const Row kRows[] = {
                                                       {Call::maapi_keypath_diff_iterate, kSilent},
                                                       {Call::maapi_init_cursor, kSilent},
                                                       {Call::maapi_get_objects, kSilent}}),
-                         // The list, and a port when it is seen and as created.
+                         // The list, and a port when it is visited and when it is found created.
                          .prints = {.detail = {.keypaths = 3}}}},
           .without_elements = rejected_silently()};
     },
@@ -458,7 +458,7 @@ const Row kRows[] = {
                                           {Call::qzconfd_config_session_start, kPasses},
                                           {Call::cdb_num_instances, kPasses},
                                           // The number of service ports; then, link by link, that
-                                          // of ONUs: some remain in any case.
+                                          // of ONUs, of which some always remain.
                                           {Call::maapi_num_instances, {kAccepted, all_go}}}}},
               // The keypath is not looked at.
               .without_elements = kAccepted};
@@ -518,7 +518,7 @@ const Row kRows[] = {
           .instance = profile("rg-profile", n.key("rg")),
           .scenarios = {{.change = moved_network(n),
                          .answer = kAccepted,
-                         // The cursor of the connections stays open, and that of the ports.
+                         // The cursors of the connections and of the ports stay open.
                          .failures = {{Call::maapi_get_u_int32_elem, {rejected_silently(2)}},
                                       {Call::maapi_get_ipv4_and_plen_elem, {rejected_silently(1)}},
                                       {Call::maapi_get_bool_elem, {rejected_silently(1)}},
@@ -629,7 +629,7 @@ const Row kRows[] = {
     },
 };
 
-/// A row with all that follows from the rest of it.
+/// The row, completed with what follows from its other fields.
 Request completed(Request request) {
   if (request.sign.empty()) request.sign = " " + request.validator + " begin";
   for (Scenario& one : request.scenarios) {

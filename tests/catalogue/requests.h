@@ -14,10 +14,10 @@
 
 namespace tarnd::test {
 
-/// What came of a call of the plug-in.
+/// The result of a call of the plug-in.
 struct Outcome {
   int result = 0;
-  std::string text = {};      ///< the user's; empty when none was set
+  std::string text = {};      ///< the user's; empty if none was set
   int cursors_left_open = 0;  ///< to the end of the transaction
 
   // NOLINTNEXTLINE(modernize-use-nullptr): the zero is the compiler's
@@ -25,13 +25,13 @@ struct Outcome {
 };
 std::ostream& operator<<(std::ostream& out, const Outcome& outcome);
 
-/// The answers that the failure of one call may bring, and brings at one place or another.
+/// The answers to which the failure of one call may lead; each of them occurs.
 using Answers = std::set<Outcome>;
 /// No answer: the failure ends the process.
 extern const Answers kEndsTheProcess;
 using AnswersOfCalls = std::map<PlatformCall, Answers>;
 
-/// How many keypaths, values and names of nodes are made into texts.
+/// How many keypaths, values and names of nodes are printed as texts.
 struct Prints {
   std::uint64_t keypaths = 0;
   std::uint64_t values = 0;
@@ -40,22 +40,22 @@ struct Prints {
   friend bool operator==(const Prints&, const Prints&) = default;
 };
 
-/// What a call prints: for its verdict, and what the trace adds from the level FLOW on and from the
-/// level DETAIL on.
+/// What a call prints for its verdict, and what the trace adds at the level FLOW and at the level
+/// DETAIL.
 struct Work {
   Prints verdict = {};
   Prints flow = {};
   Prints detail = {};
 };
 
-/// One call of a validator as the daemon makes it, on the `whole_card` after a change that the
-/// validator has to follow to the end.
+/// One call of a validator as the daemon makes it, on the `whole_card` after a change that leads
+/// through the whole validator.
 struct Scenario {
   std::string title =
-      {};  ///< how it differs from the request's first scenario, for which it is empty
-  std::string keypath = {};  ///< the request's instance when empty
+      {};  ///< the difference from the request's first scenario, for which it is empty
+  std::string keypath = {};  ///< if empty, the request's instance
   std::string change = {};
-  Outcome answer = {};           ///< when no call fails, on a card with plain names
+  Outcome answer = {};           ///< if no call fails, on a card with plain names
   AnswersOfCalls failures = {};  ///< the failures that may change the answer; no other does
   Work prints = {};
 
@@ -71,22 +71,23 @@ struct Assertion {
   std::string expectation;
 };
 
-/// All that the tests know of a request. It is written down independently of the dispatch table and
-/// of the model, so that it can be held against both.
+/// Everything that the tests know of a request. It is independent of the dispatch table and of the
+/// model, so that both can be compared with it.
 struct Request {
   std::string name = {};
   std::string validator = {};
   std::string source = {};                   ///< in src/validation, without ".cpp"
   std::vector<std::string> unit_tests = {};  ///< in tests/unit, without ".cpp"
-  std::vector<std::string> nodes = {};  ///< where the model has its validation points, in its order
-  bool call_once = false;               ///< for a whole list, not for each of its entries
-  std::string instance = {};            ///< one of these nodes on the `whole_card`
-  /// What only this validator writes to the trace, or answers, when it is called for the instance
-  /// without a change. Its begin record when empty.
+  std::vector<std::string> nodes =
+      {};                     ///< the nodes with its validation points, in the order of the model
+  bool call_once = false;     ///< for a whole list, not for each of its entries
+  std::string instance = {};  ///< one of these nodes on the `whole_card`
+  /// A text that only this validator writes to the trace, or sets, if it is called for the instance
+  /// without a change. If empty, its begin record.
   std::string sign = {};
-  /// At least one; more when no single change leads through all of the validator.
+  /// At least one; more if no single change leads through the whole validator.
   std::vector<Scenario> scenarios = {};
-  /// What becomes of a keypath without elements.
+  /// The result for a keypath without elements.
   std::variant<Outcome, Assertion> without_elements = {};
   /// Why docs/speed.md does not say how many platform calls it makes; empty when it does.
   std::string unmeasured = {};

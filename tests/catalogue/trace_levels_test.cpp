@@ -1,4 +1,4 @@
-// A level that is off costs nothing: its records are neither written nor made.
+// A disabled level costs nothing: its records are neither written nor composed.
 
 #include <algorithm>
 #include <map>
@@ -68,7 +68,7 @@ TEST_P(TraceLevels, PrintOnlyWhatTheyWrite) {
   EXPECT_EQ(prints_at(TraceLevel::kDetail), sum(sum(work.verdict, work.flow), work.detail));
 }
 
-// When nothing fails, no text of an error is asked for either.
+// If nothing fails, no text of an error is requested either.
 TEST_P(TraceLevels, DifferInNoCallThatPrintsNothing) {
   const CallsByName silent = other_calls_at(TraceLevel::kOff);
   EXPECT_FALSE(silent.contains(to_string(PlatformCall::confd_lasterr)));

@@ -8,8 +8,8 @@ namespace tarnd::test {
 /// tests.
 std::string validation_map();
 
-/// The text with its table of requests replaced by that one; the rest stays as it is. Throws when
-/// it has no such table.
+/// The text with its table of requests replaced by that one; the rest stays as it is. Throws if it
+/// has no such table.
 std::string with_validation_map(const std::string& page);
 
 }  // namespace tarnd::test

@@ -1,4 +1,4 @@
-// The map of the validators, src/validation/README.md, against the catalogue and the sources.
+// Compares the map of the validators, src/validation/README.md, with the catalogue and the sources.
 
 #include "tests/catalogue/validation_map.h"
 

@@ -12,7 +12,7 @@ std::string leaf(const std::string& name, const std::string& text) {
   return element(name, text);
 }
 
-/// A text as it stands in XML.
+/// A text with escapes for XML.
 std::string escaped(const std::string& text) {
   std::string result;
   for (const char c : text) {

@@ -5,11 +5,11 @@
 
 namespace tarnd::test {
 
-/// What a profile, VLAN mapping or WAN connection is called in place of a plain name.
+/// The name of a profile, VLAN mapping or WAN connection in place of a plain one.
 using Naming = std::function<std::string(const std::string& plain)>;
 std::string plain_name(const std::string& plain);
 
-/// The names of one card, ready to stand in XML.
+/// The names of one card, with escapes for XML.
 class Names {
  public:
   explicit Names(Naming naming);
@@ -25,7 +25,7 @@ class Names {
 /// Everything of one slot of the card, an entry of /config/gpon.
 std::string card_slot(const std::string& content);
 
-/// A card on which every validator finds something to read. The two mappings of the service profile
+/// A card that has something to read for every validator. The two mappings of the service profile
 /// "twins" match the same traffic.
 std::string whole_card(const Names& n = Names(plain_name));
 

@@ -1,4 +1,4 @@
-// write_validation_map FILE: brings the table of requests in the file up to date.
+// write_validation_map FILE: updates the table of requests in the file.
 
 #include <cstdlib>
 #include <exception>

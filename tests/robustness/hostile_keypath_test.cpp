@@ -1,6 +1,6 @@
 // Keypaths that are too short or of other types, and new values of other types: a validator ends
-// the process with the assertion that names what it expected, or answers as for a node that is not
-// there.
+// the process with the assertion that names what it expected, or answers as for a node that does
+// not exist.
 
 #include <functional>
 
@@ -10,7 +10,7 @@
 #include "tests/support/platform_in_place.h"
 #include "valid_service_port.h"
 
-// Last: it brings base.h, whose macros are plain words that other headers use.
+// Included last: it includes base.h, whose macros are plain words that other headers use.
 #include "tests/support/keypaths.h"
 
 namespace tarnd::test {
@@ -172,7 +172,7 @@ TEST_F(HostileContextDeathTest, ANodeThatTheModelDoesNotMeanEndsTheProcess) {
   }
 }
 
-// ---- What stands inside the configuration
+// ---- Keypaths inside the configuration
 
 TEST_F(HostileContext, AServicePortsIdIsTakenOnlyFromWithinAnEntry) {
   struct Row {
@@ -186,7 +186,7 @@ TEST_F(HostileContext, AServicePortsIdIsTakenOnlyFromWithinAnEntry) {
       {{{root}}, -1},
       {{{list}, {root}}, -1},
       {{{number(7)}, {list}, {root}}, 0},
-      // A leaf in the entry: beside it stands the key, no tag.
+      // A leaf in the entry: the next element is the key and no tag.
       {{{tag(base_id)}, {number(7)}, {list}, {root}}, -1},
       {{{tag(base_id)}, {tag(base_gpon)}, {number(7)}, {list}, {root}}, 0},
       // Another list.

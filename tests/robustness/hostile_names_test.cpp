@@ -1,5 +1,5 @@
-// Names at the sizes of the buffers that take them, and names of characters that mean something in
-// a path, a format or an XPath.
+// Names with the size of their buffers, and names with characters that have a meaning in a path, a
+// format or an XPath.
 
 #include <gmock/gmock.h>
 
@@ -17,7 +17,7 @@
 namespace tarnd::test {
 namespace {
 
-// ---- A model that lets profiles and connections have any name
+// ---- A model that allows any name of profiles and connections
 
 const store::Schema& loose_schema() {
   // The numbers of names are read from it later.
@@ -27,7 +27,7 @@ const store::Schema& loose_schema() {
   return schema;
 }
 
-/// A card under the loose model. Contents are what stands inside the top-level `config`.
+/// A card with the loose model. A content is the inside of the top-level `config`.
 class LooseNames : public testing::Test {
  protected:
   LooseNames() : datastore_(loose_schema()) {
@@ -43,8 +43,8 @@ class LooseNames : public testing::Test {
     transaction.commit();
   }
 
-  /// The answer to a request on the keypath after the change, the same with the trace on. Then
-  /// `records` has what was written.
+  /// The answer to a request on the keypath after the change. With the trace it must be the same;
+  /// `records` then has the records.
   Outcome ask(const std::string& request, const std::string& keypath, const std::string& change) {
     store::Transaction transaction(datastore_);
     edit(transaction, change);
@@ -81,19 +81,19 @@ Naming of_length(std::size_t length) {
   };
 }
 
-/// Every name with these characters behind its first.
+/// Every name with these characters after its first one.
 Naming with(const std::string& characters) {
   return [characters](const std::string& plain) {
     return plain.substr(0, 1) + characters + plain.substr(1);
   };
 }
 
-/// Every name behind these characters.
+/// Every name after these characters.
 Naming behind(const std::string& characters) {
   return [characters](const std::string& plain) { return characters + plain; };
 }
 
-/// The names of the card and of its changes, none before one that it begins.
+/// The names of the card and of its changes; a name is after those that begin with it.
 std::vector<std::string> plain_names() {
   std::set<std::string> names;
   const Naming collect = [&names](const std::string& plain) {
@@ -112,7 +112,7 @@ void replace_all(std::string& text, const std::string& what, const std::string& 
   }
 }
 
-/// The records with each name as it was before its naming, in an order that does not hang on names.
+/// The records with the plain names again, in an order that does not depend on names.
 Records plainly(Records records, const Naming& naming) {
   static const std::vector<std::string> names = plain_names();
   for (std::string& record : records) {
@@ -142,13 +142,12 @@ const Outcome kUnreadable{CONFD_ERR, "Failed accessing confd data."};
 const Outcome kNoGemOfNewPort{CONFD_ERR, "Service-port [4] gem [1] was not configured to onu [1]"};
 const Outcome kNoGemOfOldPort{CONFD_ERR, "Service-port [1] gem [1] was not configured to onu [1]"};
 
-/// Names, and in what they differ from plain ones.
+/// Names, and the differences that they make.
 struct HostileNames {
   std::string title;
   Naming naming;
   AnswersByName different{};
-  /// The scenarios that answer the same but read something else on the way, so that their records
-  /// are others.
+  /// The scenarios with the same answer that read something else, so that their records differ.
   std::set<std::string> read_otherwise{};
   /// The scenarios that end the process.
   std::set<std::string> ending{};
@@ -159,27 +158,27 @@ void PrintTo(const HostileNames& names, std::ostream* out) {
 }
 
 std::vector<HostileNames> all_names() {
-  // Cut to 48 characters a connection is another's and has no interface grouping; a longer line
-  // profile of an ONU is not read at all.
+  // Cut to 48 characters, the name of a connection is another one, which has no interface grouping.
+  // A longer line profile of an ONU is not read at all.
   const std::set<std::string> cut_at_48{"itf_grp_validation", "onu_gem_check"};
-  // The keypath of the WLANs takes as much.
+  // The keypath of the WLANs has the same room.
   std::set<std::string> cut_at_8191 = cut_at_48;
   cut_at_8191.insert("rg_profile_ssid_unique_check");
-  // Cut to 8191 characters a name is another's: that profile is not committed, that line profile
+  // Cut to 8191 characters, a name is another one: this profile is not committed, this line profile
   // has no TCONT and no GEM port.
   const std::set<std::string> bandwidth{"onu_bw_check", "ponlink_bw_check"};
   std::set<std::string> cut = cut_at_8191;
   cut.insert(bandwidth.begin(), bandwidth.end());
   AnswersByName of_cut = same_for_confirmations(kAccepted);
   of_cut.emplace("sp_gem_check", kNoGemOfNewPort);
-  // A blank parts two keys, and no entry has two: neither a grouping nor a TCONT is found.
+  // A blank separates two keys, and no entry has two: neither a grouping nor a TCONT is found.
   AnswersByName of_parted = of_cut;
   of_parted.emplace("onu_gem_check", kNoGemOfOldPort);
   std::set<std::string> parted = bandwidth;
   parted.insert("itf_grp_validation");
-  // What cannot be read as a path is no answer whether a profile is committed. A line profile or
-  // connection that cannot be looked up has no GEM port missing and no grouping; but of its TCONTs
-  // not even the size is known, and that is a fault.
+  // With an invalid path it is not known whether a profile is committed. If a line profile or
+  // connection cannot be looked up, no GEM port counts as missing, and there is no grouping; but
+  // the size of its TCONTs is not known either, which is a fault.
   const AnswersByName no_path = same_for_confirmations(kUnreadable);
   const std::set<std::string> ungrouped{"itf_grp_validation"};
   return {
@@ -202,11 +201,11 @@ std::vector<HostileNames> all_names() {
       {"WithBlanks", with(" "), of_parted, parted},
       // Outside the quotes of the expression, or of the path's key.
       {"WithSingleQuotes", with("'"), same_for_confirmations(kUnreadable)},
-      // A key ends at a blank or a closing brace; what else stands in it is part of it.
+      // A key ends at a blank or a closing brace; all other characters are part of it.
       {"WithDoubleQuotes", with("\"")},
       {"WithOpeningBraces", with("{")},
       {"BehindOpeningBraces", behind("{")},
-      // Behind the closing brace stands no slash, at the end of an unfinished quotation no brace.
+      // After the closing brace there is no slash, after an unfinished quotation no brace.
       {"WithClosingBraces", with("}"), no_path, ungrouped, bandwidth},
       {"WithBraces", with("{}"), no_path, ungrouped, bandwidth},
       {"WithBracesReversed", with("}{"), no_path, ungrouped, bandwidth},
@@ -222,7 +221,7 @@ class NamesOfACard : public LooseNames, public testing::WithParamInterface<Hosti
     Records records;
   };
 
-  /// Of the card with such names, all that do not end the process.
+  /// All scenarios of the card with such names that do not end the process.
   std::map<std::string, Answered> ask_all(const Naming& naming) {
     const Names n(naming);
     std::map<std::string, Answered> answers;
@@ -251,7 +250,7 @@ TEST_P(NamesOfACard, GetTheAnswersOfPlainOnes) {
   }
 }
 
-// Whole and as they are: no record takes a name for its format or has too little room for it.
+// Complete and unchanged: no record uses a name as its format or has too little room for it.
 TEST_P(NamesOfACard, AreInTheRecordsOfPlainOnes) {
   const HostileNames& names = GetParam();
   const std::map<std::string, Answered> plain = ask_all(plain_name);
@@ -382,8 +381,8 @@ TEST_F(LooseNames, TheListOfWlansIsCutAt8191Characters) {
 }
 
 TEST_F(LooseNames, ALineProfileIsFoundByAsMuchOfItsNameAsIsRead) {
-  // The line profile's name is shorter by one than what the ONU refers to; cut they may be the
-  // same.
+  // The line profile's name is one character shorter than the ONU's reference; after the cut they
+  // may be the same.
   const Outcome missing{CONFD_ERR, "Line profile " + filled(8191) + " doesn't not exist."};
   for (const auto& [length, outcome] :
        {std::pair(8190, missing), std::pair(8191, kAccepted), std::pair(9000, kAccepted)}) {
@@ -451,7 +450,7 @@ TEST_F(LooseNamesDeathTest, TheFaultsTextIsCutAt349Characters) {
               testing::ExitedWithCode(1), "\\[/config/profile/gpon/line-profile\\{\\}n{313}\n$");
 }
 
-// ---- Texts that the model lets be anything
+// ---- Texts for which the model allows anything
 
 class HostileTexts : public CardFixture {
  protected:
@@ -521,8 +520,8 @@ TEST_F(HostileTexts, LineProfilesOfAnOnuAreComparedUpTo48Characters) {
 }
 
 TEST_F(HostileTexts, InterfaceNamesOfServicePorts) {
-  // A name whose braces do not fit makes paths that cannot be looked up: nothing is held against
-  // the ONU, and without its line profile there is no GEM port.
+  // A name with unmatched braces makes paths that cannot be looked up: the ONU is not rejected, and
+  // without its line profile there is no GEM port.
   const Outcome no_gem{CONFD_ERR, "Service-port [1] gem [7] was not configured to onu [2]"};
   const Outcome conflict{CONFD_ERR, "Service-port 1 and 2 have conflicting matches."};
   for (const std::string& name :
@@ -546,7 +545,7 @@ TEST_F(HostileTexts, InterfaceNamesOfServicePorts) {
 
 TEST_F(HostileTexts, AnInterfaceNameIsShownWithSlashesForBlanks) {
   running("");
-  // The GEM port's message would take the place of the ONU's.
+  // The GEM port's message would replace the ONU's.
   constexpr int kLookForGem = 3;
   for (const std::string& name : {std::string("1 1/%s"), std::string("1/1 %s")}) {
     fail_call(PlatformCall::maapi_exists, kLookForGem);
@@ -557,7 +556,7 @@ TEST_F(HostileTexts, AnInterfaceNameIsShownWithSlashesForBlanks) {
 }
 
 TEST_F(HostileTexts, AQuotedNameCountsTheUsersOfAnExpression) {
-  // The name stands in the expression as it is, and these quotes make a condition of it that holds
+  // The name is inserted into the expression as it is, and with these quotes the condition is true
   // for every ONU.
   const std::string name = "x'or''='";
   running(line_profile(name, "") + gpon_link(1, onu(1, uses_line("other"))));

@@ -1,4 +1,4 @@
-// A daemon runs for months: thousands of commits in one process leave nothing behind.
+// A daemon runs for months: after thousands of commits in one process nothing is left over.
 
 #include <malloc.h>
 #include <unistd.h>
@@ -26,11 +26,11 @@ constexpr bool kSanitized = false;
 
 // Under the sanitizers a commit takes many times as long.
 constexpr std::size_t kCommits = kSanitized ? 2000 : 10000;
-// As many again until every cache is full and memory has its shape.
+// As many again first, until every cache is full and the heap no longer grows.
 constexpr std::size_t kWarmUp = kCommits / 5;
 
-// How far the memory in use may be apart at two moments at which the same is configured. The heap
-// hardly differs; a byte that each round keeps must come out above the slack.
+// The allowed difference of the memory in use at two moments with the same configuration. The heap
+// hardly differs; a byte that each round keeps must exceed the allowance.
 constexpr std::size_t kHeapSlack = std::size_t{2} * 1024;
 constexpr std::size_t kResidentSlack = std::size_t{2} * 1024 * 1024;
 
@@ -46,7 +46,7 @@ std::ptrdiff_t open_files() {
   return std::distance(begin(files), end(files));
 }
 
-// Blocks that the allocator keeps at hand for a thread count as in use: up to 20 KiB, now and then.
+// Blocks that the allocator caches for a thread count as in use: sometimes up to 20 KiB.
 constexpr const char* kNoThreadCache = "glibc.malloc.tcache_count=0";
 
 bool heap_is_exact() {
@@ -64,7 +64,7 @@ Memory memory() {
   return {mallinfo2().uordblks, resident()};
 }
 
-/// A change, whether the user confirms its warnings, and what becomes of it.
+/// A change, whether the user confirms its warnings, and its result.
 struct Commit {
   std::string change;
   bool confirm;
@@ -75,7 +75,7 @@ std::string leaf(const std::string& name, const std::string& text) {
   return element(name, text);
 }
 
-/// A round of commits that ends where it began: what is accepted is taken back later in the round.
+/// A round of commits that ends where it began: accepted changes are undone later in the round.
 std::vector<Commit> round_of_commits() {
   constexpr auto kAccepted = CommitResult::kAccepted;
   constexpr auto kRejected = CommitResult::kRejected;
@@ -180,7 +180,7 @@ class LongLife : public CardFixture {
   }
 
   void make_round() {
-    // Changes that are asked about and then given up, so that no request is left out.
+    // Changes that are not confirmed and then undone, so that every request is called.
     for (const Scenario& one : scenarios_) {
       ASSERT_EQ(dispatch(open(one.change), one), one.answer) << one;
     }
@@ -189,7 +189,7 @@ class LongLife : public CardFixture {
       ASSERT_EQ(report.result, one.result) << one.change;
     }
     ++rounds_;
-    // The keys of encrypted leaves belong to a session, and none is left.
+    // The keys of encrypted leaves belong to a session, and there is none left.
     ASSERT_EQ(find_session_with_crypto_keys(), nullptr);
   }
 
@@ -199,12 +199,12 @@ class LongLife : public CardFixture {
     }
   }
 
-  /// The calls that open something less those that close it again.
+  /// The number of calls that open something, minus that of calls that close it.
   [[nodiscard]] std::int64_t unbalanced(PlatformCall opens, PlatformCall closes) const {
     return static_cast<std::int64_t>(calls(opens)) - static_cast<std::int64_t>(calls(closes));
   }
 
-  /// The running configuration without the encrypted leaf, which is another after each encryption.
+  /// The running configuration without the encrypted leaf.
   [[nodiscard]] std::string configured() const {
     const std::string text = running_text();
     const std::size_t encrypted = text.find("$8$");
@@ -226,7 +226,7 @@ TEST_F(LongLife, LeavesNothingBehind) {
   const Memory after = memory();
   EXPECT_EQ(open_files(), files);
   EXPECT_EQ(configured(), configuration);
-  // The address sanitizer has an allocator of its own, and LeakSanitizer looks at what is left.
+  // The address sanitizer has its own allocator, and LeakSanitizer reports what is left.
   if (!kSanitized) {
     ASSERT_TRUE(heap_is_exact()) << "run this with GLIBC_TUNABLES=" << kNoThreadCache;
     EXPECT_LT(after.heap, before.heap + kHeapSlack);
@@ -244,8 +244,9 @@ TEST_F(LongLife, ClosesWhatItOpens) {
   EXPECT_EQ(unbalanced(Call::qzconfd_config_session_start, Call::qzconfd_config_session_end), 0);
   EXPECT_EQ(unbalanced(Call::maapi_query_start, Call::maapi_query_stop), 0);
   EXPECT_EQ(unbalanced(Call::maapi_query_result, Call::maapi_query_free_result), 0);
-  // Repeated SSIDs leave the cursor of the WLANs to the transaction, overlapping networks that of
-  // the connections, a port used twice those of the connections and of the ports.
+  // These cursors stay open until the end of the transaction: of the WLANs for repeated SSIDs, of
+  // the connections for overlapping networks, of the connections and the ports for a port used
+  // twice.
   constexpr std::int64_t kLeftInARound = 4;
   EXPECT_EQ(unbalanced(Call::maapi_init_cursor, Call::maapi_destroy_cursor),
             kLeftInARound * rounds_);

@@ -147,7 +147,7 @@ TEST_F(TraceBandwidth, OfEveryTypeOfTraffic) {
                      from("loadBwProf", "BW name: a3. type-3. assured=3 max=33"),
                      from("loadBwProf", "BW name: a4. type-4. max=44"),
                      from("loadBwProf", "BW name: a5. type-5. fixed=5 assured=6 max=55"),
-                     // a6 has no type: it and the rest of its batch are passed over.
+                     // a6 has no type: it and the rest of its batch are skipped.
                      kBwsLoaded,
                      kLinesLoaded,
                      kSource.flow("validate_ponlink_bw",

@@ -164,7 +164,7 @@ class TraceOneShot : public TraceTest {
     return records_of(kRequest, "/config/gpon", slot(element("rg-one-shot-prov", "")));
   }
 
-  /// Up to where the ONUs are asked about.
+  /// The records up to the query of the ONUs.
   [[nodiscard]] Records switched_on() const {
     return {
         begin(kValidator), source_.flow(kValidator, "Validating keypath: /config/gpon"),

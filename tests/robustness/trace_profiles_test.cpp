@@ -357,7 +357,7 @@ class TraceGroupings : public TraceTest {
     return records_of("itf_grp_validation", "/config/profile/gpon/rg-profile{rg}");
   }
 
-  // The records by the function whose they are.
+  // The records by their function.
   [[nodiscard]] std::string ports_record(const std::string& text) const {
     return source_.detail("validate_itf_grp_ports", text);
   }
@@ -380,7 +380,7 @@ class TraceGroupings : public TraceTest {
       "rg");
   const std::string wan_list_ = dhcp_record("Checking Itf Grouping DHCP");
 
-  /// The records of one PPPoE connection without ports, up to the look at its address.
+  /// The records of one PPPoE connection without ports, up to the read of its address.
   [[nodiscard]] Records up_to_networks() const {
     return {begin(kValidator), begin_ports_, end_ports_, begin_nets_, wan_list_};
   }

@@ -4,7 +4,7 @@
 #include "tests/catalogue/expected_trace.h"
 #include "valid_service_port.h"
 
-// Last: it brings base.h, whose macros are plain words that other headers use.
+// Included last: it includes base.h, whose macros are plain words that other headers use.
 #include "tests/support/keypaths.h"
 
 namespace tarnd::test {
