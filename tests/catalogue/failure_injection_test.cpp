@@ -140,18 +140,18 @@ class FailureInjection : public CardFixture, public testing::WithParamInterface<
   Outcome answer_of_next_one_;
 };
 
-TEST_P(FailureInjection, GivesTheAnswerOfTheFailingCallAndNoMore) {
+TEST_P(FailureInjection, ReturnsTheAnswerOfTheFailingCallAndNoMore) {
   EXPECT_EQ(ask(open_validation()), GetParam().answer);
   expect_answers(fail_each());
 }
 
 // With the trace there are more calls, those that print for it.
-TEST_P(FailureInjection, GivesTheSameAnswersUnderFullTrace) {
+TEST_P(FailureInjection, ReturnsTheSameAnswersWithAFullTrace) {
   TraceCapture trace(TraceLevel::kDetail);
   expect_answers(fail_each());
 }
 
-TEST_P(FailureInjection, GivesTheSameAnswersWithoutACategoryForTheTrace) {
+TEST_P(FailureInjection, ReturnsTheSameAnswersWithoutACategoryForTheTrace) {
   expect_answers(fail_each_untraced());
 }
 

@@ -143,7 +143,7 @@ TEST_F(CommitTest, ColoursAreForTerminals) {
   EXPECT_THAT(gponval(line).out, Not(HasSubstr("\033")));
 }
 
-TEST_F(CommitTest, TheJsonReportHoldsEveryAnswerInCallOrder) {
+TEST_F(CommitTest, TheJsonReportHasEveryAnswerInCallOrder) {
   const Outcome run = commit(service_port(3, 9, 10), {"--format", "json"});
   EXPECT_EQ(run.status, 1);
   const json report = run.json();

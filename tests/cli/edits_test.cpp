@@ -79,7 +79,7 @@ TEST_F(EditsTest, WhatIsWrongNamesTheOption) {
   }
 }
 
-TEST_F(EditsTest, ARequestTakesEdits) {
+TEST_F(EditsTest, ARequestAcceptsEdits) {
   const Outcome run =
       gponval({"request", "sp_gem_check", "/config/service-port", "--running", "card.xml", "--set",
                "/config/service-port{1}/gpon/onu/gem/gem-id=9"});

@@ -294,7 +294,7 @@ TEST_F(ConfdValues, TextsBecomeValuesOfTheirLeafsTypes) {
   EXPECT_EQ(parsed(leaf, "$0$secret"), parsed(leaf, "$0$secret"));
 }
 
-TEST_F(ConfdValues, NoValueHoldsANulByte) {
+TEST_F(ConfdValues, NoValueHasANulByte) {
   const confd::Model& known = confd::load_model(model());
   const auto* type = confd_cs_node_cd(nullptr, "/config/interface/gpon/onu/rg-profile")->info.type;
   const std::string configured = "the one use of this text";

@@ -171,7 +171,7 @@ TEST_F(KeypathEditTest, AChangedLeafKeepsWhatIsAroundIt) {
   EXPECT_EQ(value("/config/service-port{7}/upstream-rate"), "6");
 }
 
-TEST_F(KeypathEditTest, AnEntryIsReplacedWithAllItHolds) {
+TEST_F(KeypathEditTest, AnEntryIsReplacedWithItsContent) {
   EXPECT_EQ(set("/config/service-port{7}/upstream-rate=5"), "");
   EXPECT_EQ(edit(Operation::kReplace, "/config/service-port{7}"), "");
   EXPECT_TRUE(has("/config/service-port{7}"));

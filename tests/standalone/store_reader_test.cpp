@@ -378,7 +378,7 @@ TEST(Reader, NamesTheEntryThatAConfigurationLacksSomethingIn) {
 }
 
 // Each text is the same configuration, with service port 5 at 7 kbit/s upstream.
-TEST(Reader, TakesAConfigurationInEachOfItsForms) {
+TEST(Reader, AcceptsAConfigurationInEachOfItsForms) {
   const std::string content =
       "<service-port><id>5</id><upstream-rate>7</upstream-rate></service-port>";
   const std::string plain = kBase + ">" + content + "</config>";
@@ -471,7 +471,7 @@ TEST_F(ReaderChange, CountsWhatSurroundsIt) {
       InputError);
 }
 
-TEST_F(ReaderChange, TakesOperationsOfEntriesContainersAndLeavesInJson) {
+TEST_F(ReaderChange, AcceptsOperationsOfEntriesContainersAndLeavesInJson) {
   EXPECT_EQ(left_by(json(R"("service-port": [{"@": {"ietf-netconf:operation": "delete"},
                          "id": 6}])"),
                     Format::kJson),
@@ -492,7 +492,7 @@ TEST_F(ReaderChange, TakesOperationsOfEntriesContainersAndLeavesInJson) {
             "8 ");
 }
 
-TEST_F(ReaderChange, ComesToAnEntrySeveralTimes) {
+TEST_F(ReaderChange, MayHaveAnEntrySeveralTimes) {
   EXPECT_EQ(left_by(xml("<service-port><id>8</id></service-port><interface/>"
                         "<service-port><id>5</id><upstream-rate nc:operation=\"delete\"/>"
                         "</service-port><service-port><id>8</id><admin-enabled>true"
@@ -501,7 +501,7 @@ TEST_F(ReaderChange, ComesToAnEntrySeveralTimes) {
             "5 down 6 8 ");
 }
 
-TEST_F(ReaderChange, TakesKeysLastAndOperationsBeforeThem) {
+TEST_F(ReaderChange, AcceptsKeysLastAndOperationsBeforeThem) {
   EXPECT_EQ(left_by(xml("<service-port><upstream-rate nc:operation=\"delete\"/>"
                         "<match><vlan><vlan-id>5</vlan-id></vlan></match><id>5</id>"
                         "</service-port>"),

@@ -87,7 +87,7 @@ TEST(ValidityTest, NamesWhatExistsTwice) {
             "twice");
 }
 
-TEST(ValidityTest, TakesAContainerOfACaseWithoutContentForNone) {
+TEST(ValidityTest, IgnoresAContainerOfACaseWithoutContent) {
   EXPECT_EQ(refusal(profile("<bandwidth-profile><name>b</name><traffic><type-3/></traffic>"
                             "</bandwidth-profile>")),
             "");

@@ -93,7 +93,7 @@ TEST(BoardCounts, AreAskedForWithZero) {
 
 class LibInit : public ::testing::TestWithParam<Initialised> {};
 
-TEST_P(LibInit, TakesWhatTheCardDefines) {
+TEST_P(LibInit, UsesWhatTheCardDefines) {
   insert_card(GetParam().card);
   testing::internal::CaptureStderr();
   EXPECT_EQ(lib_init(), 0);

@@ -38,7 +38,7 @@ TEST_F(Guards, ACursorWalksTheListInKeyOrder) {
   EXPECT_FALSE(onus.next());
 }
 
-TEST_F(Guards, ACursorTakesATextAsAnArgument) {
+TEST_F(Guards, ACursorAcceptsATextAsAnArgument) {
   valid::Cursor tconts(sock(), tctx(), "/config/profile/gpon/line-profile{%s}/tcont", "50%d");
   EXPECT_TRUE(tconts.next());
   EXPECT_TRUE(tconts.next());

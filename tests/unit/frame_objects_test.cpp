@@ -50,7 +50,7 @@ TEST_F(Objects, AnEmptyListHasNone) {
   EXPECT_EQ(reader.getObjects(), 0);
 }
 
-TEST_F(Objects, AListComesInBatches) {
+TEST_F(Objects, AListIsReadInBatches) {
   struct Row {
     int entries;
     std::vector<int> sizes;
