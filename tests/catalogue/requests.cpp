@@ -395,7 +395,7 @@ const Row kRows[] = {
                                  {Call::maapi_get_str_elem,
                                   {kAccepted, rejected("Failed accessing confd data.")}}},
                     .prints = {.verdict = {.keypaths = 1, .values = 1}}}},
-              // A list that is none has no entries.
+              // A node that is no list has no entries.
               .without_elements = kAccepted};
     },
     [](const Names&) -> Request {
@@ -527,7 +527,7 @@ const Row kRows[] = {
                          // networks; in the last record of each the profile's name.
                          .prints = {.verdict = {.keypaths = 2, .values = 8},
                                     .detail = {.values = 2}}}},
-          // A list that is none has no entries.
+          // A node that is no list has no entries.
           .without_elements = kAccepted};
     },
     [](const Names&) -> Request {

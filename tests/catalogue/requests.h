@@ -78,10 +78,9 @@ struct Request {
   std::string validator = {};
   std::string source = {};                   ///< in src/validation, without ".cpp"
   std::vector<std::string> unit_tests = {};  ///< in tests/unit, without ".cpp"
-  std::vector<std::string> nodes =
-      {};                     ///< the nodes with its validation points, in the order of the model
-  bool call_once = false;     ///< for a whole list, not for each of its entries
-  std::string instance = {};  ///< one of these nodes on the `whole_card`
+  std::vector<std::string> nodes = {};       ///< with validation points, in the order of the model
+  bool call_once = false;                    ///< for a whole list, not for each of its entries
+  std::string instance = {};                 ///< one of these nodes on the `whole_card`
   /// A text that only this validator writes to the trace, or sets, if it is called for the instance
   /// without a change. If empty, its begin record.
   std::string sign = {};
