@@ -63,7 +63,7 @@ constexpr std::array kOnlyReaderAccepts = {
     KnownDifference{"Unknown XML section", "<!\\[CDATA\\[", "libyang knows CDATA in values only"},
     KnownDifference{"expected element tag start", "(<!|<[?]|&)",
                     "libyang ends a value at a comment, and knows no references between elements"},
-    KnownDifference{"inside an inner node", "[>\\s]&#(9|10|13|32|x[9aAdD]|x20);",
+    KnownDifference{"inside an inner node", "[>\\s]&#(0*(9|10|13|32)|x0*([9aAdD]|20));",
                     "libyang takes white space for a value if it is written as a reference"},
     KnownDifference{"Invalid position of the key", "<", "the reader takes keys in any place"},
     KnownDifference{"Invalid character reference", "\\\\u[dD][89abAB]",
