@@ -185,12 +185,21 @@ def _text_of(code: str, statement: Statement) -> str:
     return code[statement.start : statement.end]
 
 
+def _order_counts(first: Statement, second: Statement) -> bool:
+    """Of two statements one of which calls nothing, only if one reads or writes what the other
+    writes."""
+    if first.calls() and second.calls():
+        return True
+    written = [name for statement in (first, second) for name in statement.written()]
+    return any(name in first.names() and name in second.names() for name in written)
+
+
 def _statement_changes(code: str) -> list[Change]:
     found = []
     statements = statements_of(code)
     for first, second in zip(statements, statements[1:]):
         between = code[first.end : second.start]
-        if first.block == second.block and not tokens_of(between):
+        if first.block == second.block and not tokens_of(between) and _order_counts(first, second):
             swapped = _text_of(code, second) + between + _text_of(code, first)
             found.append(Change("order", first.start, second.end, swapped))
     for statement in statements:

@@ -99,6 +99,23 @@ class Statement:
                 names -= 1
         return False
 
+    def calls(self) -> bool:
+        return any(token.text == "(" for token in self.tokens)
+
+    def names(self) -> list[str]:
+        return [token.text for token in self.tokens if token.kind == "name"]
+
+    def written(self) -> list[str]:
+        """The last name before the sign of an assignment, or the variable of a plain declaration or
+        step: it may be a member."""
+        written: list[str] = []
+        for token in self.tokens:
+            if token.text in ("=", "+=", "-=", "{"):
+                break
+            if token.kind == "name":
+                written = [token.text]
+        return written
+
 
 def statements_of(code: str) -> list[Statement]:
     """The simple statements of all functions, in their order."""
