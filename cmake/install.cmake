@@ -26,6 +26,12 @@ if(NOT CONFD_DIR)
   install(FILES tools/gponval/completion.bash
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME gponval
           COMPONENT gponval)
+  install(FILES tools/gponval/completion.zsh
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions RENAME _gponval
+          COMPONENT gponval)
+  install(FILES tools/gponval/completion.fish
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d RENAME gponval.fish
+          COMPONENT gponval)
 endif()
 
 include(${CMAKE_CURRENT_LIST_DIR}/packages.cmake)

@@ -15,6 +15,7 @@ struct Command {
 };
 
 Command add_commit(CLI::App& gponval);
+Command add_complete(CLI::App& gponval);
 Command add_diff(CLI::App& gponval);
 Command add_request(CLI::App& gponval);
 Command add_points(CLI::App& gponval);

@@ -39,9 +39,40 @@ _gponval_offer_files() {
   mapfile -t COMPREPLY < <(compgen -f -- "$1")
 }
 
+# The file that --running names on the command line.
+_gponval_running() {
+  local at
+  for ((at = 1; at < COMP_CWORD; ++at)); do
+    [[ ${COMP_WORDS[at]} == --running ]] || continue
+    [[ ${COMP_WORDS[at + 1]} != = ]] || ((++at))
+    local file=${COMP_WORDS[at + 1]//[\'\"\\]/}
+    [[ ! -f ${file/#\~/$HOME} ]] || echo "${file/#\~/$HOME}"
+    return
+  done
+}
+
+# _gponval_offer_paths TEXT [OPTION]: names of the model, and entries of the running configuration.
+_gponval_offer_paths() {
+  local typed=$1 quote="" running
+  shift
+  case $typed in
+    [\'\"]*) quote=${typed:0:1} typed=${typed:1} ;;
+    *) typed=${typed//\\/} ;;
+  esac
+  running=$(_gponval_running)
+  compopt -o nospace
+  mapfile -t COMPREPLY < <("${COMP_WORDS[0]}" complete-path "$@" \
+    ${running:+--running "$running"} -- "$typed" 2>/dev/null)
+  [[ -n $quote ]] || COMPREPLY=("${COMPREPLY[@]// /\\ }")
+  # After a single match bash would close the quotes, but most paths go on.
+  ((${#COMPREPLY[@]} != 1)) || COMPREPLY+=("${COMPREPLY[0]}...")
+}
+
 _gponval_offer_value() {
   case $1 in
     --running | --change | --candidate | --card | --plugin | --save) _gponval_offer_files "$2" ;;
+    --set | --create | --replace) _gponval_offer_paths "$2" --values ;;
+    --delete | --remove) _gponval_offer_paths "$2" ;;
     --only) _gponval_offer_list "$2" ;;
     --confirm) _gponval_offer "yes no ask" "$2" ;;
     --trace) _gponval_offer "off flow entry detail" "$2" ;;
@@ -64,6 +95,10 @@ _gponval() {
     _gponval_offer_value "$previous" "$current"
   elif [[ $previous == request && $current != -* ]] && ((COMP_CWORD == 2)); then
     _gponval_offer "$(_gponval_requests)" "$current"
+  elif [[ $command == request && $current != -* ]] && ((COMP_CWORD == 3)); then
+    _gponval_offer_paths "$current"
+  elif [[ $previous == /* ]]; then
+    : # a value after a path
   else
     _gponval_offer "$(_gponval_options "$command")" "$current"
   fi

@@ -24,7 +24,8 @@ std::vector<std::string> option_names(const CLI::App& command) {
 std::vector<std::string> command_names(const CLI::App& gponval) {
   std::vector<std::string> names;
   for (const CLI::App* command : gponval.get_subcommands([](const CLI::App*) { return true; })) {
-    names.push_back(command->get_name());
+    const bool is_hidden = command->get_group().empty();
+    if (!is_hidden) names.push_back(command->get_name());
   }
   return names;
 }

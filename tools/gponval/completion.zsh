@@ -1,0 +1,67 @@
+#compdef gponval
+# Completes the options and requests of gponval in zsh.
+
+_gponval_requests() {
+  local -a requests
+  requests=(${(u)${(f)"$(gponval points 2>/dev/null | awk '{ print $1 }')"}})
+  compadd "$@" -a requests
+}
+
+_gponval() {
+  local -a configuration validation
+  configuration=(
+    '--running[the committed configuration]:file:_files'
+    '*--change[an edit of it]:file:_files'
+    '*--set[set a node]:path: '
+    '*--create[create a node]:path: '
+    '*--replace[replace a node]:path: '
+    '*--delete[delete a node]:path: '
+    '*--remove[remove a node]:path: '
+    '--candidate[the whole new configuration]:file:_files'
+    '--input-format[how inputs without a known ending are read]:format:(xml json)'
+    '--format[how the answer is printed]:format:(text json)'
+    '(-h --help)'{-h,--help}'[print the help]'
+  )
+  validation=(
+    '--card[what the card can do]:file:_files'
+    '--plugin[the validation plug-in]:file:_files'
+    '--confirm[the answer to warnings]:answer:(yes no ask)'
+    '--trace[write the trace]:level:(off flow entry detail)'
+    '--stats[print the number of platform calls]'
+  )
+  if ((CURRENT == 2)); then
+    compadd commit diff request points generate --help --version
+    return
+  fi
+  local command=$words[2]
+  shift words
+  ((CURRENT--))
+  case $command in
+    commit)
+      _arguments $configuration $validation \
+        '*--only[call these validators only]:request:_gponval_requests' \
+        '--all[go on after an error]' \
+        '--changes[print what the commit changes]' \
+        '--save[write the new configuration here]:file:_files'
+      ;;
+    diff) _arguments $configuration ;;
+    request)
+      _arguments $configuration $validation '--value[the new value of the leaf]:value: ' \
+        '1:request:_gponval_requests' '2:path: '
+      ;;
+    points)
+      _arguments '--plugin[the validation plug-in]:file:_files' \
+        '--format[how the list is printed]:format:(text json)' \
+        '(-h --help)'{-h,--help}'[print the help]'
+      ;;
+    generate)
+      _arguments '--links:number: ' '--xgs-links:number: ' '--onus:number: ' \
+        '--service-ports:number: ' '--bandwidth-profiles:number: ' '--line-profiles:number: ' \
+        '--gems:number: ' '--service-profiles:number: ' '--rg-profiles:number: ' \
+        '--tr069-profiles:number: ' '--sip-profiles:number: ' '--media-profiles:number: ' \
+        '(-h --help)'{-h,--help}'[print the help]'
+      ;;
+  esac
+}
+
+_gponval "$@"
