@@ -59,6 +59,9 @@ struct SchemaNode {
   std::size_t position = 0;                 ///< position among all nodes, in the order of the model
   std::vector<ValidationPoint> points;
   ChildRules rules;
+  /// What libyang has as the hash of each instance, once there was one; for containers and leaves,
+  /// where it does not depend on the instance.
+  mutable std::uint32_t hash = 0;
 
   /// The child of that name, or null.
   [[nodiscard]] const SchemaNode* child(std::string_view child_name) const;

@@ -10,6 +10,7 @@
 #include "standalone/store/defaults.h"
 #include "standalone/store/input_text.h"
 #include "standalone/store/libyang_compat.h"
+#include "standalone/store/node_maker.h"
 #include "standalone/store/validity.h"
 #include "standalone/store/value_help.h"
 
@@ -190,7 +191,7 @@ void TreeBuilder::enter_inner(const SchemaNode& node) {
   if (frame.node != nullptr) {
     frame.again = true;
   } else {
-    lyd_new_inner(parent, node.lysc->module, node.name.c_str(), 0, &frame.node);
+    frame.node = make_container(parent, node);
   }
 }
 
@@ -421,7 +422,7 @@ lyd_node* TreeBuilder::create_value(Frame& parent, const SchemaNode& leaf,
   const bool clear = leaf.value == ValueKind::kEncrypted &&
                      std::string_view(value).substr(0, kClearText.size()) == kClearText;
   const std::string stored = clear ? encrypt_string(value.substr(kClearText.size())) : value;
-  lyd_node* node = new_term(parent.node, leaf.lysc, stored.c_str(), is_canonical(leaf, value));
+  lyd_node* node = make_term(parent.node, leaf, stored, is_canonical(leaf, value));
   if (node == nullptr) refuse_value(leaf, value);
   check_form(leaf, value_kind(node));
   if (leaf.kind != NodeKind::kLeafList) return node;

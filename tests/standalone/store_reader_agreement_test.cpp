@@ -44,19 +44,50 @@ void bring_all_defaults(lyd_node* tree) {
   lyd_new_implicit_tree(tree, LYD_IMPLICIT_NO_STATE, nullptr);
 }
 
+// libyang's own tree of the text; null if it refuses the text.
+TreeOwner tree_of_libyang(const Schema& schema, const std::string& text, Format format) {
+  lyd_node* tree = nullptr;
+  lyd_parse_data_mem(schema.context(), text.c_str(), format == Format::kJson ? LYD_JSON : LYD_XML,
+                     LYD_PARSE_STRICT, LYD_VALIDATE_PRESENT, &tree);
+  return {tree, lyd_free_all};
+}
+
 // The tree that libyang reads from the text, sorted; empty if it refuses the text.
 std::string read_by_libyang(const Schema& schema, const std::string& text, Format format) {
-  lyd_node* tree = nullptr;
-  const LY_ERR result = lyd_parse_data_mem(schema.context(), text.c_str(),
-                                           format == Format::kJson ? LYD_JSON : LYD_XML,
-                                           LYD_PARSE_STRICT, LYD_VALIDATE_PRESENT, &tree);
-  std::string read;
-  if (result == LY_SUCCESS && tree != nullptr) {
-    bring_all_defaults(tree);
-    read = printed(tree, Format::kXml);
+  const TreeOwner tree = tree_of_libyang(schema, text, format);
+  if (tree == nullptr) return "";
+  bring_all_defaults(tree.get());
+  return printed(tree.get(), Format::kXml);
+}
+
+// The siblings and all below: the members of their nodes that libyang relies on, and that it finds
+// each of them. Counts them.
+std::size_t expect_same_nodes(const lyd_node* here, const lyd_node* there) {
+  std::size_t count = 0;
+  const lyd_node* first = here;
+  const lyd_node* before = nullptr;
+  for (; here != nullptr && there != nullptr; here = here->next, there = there->next) {
+    ++count;
+    EXPECT_EQ(here->schema, there->schema);
+    EXPECT_EQ(here->hash, there->hash) << here->schema->name;
+    EXPECT_EQ(here->flags & LYD_DEFAULT, there->flags & LYD_DEFAULT) << here->schema->name;
+    EXPECT_EQ(here->parent, first->parent);
+    if (here != first) {
+      EXPECT_EQ(here->prev, before);
+    }
+    EXPECT_EQ(lyd_compare_single(here, there, 0), LY_SUCCESS) << here->schema->name;
+    lyd_node* found = nullptr;
+    EXPECT_EQ(lyd_find_sibling_first(first, there, &found), LY_SUCCESS) << here->schema->name;
+    EXPECT_EQ(found, here);
+    count += expect_same_nodes(lyd_child(here), lyd_child(there));
+    before = here;
   }
-  lyd_free_all(tree);
-  return read;
+  EXPECT_EQ(here, nullptr);
+  EXPECT_EQ(there, nullptr);
+  if (first != nullptr) {
+    EXPECT_EQ(first->prev, before);
+  }
+  return count;
 }
 
 std::string read_here(const Schema& schema, const std::string& text, Format format) {
@@ -109,6 +140,9 @@ TEST(ReaderAgreement, OnTheTownAndOnAGeneratedCard) {
       const std::string here = read_here(schema, stored, format);
       EXPECT_FALSE(here.empty());
       EXPECT_EQ(here, read_by_libyang(schema, stored, format));
+      const ReadConfiguration read = read_configuration(schema, stored, format);
+      const TreeOwner there = tree_of_libyang(schema, stored, format);
+      EXPECT_GT(expect_same_nodes(read.root.get(), there.get()), 500U);
     }
   }
 }
