@@ -7,17 +7,17 @@ namespace {
 
 constexpr std::uint32_t kFirstBeyondAscii = 0x80;
 
+}  // namespace
+
 std::uint32_t byte_at(std::string_view text, std::size_t at) {
   return static_cast<unsigned char>(text[at]);
 }
 
-bool continues(std::string_view text, std::size_t at) {
+bool continues_letter(std::string_view text, std::size_t at) {
   constexpr std::uint32_t kMask = 0xC0;
   constexpr std::uint32_t kContinuation = 0x80;
   return at < text.size() && (byte_at(text, at) & kMask) == kContinuation;
 }
-
-}  // namespace
 
 std::optional<Letter> letter_at(std::string_view text, std::size_t at) {
   struct Form {
@@ -34,7 +34,7 @@ std::optional<Letter> letter_at(std::string_view text, std::size_t at) {
     if ((lead & form.lead_mask) != form.lead) continue;
     std::uint32_t code = lead & ~form.lead_mask;
     for (std::size_t i = 1; i < form.length; ++i) {
-      if (!continues(text, at + i)) return std::nullopt;
+      if (!continues_letter(text, at + i)) return std::nullopt;
       code = code << kPayloadBits | (byte_at(text, at + i) & kPayload);
     }
     const bool surrogate = code >= 0xD800 && code <= 0xDFFF;

@@ -16,11 +16,11 @@ namespace tarnd::store {
 /// must exist.
 enum class Operation : std::uint8_t { kMerge, kReplace, kCreate, kDelete, kRemove, kNone };
 
-/// The places at which entries, and other nodes with an operation, begin in the text: lines, or
-/// offsets while the text is read. Searched only for an error message.
+/// The lines in which entries, and other nodes with an operation, begin or end. Searched only for
+/// an error message.
 using LinesOfNodes = std::vector<std::pair<const lyd_node*, std::size_t>>;
 
-/// The place of the node, or of its nearest ancestor that has one.
+/// The line of the node, or of its nearest ancestor that has one.
 std::optional<std::size_t> place_of(const LinesOfNodes& lines, const lyd_node* node);
 
 /// A leaf to be deleted. It needs no value, so the edit's tree has no node for it.

@@ -174,11 +174,18 @@ Datastore::~Datastore() {
   lyd_free_all(root_);
 }
 
+void Datastore::load(TextSource& text, Format format) {
+  take(read_configuration(schema_, text, format));
+}
+
 void Datastore::load(const std::string& text, Format format) {
-  ReadConfiguration loaded = read_configuration(schema_, text, format);
+  take(read_configuration(schema_, text, format));
+}
+
+void Datastore::take(ReadConfiguration read) {
   keeper_->free(root_);
-  root_ = loaded.root.release();
-  keeper_->unordered_lists.merge(loaded.unordered);
+  root_ = read.root.release();
+  keeper_->unordered_lists.merge(read.unordered);
 }
 
 // Members like the reads that use the indexes, so that callers need not know which ones do.

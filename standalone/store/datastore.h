@@ -25,6 +25,7 @@ class Datastore {
 
   /// Replaces everything by the configuration in the text. Throws InputError; the old configuration
   /// then stays.
+  void load(TextSource& text, Format format);
   void load(const std::string& text, Format format);
 
   [[nodiscard]] const Schema& schema() const { return schema_; }
@@ -54,6 +55,8 @@ class Datastore {
 
  private:
   friend class Transaction;
+
+  void take(ReadConfiguration read);
 
   const Schema& schema_;
   lyd_node* root_ = nullptr;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 #include "standalone/input_error.h"
 #include "standalone/utf8.h"
@@ -14,17 +15,9 @@ namespace tarnd::store {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kWhiteSpace = " \t\r\n";
+constexpr std::size_t kLongestLetter = 4;
 constexpr std::size_t kLongestQuote = 60;
-
-std::uint32_t byte_at(std::string_view text, std::size_t at) {
-  return static_cast<unsigned char>(text[at]);
-}
-
-bool continues(std::string_view text, std::size_t at) {
-  constexpr std::uint32_t kMask = 0xC0;
-  constexpr std::uint32_t kContinuation = 0x80;
-  return at < text.size() && (byte_at(text, at) & kMask) == kContinuation;
-}
 
 bool is_ascii(std::string_view text, std::size_t at) {
   return byte_at(text, at) < 0x80;
@@ -66,55 +59,96 @@ void refuse_utf16(std::string_view text) {
   if (marked) throw InputError("the text is UTF-16 or UTF-32; UTF-8 is needed", 1);
 }
 
+std::string_view without_mark(std::string_view text) {
+  refuse_utf16(text);
+  if (text.substr(0, kByteOrderMark.size()) != kByteOrderMark) return text;
+  text.remove_prefix(kByteOrderMark.size());
+  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+    throw InputError("a second byte order mark", 1);
+  }
+  return text;
+}
+
+std::string no_letter(std::string_view bytes) {
+  return "the text is not UTF-8: the byte " + hex(byte_at(bytes, 0)) + " begins no letter";
+}
+
+// True for the first bytes of a letter of which more could follow.
+bool begins_a_letter(std::string_view bytes) {
+  if (bytes.size() >= kLongestLetter) return false;
+  // The least and the greatest byte that continues a letter. Which of them can follow depends on
+  // the first byte.
+  for (const char next : {'\x80', '\xBF'}) {
+    std::string completed(bytes);
+    completed.resize(kLongestLetter, next);
+    const std::optional<Letter> letter = letter_at(completed, 0);
+    if (letter.has_value() && letter->length > bytes.size()) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::size_t line_at(std::string_view text, std::size_t offset) {
-  const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(offset, text.size()));
-  return 1 + static_cast<std::size_t>(std::count(text.begin(), end, '\n'));
+  const std::string_view before = text.substr(0, offset);
+  std::size_t line = 1;
+  for (std::size_t at = before.find('\n'); at != std::string_view::npos;
+       at = before.find('\n', at + 1)) {
+    ++line;
+  }
+  return line;
 }
 
-LineTable::LineTable(std::string_view text) {
-  for (std::size_t at = text.find('\n'); at != std::string_view::npos;
-       at = text.find('\n', at + 1)) {
-    ends_.push_back(at);
-  }
+void TextCheck::refuse(std::string_view before, const std::string& what) const {
+  throw InputError(what, lines_ + line_at(before, before.size()));
 }
 
-std::size_t LineTable::line_of(std::size_t offset) const {
-  return 1 + static_cast<std::size_t>(std::lower_bound(ends_.begin(), ends_.end(), offset) -
-                                      ends_.begin());
+// Where the letter ends that the piece before this one began.
+std::size_t TextCheck::end_of_cut_letter(std::string_view piece) {
+  if (cut_.empty()) return 0;
+  const std::size_t begun = cut_.size();
+  cut_ += piece.substr(0, kLongestLetter - begun);
+  const std::optional<Letter> letter = letter_at(cut_, 0);
+  if (!letter.has_value()) refuse({}, no_letter(cut_));
+  cut_.clear();
+  return letter->length - begun;
 }
 
-std::string_view checked_text(const std::string& text) {
-  std::string_view rest = text;
-  refuse_utf16(rest);
-  if (rest.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-    rest.remove_prefix(kByteOrderMark.size());
-  }
-  if (rest.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-    throw InputError("a second byte order mark", 1);
-  }
-  if (rest.find_first_not_of(" \t\r\n") == std::string_view::npos) {
-    throw InputError("there is nothing in it");
-  }
-  std::size_t at = 0;
-  while (at < rest.size()) {
-    at = end_of_plain_ascii(rest, at);
-    if (at == rest.size()) break;
-    if (is_ascii(rest, at)) {
-      if (rest[at] == '\0') throw InputError("holds a NUL byte", line_at(rest, at));
+std::string_view TextCheck::take(std::string_view piece) {
+  if (!std::exchange(begun_, true)) piece = without_mark(piece);
+  blank_ = blank_ && piece.find_first_not_of(kWhiteSpace) == std::string_view::npos;
+  std::size_t at = end_of_cut_letter(piece);
+  while (at < piece.size()) {
+    at = end_of_plain_ascii(piece, at);
+    if (at == piece.size()) break;
+    if (is_ascii(piece, at)) {
+      if (piece[at] == '\0') refuse(piece.substr(0, at), "holds a NUL byte");
       ++at;
       continue;
     }
-    const std::optional<Letter> letter = letter_at(rest, at);
+    const std::optional<Letter> letter = letter_at(piece, at);
     if (!letter.has_value()) {
-      throw InputError(
-          "the text is not UTF-8: the byte " + hex(byte_at(rest, at)) + " begins no letter",
-          line_at(rest, at));
+      const std::string_view rest = piece.substr(at);
+      if (!begins_a_letter(rest)) refuse(piece.substr(0, at), no_letter(rest));
+      cut_ = rest;
+      break;
     }
     at += letter->length;
   }
-  return rest;
+  lines_ += line_at(piece, piece.size()) - 1;
+  return piece;
+}
+
+void TextCheck::finish() const {
+  if (blank_) throw InputError("there is nothing in it");
+  if (!cut_.empty()) refuse({}, no_letter(cut_));
+}
+
+std::string_view checked_text(std::string_view text) {
+  TextCheck check;
+  const std::string_view checked = check.take(text);
+  check.finish();
+  return checked;
 }
 
 bool is_yang_text(std::string_view text) {
@@ -135,7 +169,7 @@ bool is_yang_text(std::string_view text) {
 std::string excerpt(std::string_view text) {
   if (text.size() <= kLongestQuote) return "'" + std::string(text) + "'";
   std::size_t end = kLongestQuote;
-  while (end > 0 && continues(text, end)) --end;
+  while (end > 0 && continues_letter(text, end)) --end;
   return "'" + std::string(text.substr(0, end)) + "...'";
 }
 

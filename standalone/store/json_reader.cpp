@@ -21,15 +21,23 @@ constexpr std::size_t kDeepest = 200;
 // How far the parser has read. It reports what it read, but not where.
 class ReadPosition : public Locator {
  public:
-  explicit ReadPosition(std::string_view text) : Locator(text), read(text.data()) {}
+  explicit ReadPosition(std::string_view text) : read(text.data()), counted_(text.data()) {}
 
-  // The last letter read may be a line's end after the number that is reported.
-  [[nodiscard]] std::size_t offset() const override {
-    const auto count = static_cast<std::size_t>(read - text().data());
-    return count > 0 ? count - 1 : 0;
+  [[nodiscard]] std::size_t line() const override {
+    // The last letter read may be a line's end after the number that is reported.
+    const char* end = read > counted_ ? read - 1 : counted_;
+    const std::string_view uncounted(counted_, static_cast<std::size_t>(end - counted_));
+    line_ += line_at(uncounted, uncounted.size()) - 1;
+    counted_ = end;
+    return line_;
   }
 
   const char* read;
+
+ private:
+  // Lines are counted when somebody wants to know one, each once.
+  mutable const char* counted_;
+  mutable std::size_t line_ = 1;
 };
 
 // Passes the text to the parser letter by letter and keeps the position.

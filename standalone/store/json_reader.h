@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "standalone/store/reader.h"
-#include "standalone/store/tree_builder.h"
 
 namespace tarnd::store {
 

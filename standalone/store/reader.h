@@ -7,6 +7,7 @@
 
 #include "standalone/store/change_notes.h"
 #include "standalone/store/schema.h"
+#include "standalone/store/text_source.h"
 
 namespace tarnd::store {
 
@@ -31,6 +32,7 @@ struct ReadChange {
 
 /// Reads a configuration: the model's top-level node, alone or inside NETCONF's `data`. The tree is
 /// valid, defaults are in effect, encrypted leaves encrypted. Throws InputError with the line.
+ReadConfiguration read_configuration(const Schema& schema, TextSource& text, Format format);
 ReadConfiguration read_configuration(const Schema& schema, const std::string& text, Format format);
 
 /// Reads an edit: the model's top-level node, alone or inside NETCONF's `config`, `edit-config` or

@@ -96,17 +96,17 @@ TreeBuilder::TreeBuilder(const Schema& schema, TreeUse use, const Locator& locat
   frames_.reserve(kDeepest);
 }
 
-std::size_t TreeBuilder::offset() const {
-  return replayed_offset_.value_or(locator_.offset());
+std::size_t TreeBuilder::line() const {
+  return replayed_line_.has_value() ? *replayed_line_ : locator_.line();
 }
 
 void TreeBuilder::fail(const std::string& what) const {
-  fail_at(offset(), what);
+  fail_at(line(), what);
 }
 
-void TreeBuilder::fail_at(std::size_t offset, const std::string& what) const {
+void TreeBuilder::fail_at(std::size_t line, const std::string& what) const {
   const std::string place = path();
-  throw InputError(place.empty() ? what : place + ": " + what, line_at(locator_.text(), offset));
+  throw InputError(place.empty() ? what : place + ": " + what, line);
 }
 
 std::string TreeBuilder::path() const {
@@ -145,7 +145,7 @@ TreeBuilder::Frame& TreeBuilder::push(const SchemaNode& schema) {
   frame.operation.reset();
   frame.early_open = nullptr;
   if (is_leaf(schema)) return frame;
-  frame.offset = 0;
+  frame.line = 0;
   frame.keys.resize(schema.num_keys);
   frame.known_keys = 0;
   frame.next_rank = 0;
@@ -165,7 +165,7 @@ void TreeBuilder::enter_root() {
   root_.reset(node);
   Frame& frame = push(schema);
   frame.node = node;
-  frame.offset = offset();
+  frame.line = line();
 }
 
 void TreeBuilder::enter(const SchemaNode& node) {
@@ -183,7 +183,7 @@ void TreeBuilder::enter(const SchemaNode& node) {
 void TreeBuilder::enter_inner(const SchemaNode& node) {
   lyd_node* parent = top().node;
   Frame& frame = push(node);
-  frame.offset = offset();
+  frame.line = line();
   if (node.kind == NodeKind::kList) return;  // made when its keys are known
   if (use_ == TreeUse::kChange) {
     lyd_find_sibling_val(lyd_child(parent), node.lysc, nullptr, 0, &frame.node);
@@ -243,7 +243,7 @@ void TreeBuilder::operation_of(const SchemaNode& leaf, std::size_t index, Operat
     return record({Event::Kind::kOperationOf, &leaf, {}, {}, operation, index, 0});
   }
   if (leaf.is_key()) fail("the key '" + leaf.name + "' has no operation; the entry has");
-  top().child_operations.push_back({&leaf, index, operation, offset()});
+  top().child_operations.push_back({&leaf, index, operation, line()});
 }
 
 void TreeBuilder::leave() {
@@ -271,14 +271,14 @@ void TreeBuilder::record(Event event) {
     const SchemaNode* parent = frame.early_open->parent;
     frame.early_open = parent != frame.schema ? parent : nullptr;
   }
-  event.offset = offset();
+  event.line = line();
   frame.early.push_back(std::move(event));
 }
 
 void TreeBuilder::replay(const std::vector<Event>& events) {
-  const std::optional<std::size_t> offset_before = replayed_offset_;
+  const std::optional<std::size_t> line_before = replayed_line_;
   for (const Event& event : events) {
-    replayed_offset_ = event.offset;
+    replayed_line_ = event.line;
     switch (event.kind) {
       case Event::Kind::kEnter:
         enter(*event.node);
@@ -300,7 +300,7 @@ void TreeBuilder::replay(const std::vector<Event>& events) {
         break;
     }
   }
-  replayed_offset_ = offset_before;
+  replayed_line_ = line_before;
 }
 
 std::size_t TreeBuilder::rank_of(const Frame& parent, const SchemaNode& child) {
@@ -408,10 +408,10 @@ void TreeBuilder::leave_leaf() {
         value.empty() || lyd_value_validate(schema_.context(), leaf.lysc, value.data(),
                                             value.size(), nullptr, nullptr, nullptr) == LY_SUCCESS;
     if (!valid) refuse_value(leaf, value);
-    note_removal(parent, {&leaf, *own == Operation::kDelete, offset()});
+    note_removal(parent, {&leaf, *own == Operation::kDelete, line()});
   } else {
     lyd_node* node = create_value(parent, leaf, value);
-    if (own.has_value()) note(parent, node, *own, offset());
+    if (own.has_value()) note(parent, node, *own, line());
   }
   --depth_;
 }
@@ -441,16 +441,16 @@ void TreeBuilder::leave_inner() {
   if (frame.node == nullptr) {
     for (std::size_t i = 0; i < frame.keys.size(); ++i) {
       if (frame.seen[i]) continue;
-      fail_at(frame.offset, "the entry has no key '" + frame.schema->children[i]->name + "'");
+      fail_at(frame.line, "the entry has no key '" + frame.schema->children[i]->name + "'");
     }
   }
   if (frame.again && (frame.operation.has_value() || notes_.operations.contains(frame.node))) {
-    fail_at(frame.offset, "is given twice, with an operation");
+    fail_at(frame.line, "is given twice, with an operation");
   }
   for (const ChildOperation& of : frame.child_operations) settle(frame, of);
   // A container is found through the entry around it.
   if (frame.schema->kind == NodeKind::kList || frame.operation.has_value()) {
-    notes_.lines.emplace_back(frame.node, frame.offset);
+    notes_.lines.emplace_back(frame.node, frame.line);
   }
   if (frame.operation.has_value()) notes_.operations.emplace(frame.node, *frame.operation);
   frame.noted = frame.noted || frame.operation.has_value();
@@ -459,11 +459,10 @@ void TreeBuilder::leave_inner() {
   if (depth_ > 0) top().noted = top().noted || frame.noted;
 }
 
-void TreeBuilder::note(Frame& parent, const lyd_node* node, Operation operation,
-                       std::size_t offset) {
+void TreeBuilder::note(Frame& parent, const lyd_node* node, Operation operation, std::size_t line) {
   notes_.operations.emplace(node, operation);
   notes_.noted.insert(node);
-  notes_.lines.emplace_back(node, offset);
+  notes_.lines.emplace_back(node, line);
   parent.noted = true;
 }
 
@@ -478,22 +477,22 @@ void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
   if (leaf.kind == NodeKind::kLeafList) {
     const std::vector<lyd_node*>& values = instances_of(frame, leaf).in_turn;
     if (of.index >= values.size()) {
-      fail_at(of.offset, "'@" + leaf.name + "' has more values than '" + leaf.name + "'");
+      fail_at(of.line, "'@" + leaf.name + "' has more values than '" + leaf.name + "'");
     }
-    return note(frame, values[of.index], of.operation, of.offset);
+    return note(frame, values[of.index], of.operation, of.line);
   }
   lyd_node* node = nullptr;
   lyd_find_sibling_val(lyd_child(frame.node), leaf.lysc, nullptr, 0, &node);
   if (goes(of.operation)) {
     const std::size_t rank = rank_of(frame, leaf);
     const bool before = frame.again && !frame.seen[rank] && was_given(frame.node, leaf);
-    if (before) fail_at(of.offset, "holds '" + leaf.name + "' twice");
+    if (before) fail_at(of.line, "holds '" + leaf.name + "' twice");
     lyd_free_tree(node);
-    note_removal(frame, {&leaf, of.operation == Operation::kDelete, of.offset});
+    note_removal(frame, {&leaf, of.operation == Operation::kDelete, of.line});
   } else if (node == nullptr) {
-    fail_at(of.offset, "'@" + leaf.name + "' needs a '" + leaf.name + "' beside it");
+    fail_at(of.line, "'@" + leaf.name + "' needs a '" + leaf.name + "' beside it");
   } else {
-    note(frame, node, of.operation, of.offset);
+    note(frame, node, of.operation, of.line);
   }
 }
 
@@ -507,19 +506,14 @@ ReadConfiguration TreeBuilder::take_configuration() {
   try {
     check_subtree(root_.get());
   } catch (const InvalidNode& error) {
-    const std::size_t place = place_of(notes_.lines, error.node()).value_or(0);
-    throw InputError(error.what(), line_at(locator_.text(), place));
+    throw InputError(error.what(), place_of(notes_.lines, error.node()).value_or(1));
   }
+  notes_ = {};  // the tree needs the memory
   bring_defaults(root_.get());
   return {std::move(root_), std::move(unordered_)};
 }
 
 ReadChange TreeBuilder::take_change() {
-  const LineTable lines(locator_.text());
-  for (auto& [node, place] : notes_.lines) place = lines.line_of(place);
-  for (auto& [parent, removals] : notes_.removals) {
-    for (LeafRemoval& removal : removals) removal.line = lines.line_of(removal.line);
-  }
   return {std::move(root_), std::move(notes_)};
 }
 

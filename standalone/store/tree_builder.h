@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "standalone/store/input_text.h"
 #include "standalone/store/reader.h"
 
 namespace tarnd::store {
@@ -15,20 +14,13 @@ namespace tarnd::store {
 /// Says where in the text the parser is.
 class Locator {
  public:
-  /// The text stays with the caller.
-  explicit Locator(std::string_view text) : text_(text) {}
+  Locator() = default;
   Locator(const Locator&) = delete;
   Locator& operator=(const Locator&) = delete;
   virtual ~Locator() = default;
 
-  /// Where what the parser reports now begins, or where it ends.
-  [[nodiscard]] virtual std::size_t offset() const = 0;
-  /// Lines are counted only when somebody wants to know one.
-  [[nodiscard]] std::size_t line() const { return line_at(text_, offset()); }
-  [[nodiscard]] std::string_view text() const { return text_; }
-
- private:
-  std::string_view text_;
+  /// The line in which what the parser reports now begins, or in which it ends.
+  [[nodiscard]] virtual std::size_t line() const = 0;
 };
 
 /// How a format wrote a value. XML has texts only; what they mean is the type's matter.
@@ -90,13 +82,13 @@ class TreeBuilder {
     ValueForm form = ValueForm::kXmlText;
     Operation operation = Operation::kMerge;
     std::size_t index = 0;
-    std::size_t offset = 0;
+    std::size_t line = 0;
   };
   struct ChildOperation {
     const SchemaNode* leaf = nullptr;
     std::size_t index = 0;
     Operation operation = Operation::kMerge;
-    std::size_t offset = 0;
+    std::size_t line = 0;
   };
   // The instances of one list or leaf-list that came so far.
   struct Instances {
@@ -108,7 +100,7 @@ class TreeBuilder {
   struct Frame {
     const SchemaNode* schema = nullptr;
     lyd_node* node = nullptr;  ///< null for a leaf, and for an entry without all its keys
-    std::size_t offset = 0;
+    std::size_t line = 0;
     std::vector<std::string> keys;  ///< of an entry, in the model's order
     std::size_t known_keys = 0;
     std::vector<bool> seen;  ///< children, by their rank in the model
@@ -126,9 +118,9 @@ class TreeBuilder {
   [[nodiscard]] const Frame& top() const { return frames_[depth_ - 1]; }
   Frame& around() { return frames_[depth_ - 2]; }
   Frame& push(const SchemaNode& schema);
-  [[nodiscard]] std::size_t offset() const;
+  [[nodiscard]] std::size_t line() const;
   [[nodiscard]] std::string path_of_frame(std::size_t depth) const;
-  [[noreturn]] void fail_at(std::size_t offset, const std::string& what) const;
+  [[noreturn]] void fail_at(std::size_t line, const std::string& what) const;
   [[noreturn]] void refuse_value(const SchemaNode& leaf, const std::string& value) const;
 
   [[nodiscard]] bool waits(const SchemaNode* entered) const;
@@ -147,7 +139,7 @@ class TreeBuilder {
   [[noreturn]] void refuse_keys(const Frame& entry);
   lyd_node* create_value(Frame& parent, const SchemaNode& leaf, const std::string& value);
   void check_form(const SchemaNode& leaf, ValueKind kind) const;
-  void note(Frame& parent, const lyd_node* node, Operation operation, std::size_t offset);
+  void note(Frame& parent, const lyd_node* node, Operation operation, std::size_t line);
   void note_removal(Frame& parent, const LeafRemoval& removal);
   void settle(Frame& frame, const ChildOperation& of);
 
@@ -158,7 +150,7 @@ class TreeBuilder {
   std::size_t depth_ = 0;
   std::string value_;  // of the open leaf
   ValueForm form_ = ValueForm::kXmlText;
-  std::optional<std::size_t> replayed_offset_;
+  std::optional<std::size_t> replayed_line_;
   TreeOwner root_;
   UnorderedLists unordered_;
   ChangeNotes notes_;

@@ -61,10 +61,8 @@ std::string text_of(XML_Error code) {
 
 class ExpatLocator : public Locator {
  public:
-  ExpatLocator(std::string_view text, XML_Parser parser) : Locator(text), parser_(parser) {}
-  [[nodiscard]] std::size_t offset() const override {
-    return static_cast<std::size_t>(std::max(XML_GetCurrentByteIndex(parser_), XML_Index{0}));
-  }
+  explicit ExpatLocator(XML_Parser parser) : parser_(parser) {}
+  [[nodiscard]] std::size_t line() const override { return XML_GetCurrentLineNumber(parser_); }
 
  private:
   XML_Parser parser_;
@@ -72,10 +70,10 @@ class ExpatLocator : public Locator {
 
 class XmlReader {
  public:
-  XmlReader(const Schema& schema, TreeUse use, std::string_view text)
+  XmlReader(const Schema& schema, TreeUse use)
       : schema_(schema),
         parser_(XML_ParserCreateNS("UTF-8", kSeparator), &XML_ParserFree),
-        locator_(text, parser_.get()),
+        locator_(parser_.get()),
         envelope_(schema, use, locator_),
         builder_(schema, use, locator_) {
     XML_Parser parser = parser_.get();
@@ -107,20 +105,15 @@ class XmlReader {
         });
   }
 
-  void read() {
-    // expat copies what it is given, so it is given little at a time.
-    constexpr std::size_t kMost = std::size_t{1} << 16;
-    std::string_view rest = locator_.text();
-    do {
-      const std::string_view piece = rest.substr(0, kMost);
-      rest.remove_prefix(piece.size());
-      const XML_Status status = XML_Parse(parser_.get(), piece.data(),
-                                          static_cast<int>(piece.size()), rest.empty() ? 1 : 0);
-      if (failure_ != nullptr) std::rethrow_exception(failure_);
-      if (status != XML_STATUS_OK) {
-        throw InputError(text_of(XML_GetErrorCode(parser_.get())), locator_.line());
-      }
-    } while (!rest.empty());
+  void read(TextSource& text) {
+    TextCheck check;
+    for (;;) {
+      const std::string_view piece = text.next();
+      if (piece.empty()) break;
+      parse(check.take(piece), false);
+    }
+    check.finish();
+    parse({}, true);
     envelope_.finish();
   }
 
@@ -128,6 +121,15 @@ class XmlReader {
   [[nodiscard]] const Envelope& envelope() const { return envelope_; }
 
  private:
+  void parse(std::string_view piece, bool last) {
+    const XML_Status status = XML_Parse(parser_.get(), piece.data(), static_cast<int>(piece.size()),
+                                        static_cast<int>(last));
+    if (failure_ != nullptr) std::rethrow_exception(failure_);
+    if (status != XML_STATUS_OK) {
+      throw InputError(text_of(XML_GetErrorCode(parser_.get())), locator_.line());
+    }
+  }
+
   static XmlReader& of(void* self) { return *static_cast<XmlReader*>(self); }
 
   // No exception may pass through expat's C code.
@@ -230,15 +232,15 @@ class XmlReader {
 
 }  // namespace
 
-ReadConfiguration read_xml_configuration(const Schema& schema, std::string_view text) {
-  XmlReader reader(schema, TreeUse::kConfiguration, text);
-  reader.read();
+ReadConfiguration read_xml_configuration(const Schema& schema, TextSource& text) {
+  XmlReader reader(schema, TreeUse::kConfiguration);
+  reader.read(text);
   return reader.builder().take_configuration();
 }
 
-ReadChange read_xml_change(const Schema& schema, std::string_view text) {
-  XmlReader reader(schema, TreeUse::kChange, text);
-  reader.read();
+ReadChange read_xml_change(const Schema& schema, TextSource& text) {
+  XmlReader reader(schema, TreeUse::kChange);
+  reader.read(text);
   ReadChange change = reader.builder().take_change();
   change.notes.default_operation = reader.envelope().default_operation();
   return change;

@@ -92,8 +92,11 @@ ExitStatus commit(const CommitArguments& arguments) {
   Host host(arguments.run, read_card(arguments.inputs));
   check_names(arguments.only, host.daemon().points());
 
-  std::string running = load_running(host.datastore(), arguments.inputs);
-  if (file.has_value()) file->set_running(std::move(running));
+  if (file.has_value()) {
+    file->set_running(load_and_keep_running(host.datastore(), arguments.inputs));
+  } else {
+    load_running(host.datastore(), arguments.inputs);
+  }
   tarnd::store::Transaction transaction(host.datastore());
   apply_changes(transaction, arguments.inputs);
   std::ostream& out = to_output ? std::cerr : std::cout;

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <utility>
 
 #include "standalone/input_error.h"
 #include "tools/gponval/usage_error.h"
@@ -19,7 +20,6 @@ namespace {
 namespace store = tarnd::store;
 
 constexpr std::string_view kStandardInput = "-";
-constexpr std::size_t kReadSize = std::size_t{1} << 16;
 
 // More than any card needs; a longer input, such as /dev/zero, is no configuration.
 constexpr std::size_t kMegabyte = 1000 * 1000;
@@ -34,29 +34,44 @@ std::string quoted(const std::string& name) {
   throw UsageError("cannot read " + quoted(name) + ": " + why);
 }
 
-std::string read_all(std::istream& in, const std::string& name, std::size_t most) {
-  std::string text;
-  std::array<char, kReadSize> buffer{};
-  errno = 0;
-  do {
-    in.read(buffer.data(), buffer.size());
-    text.append(buffer.data(), static_cast<std::size_t>(in.gcount()));
-    if (text.size() > most) {
-      cannot_read(name, "longer than " + std::to_string(most / kMegabyte) + " MB");
+// An input's text while it is read.
+class InputText : public store::TextSource {
+ public:
+  InputText(std::string name, std::size_t most) : name_(std::move(name)), most_(most) {
+    if (name_ == kStandardInput) return;
+    errno = 0;
+    file_.open(name_, std::ios::binary);
+    if (!file_) cannot_read(name_, std::strerror(errno));
+    std::error_code unknown;
+    if (std::filesystem::is_directory(name_, unknown)) cannot_read(name_, std::strerror(EISDIR));
+  }
+
+  std::string_view next() override {
+    std::istream& in = name_ == kStandardInput ? std::cin : file_;
+    errno = 0;
+    in.read(piece_.data(), piece_.size());
+    if (in.bad()) cannot_read(name_, std::strerror(errno));
+    const auto size = static_cast<std::size_t>(in.gcount());
+    size_ += size;
+    if (size_ > most_) {
+      cannot_read(name_, "longer than " + std::to_string(most_ / kMegabyte) + " MB");
     }
-  } while (in);
-  if (in.bad()) cannot_read(name, std::strerror(errno));
-  return text;
-}
+    return {piece_.data(), size};
+  }
+
+ private:
+  std::string name_;
+  std::size_t most_;
+  std::ifstream file_;
+  std::size_t size_ = 0;
+  std::array<char, kPieceSize> piece_{};
+};
 
 std::string read_input(const std::string& name, std::size_t most) {
-  if (name == kStandardInput) return read_all(std::cin, name, most);
-  errno = 0;
-  std::ifstream in(name, std::ios::binary);
-  if (!in) cannot_read(name, std::strerror(errno));
-  std::error_code unknown;
-  if (std::filesystem::is_directory(name, unknown)) cannot_read(name, std::strerror(EISDIR));
-  return read_all(in, name, most);
+  InputText input(name, most);
+  std::string text;
+  for (std::string_view piece = input.next(); !piece.empty(); piece = input.next()) text += piece;
+  return text;
 }
 
 // An error in an input, in the form that compilers use: "card.xml:12: ...".
@@ -161,7 +176,16 @@ tarnd::CardDescription read_card(const InputOptions& inputs) {
   }
 }
 
-std::string load_running(store::Datastore& datastore, const InputOptions& inputs) {
+void load_running(store::Datastore& datastore, const InputOptions& inputs) {
+  InputText text(inputs.running, kMostOfConfiguration);
+  try {
+    datastore.load(text, format_of(inputs.running, inputs));
+  } catch (const tarnd::InputError& error) {
+    refuse(inputs.running, error);
+  }
+}
+
+std::string load_and_keep_running(store::Datastore& datastore, const InputOptions& inputs) {
   return take_file(inputs.running, inputs, [&](const std::string& text, store::Format format) {
     datastore.load(text, format);
   });

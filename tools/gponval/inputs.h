@@ -23,8 +23,10 @@ void check_standard_input(const InputOptions& inputs, const RunOptions& run);
 /// The card of the card file, or the default card. Throws UsageError.
 tarnd::CardDescription read_card(const InputOptions& inputs);
 
-/// Reads the committed configuration into the datastore; returns its text. Throws UsageError.
-std::string load_running(tarnd::store::Datastore& datastore, const InputOptions& inputs);
+/// Reads the committed configuration into the datastore. Throws UsageError.
+void load_running(tarnd::store::Datastore& datastore, const InputOptions& inputs);
+/// The same; returns its text.
+std::string load_and_keep_running(tarnd::store::Datastore& datastore, const InputOptions& inputs);
 
 /// Applies the changes or the candidate and prepares the transaction. Throws UsageError, or
 /// tarnd::InputError if the result of several changes is invalid.
