@@ -4,6 +4,7 @@
 
 #include "standalone/store/datastore.h"
 #include "standalone/store/libyang_compat.h"
+#include "standalone/store/node_maker.h"
 #include "standalone/store/transaction.h"
 
 namespace tarnd::store {
@@ -77,18 +78,15 @@ bool is_empty_container(const lyd_node* node) {
 void add_leaf(lyd_node* parent, const lysc_node* leaf) {
   const lyd_value* value = reinterpret_cast<const lysc_node_leaf*>(leaf)->dflt;
   if (value == nullptr || exists(parent, leaf)) return;
-  lyd_node* node = nullptr;
-  lyd_new_term(parent, leaf->module, leaf->name, lyd_value_get_canonical(leaf->module->ctx, value),
-               0, &node);
+  lyd_node* node = make_term(parent, *static_cast<const SchemaNode*>(leaf->priv),
+                             lyd_value_get_canonical(leaf->module->ctx, value), false);
   if (node == nullptr) throw InputError(take_libyang_error(leaf->module->ctx));
   node->flags |= kDefault;
 }
 
 void add_container(lyd_node* parent, const lysc_node* container) {
   if ((container->flags & LYS_PRESENCE) != 0 || exists(parent, container)) return;
-  lyd_node* node = nullptr;
-  lyd_new_inner(parent, container->module, container->name, 0, &node);
-  bring_own_defaults(node);
+  bring_own_defaults(make_container(parent, *static_cast<const SchemaNode*>(container->priv)));
 }
 
 void add_missing(lyd_node* parent, const lysc_node* around) {

@@ -12,11 +12,11 @@ namespace tarnd::store {
 namespace {
 
 // libyang's functions look for the node of the model by its name, then for the place among the
-// siblings, and enter every fourth and later sibling into a hash table. A document in the model's
-// order needs none of that: its next node is the last of its siblings, and where there is no table
-// libyang looks at the siblings one by one. So the nodes are put together here, member by member,
-// as tree_data.h describes them. What is not that simple is left to libyang: entries and values of
-// leaf-lists, which may be many, and whatever comes out of order or below a node with a table.
+// siblings, and enter most siblings into a hash table. Containers and leaves are few below each
+// parent and mostly come in the model's order, so they need none of that: without a table libyang
+// looks at the siblings one by one. They are put together here, member by member, as tree_data.h
+// describes them. The rest is left to libyang: entries and values of leaf-lists, which may be many,
+// and all that comes to a parent that has a table.
 
 constexpr std::uint32_t kDefault = LYD_DEFAULT;
 
@@ -32,24 +32,36 @@ std::unique_ptr<Node, FreeMemory> cleared_memory() {
   return std::unique_ptr<Node, FreeMemory>(memory);
 }
 
-// True when the instance would be the last child, and no table needs to know of it.
+// True if the instance's hash is known, and no table needs to know the instance.
 bool is_simple(const lyd_node* parent, const SchemaNode& schema) {
-  const auto* inner = reinterpret_cast<const lyd_node_inner*>(parent);
-  if (schema.hash == 0 || inner->children_ht != nullptr) return false;
-  return inner->child == nullptr || schema_of(inner->child->prev).position <= schema.position;
+  return schema.hash != 0 &&
+         reinterpret_cast<const lyd_node_inner*>(parent)->children_ht == nullptr;
 }
 
-void append(lyd_node* parent, lyd_node* node) {
+// Inserts the node after its siblings that come before it, or at the same place, in the model.
+void insert(lyd_node* parent, lyd_node* node) {
   auto* inner = reinterpret_cast<lyd_node_inner*>(parent);
   node->parent = inner;
-  if (inner->child == nullptr) {
+  lyd_node* first = inner->child;
+  if (first == nullptr) {
     inner->child = node;
     node->prev = node;
     return;
   }
-  node->prev = inner->child->prev;
-  node->prev->next = node;
-  inner->child->prev = node;
+  const std::size_t position = schema_of(node).position;
+  lyd_node* next = nullptr;
+  lyd_node* before = first->prev;
+  while (before != nullptr && schema_of(before).position > position) {
+    next = before;
+    before = before != first ? before->prev : nullptr;
+  }
+  node->next = next;
+  // The first sibling's predecessor is the last one.
+  node->prev = before != nullptr ? before : first->prev;
+  lyd_node*& from_before = before != nullptr ? before->next : inner->child;
+  lyd_node*& from_next = next != nullptr ? next->prev : first->prev;
+  from_before = node;
+  from_next = node;
 }
 
 void fill(lyd_node& node, const SchemaNode& schema, std::uint32_t flags) {
@@ -94,7 +106,7 @@ lyd_node* make_container(lyd_node* parent, const SchemaNode& container) {
   lyd_node_inner* made = cleared_memory<lyd_node_inner>().release();
   const bool presence = container.kind == NodeKind::kPresence;
   fill(made->node, container, presence ? LYD_NEW : LYD_NEW | LYD_DEFAULT);
-  append(parent, &made->node);
+  insert(parent, &made->node);
   if (presence) unmark_defaults(parent);
   return &made->node;
 }
@@ -112,7 +124,7 @@ lyd_node* make_term(lyd_node* parent, const SchemaNode& leaf, const std::string&
   if (!store_value(leaf, value, canonical, memory->value)) return nullptr;
   lyd_node_term* made = memory.release();
   fill(made->node, leaf, LYD_NEW);
-  append(parent, &made->node);
+  insert(parent, &made->node);
   unmark_defaults(parent);
   return &made->node;
 }
