@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -375,6 +376,61 @@ TEST(Reader, NamesTheEntryThatAConfigurationLacksSomethingIn) {
       EXPECT_EQ(error.line(), row.line);
     }
   }
+}
+
+// An ONU whose description begins so many bytes before the end of the first piece.
+std::string described(const std::string& description, std::size_t bytes_before) {
+  const std::string head = kBase + ">\n<!--";
+  const std::string begin =
+      "-->\n<interface><gpon><chassis-id>1</chassis-id><slot-id>1</slot-id><port-id>1</port-id>"
+      "<onu><id>1</id><description>";
+  const std::size_t length = TextSource::kPieceSize - bytes_before - head.size() - begin.size();
+  return head + std::string(length, '.') + begin + description +
+         "</description></onu></gpon></interface>\n</config>";
+}
+
+TEST(Reader, TakesALetterThatLiesInTwoPieces) {
+  for (const std::string letter : {"e", "\u00e9", "\u20ac", "\U00010348"}) {
+    for (std::size_t before = 0; before <= letter.size(); ++before) {
+      const ReadConfiguration read =
+          read_configuration(test::model(), described(letter, before), Format::kXml);
+      char* text = nullptr;
+      lyd_print_mem(&text, read.root.get(), LYD_XML, 0);
+      EXPECT_NE(std::string(text).find("<description>" + letter + "<"), std::string::npos);
+      std::free(text);
+    }
+  }
+}
+
+TEST(Reader, NamesTheLineInALaterPiece) {
+  constexpr std::size_t kFar = 1000;  // into the second piece
+  const std::string far(kFar, '\n');
+  const std::vector<RefusedConfiguration> rows = {
+      {described("\xE2\x82", 0), 3, "the text is not UTF-8: the byte 0xe2 begins no letter"},
+      {described("\xE2\x82", 1), 3, "the text is not UTF-8: the byte 0xe2 begins no letter"},
+      {described("\xE2\x82", 2), 3, "the text is not UTF-8: the byte 0xe2 begins no letter"},
+      {described(far + "\xE9", 1), 3 + kFar,
+       "the text is not UTF-8: the byte 0xe9 begins no letter"},
+      {described("</description>" + far + "<id>2</id><description>", 1), 3 + kFar,
+       "/config/interface/gpon{1 1 1}/onu{1}: holds 'id' twice"},
+      {described("</description>" + far + "</onu><onu><description>", 1), 3 + kFar,
+       "/config/interface/gpon{1 1 1}/onu: the entry has no key 'id'"},
+      {described("</description>" + far + "</onus><description>", 1), 3 + kFar,
+       "not XML: an end tag does not match the element that is open"},
+  };
+  for (const RefusedConfiguration& row : rows) {
+    try {
+      read_configuration(test::model(), row.text, Format::kXml);
+      ADD_FAILURE() << "taken: " << row.message;
+    } catch (const InputError& error) {
+      EXPECT_EQ(error.what(), row.message);
+      EXPECT_EQ(error.line(), row.line);
+    }
+  }
+  const std::string ended = kBase + "/>";
+  const std::string text = ended + std::string(TextSource::kPieceSize - ended.size() - 1, '\n');
+  EXPECT_THROW(read_configuration(test::model(), text + "\xC3", Format::kXml), InputError);
+  EXPECT_NO_THROW(read_configuration(test::model(), text + "\n", Format::kXml));
 }
 
 // Each text is the same configuration, with service port 5 at 7 kbit/s upstream.
