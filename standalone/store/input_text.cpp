@@ -30,7 +30,7 @@ std::size_t end_of_plain_ascii(std::string_view text, std::size_t at) {
   for (; text.size() - at >= sizeof(std::uint64_t); at += sizeof(std::uint64_t)) {
     std::uint64_t word = 0;
     std::memcpy(&word, text.data() + at, sizeof word);
-    // Some byte has its highest bit, or gets it when one is taken away from a zero.
+    // True if a byte has its highest bit set, or is zero: subtracting one then sets it.
     if (((word | (word - kLowest)) & kHighest) != 0) break;
   }
   return at;
@@ -40,7 +40,7 @@ bool is_control(char c) {
   return static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\n' && c != '\r';
 }
 
-// Code points that Unicode keeps for no character at all.
+// Code points that Unicode assigns to no character.
 bool is_noncharacter(std::uint32_t code) {
   return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
 }
@@ -73,7 +73,7 @@ std::string no_letter(std::string_view bytes) {
   return "the text is not UTF-8: the byte " + hex(byte_at(bytes, 0)) + " begins no letter";
 }
 
-// True for the first bytes of a letter of which more could follow.
+// Whether these are the first bytes of a letter that may continue.
 bool begins_a_letter(std::string_view bytes) {
   if (bytes.size() >= kLongestLetter) return false;
   // The least and the greatest byte that continues a letter. Which of them can follow depends on
@@ -103,7 +103,7 @@ void TextCheck::refuse(std::string_view before, const std::string& what) const {
   throw InputError(what, lines_ + line_at(before, before.size()));
 }
 
-// Where the letter ends that the piece before this one began.
+// The end of the letter that the previous piece began.
 std::size_t TextCheck::end_of_cut_letter(std::string_view piece) {
   if (cut_.empty()) return 0;
   const std::size_t begun = cut_.size();

@@ -6,13 +6,13 @@
 
 namespace tarnd::store {
 
-/// Refuses what is no text at all while it comes, piece by piece. Throws InputError with the line.
+/// Checks a text piece by piece while it is read. Throws InputError with the line.
 class TextCheck {
  public:
   /// Checks that the next piece is UTF-8 without a NUL byte. Returns it, the first without a byte
   /// order mark.
   std::string_view take(std::string_view piece);
-  /// The text ends: it must not be empty, nor end within a letter.
+  /// The text ends: it must not be empty or end within a letter.
   void finish() const;
 
  private:
@@ -31,11 +31,11 @@ std::string_view checked_text(std::string_view text);
 /// The line of the byte at `offset`, counted from 1.
 std::size_t line_at(std::string_view text, std::size_t offset);
 
-/// False for text with a character that no YANG string holds, such as a control character.
-/// The text is UTF-8.
+/// Whether all characters are allowed in a YANG string; control characters, for example, are not.
+/// The text must be UTF-8.
 bool is_yang_text(std::string_view text);
 
-/// The text in single quotes, a long one cut, for a message.
+/// The text in single quotes, cut if it is long, for a message.
 std::string excerpt(std::string_view text);
 
 }  // namespace tarnd::store

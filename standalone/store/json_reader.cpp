@@ -18,13 +18,13 @@ constexpr std::string_view kOperationMetadata = "ietf-netconf:operation";
 constexpr char kMetadataMark = '@';
 constexpr std::size_t kDeepest = 200;
 
-// How far the parser has read. It reports what it read, but not where.
+// How far the parser has read. The parser reports values, but not their places.
 class ReadPosition : public Locator {
  public:
   explicit ReadPosition(std::string_view text) : read(text.data()), counted_(text.data()) {}
 
   [[nodiscard]] std::size_t line() const override {
-    // The last letter read may be a line's end after the number that is reported.
+    // The last letter that was read may be the line end after a reported number.
     const char* end = read > counted_ ? read - 1 : counted_;
     const std::string_view uncounted(counted_, static_cast<std::size_t>(end - counted_));
     line_ += line_at(uncounted, uncounted.size()) - 1;
@@ -35,12 +35,12 @@ class ReadPosition : public Locator {
   const char* read;
 
  private:
-  // Lines are counted when somebody wants to know one, each once.
+  // Lines are counted only when one is requested, each once.
   mutable const char* counted_;
   mutable std::size_t line_ = 1;
 };
 
-// Passes the text to the parser letter by letter and keeps the position.
+// Passes the text to the parser letter by letter and records the position.
 class TrackedLetter {
  public:
   // The names that the standard library wants.
@@ -248,7 +248,7 @@ class JsonReader {
     envelope_.fail(what);
   }
 
-  // The parser's own words without its number, its place and the bytes that it read last.
+  // The parser's message without its number, its place and the bytes that it read last.
   static std::string reason_of(const Json::exception& error) {
     constexpr int kNumberOverflow = 406;
     if (error.id == kNumberOverflow) return "a number has too many digits";
@@ -328,7 +328,7 @@ class JsonReader {
     levels_.push_back({Where::kNode, member_, 0, {}});
   }
 
-  // A name is "module:name", or the name alone where the module is that of the node around it.
+  // A name is "module:name", or the name alone if the module is that of the node around it.
   void enter_envelope(std::string_view name) {
     const std::size_t colon = name.find(':');
     if (colon == std::string_view::npos) {
@@ -398,8 +398,8 @@ class JsonReader {
   Envelope envelope_;
   TreeBuilder builder_;
   std::vector<Level> levels_;
-  // The member whose value comes next. Null for what surrounds the top-level node, and for metadata
-  // of the node around it.
+  // The member whose value is next. Null around the top-level node, and for metadata of the node
+  // around it.
   const SchemaNode* member_ = nullptr;
   bool is_metadata_ = false;
 };

@@ -133,7 +133,7 @@ class KeypathReader {
         if (!key.is_key())
           builder_.fail("'" + key.name + "' is no key; " + entry_form(list) + " is needed");
         std::string value = read_literal();
-        // The last key makes the entry, which is the place of what is wrong afterwards.
+        // The last key makes the entry; later errors are reported with its path.
         if (given == list.num_keys) refuse_number_of_keys(list, given + 1);
         add_key(key, value);
         ++given;

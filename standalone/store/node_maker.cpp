@@ -32,7 +32,7 @@ std::unique_ptr<Node, FreeMemory> cleared_memory() {
   return std::unique_ptr<Node, FreeMemory>(memory);
 }
 
-// True if the instance's hash is known, and no table needs to know the instance.
+// Whether the instance's hash is known, and no table has to contain the instance.
 bool is_simple(const lyd_node* parent, const SchemaNode& schema) {
   return schema.hash != 0 &&
          reinterpret_cast<const lyd_node_inner*>(parent)->children_ht == nullptr;
@@ -70,7 +70,7 @@ void fill(lyd_node& node, const SchemaNode& schema, std::uint32_t flags) {
   node.schema = schema.lysc;
 }
 
-// A container counts as a default until something is given in it.
+// A container counts as a default until it gets content.
 void unmark_defaults(lyd_node* node) {
   while (node != nullptr && (node->flags & kDefault) != 0) {
     node->flags &= ~kDefault;

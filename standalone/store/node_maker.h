@@ -6,14 +6,14 @@
 
 #include "standalone/store/schema.h"
 
-// Nodes of libyang's trees, the same that its own functions would make, at a fraction of the cost.
+// Makes nodes of libyang's trees, the same as its own functions would, at a fraction of the cost.
 namespace tarnd::store {
 
 /// Makes an empty container below the parent.
 lyd_node* make_container(lyd_node* parent, const SchemaNode& container);
 
-/// Makes a leaf, or a value of a leaf-list, below the parent; null when the model refuses the
-/// value. A canonical text is one that reads back as it was written.
+/// Makes a leaf, or a value of a leaf-list, below the parent; null if the value is invalid. A
+/// canonical text is one that reads back as it was written.
 lyd_node* make_term(lyd_node* parent, const SchemaNode& leaf, const std::string& value,
                     bool canonical);
 

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view kClearText = "$0$";
 constexpr std::string_view kWhiteSpace = " \t\r\n";
-// More than any model nests; what is deeper is no configuration.
+// Deeper than any model; a deeper text is no configuration.
 constexpr std::size_t kDeepest = 64;
 
 bool is_leaf(const SchemaNode& node) {
@@ -56,7 +56,7 @@ bool is_unsigned_kind(ValueKind kind) {
   return kind == ValueKind::kUint8 || kind == ValueKind::kUint16 || kind == ValueKind::kUint32;
 }
 
-// A number of digits alone, without a leading zero, reads back as it was written.
+// A number of digits without a leading zero reads back as it was written.
 bool is_canonical(const SchemaNode& leaf, std::string_view value) {
   if (!is_unsigned_kind(leaf.value) || value.empty()) return false;
   if (value.front() == '0' && value.size() > 1) return false;
@@ -92,7 +92,7 @@ std::vector<std::string_view> names_below(const SchemaNode& node) {
 
 TreeBuilder::TreeBuilder(const Schema& schema, TreeUse use, const Locator& locator)
     : schema_(schema), use_(use), locator_(locator), root_(nullptr, lyd_free_all) {
-  // None moves while another is made, so that a reference to an open one stays good.
+  // No node moves while another is added, so that a reference to an open one stays valid.
   frames_.reserve(kDeepest);
 }
 
@@ -255,8 +255,8 @@ void TreeBuilder::leave() {
   }
 }
 
-// An entry's node can be made only with its keys, which may come last: what comes before them
-// waits.
+// An entry's node can be made only with its keys, which may be last in the text: what is before
+// them is kept until then.
 bool TreeBuilder::waits(const SchemaNode* entered) const {
   const Frame& frame = top();
   if (frame.early_open != nullptr) return true;
@@ -312,8 +312,8 @@ std::size_t TreeBuilder::rank_of(const Frame& parent, const SchemaNode& child) {
   return rank;
 }
 
-// A change may come to a container or an entry several times, as when somebody puts changes
-// together; what it says of a leaf it says once.
+// A change may have a container or an entry several times, for example if changes were joined in
+// one file, but a leaf only once.
 void TreeBuilder::check_once(Frame& parent, const SchemaNode& node) const {
   const std::size_t rank = rank_of(parent, node);
   parent.next_rank = rank + 1;
@@ -341,7 +341,7 @@ TreeBuilder::Instances& TreeBuilder::instances_of(Frame& parent, const SchemaNod
   return parent.instances.emplace_back(Instances{&schema, nullptr, {}});
 }
 
-// The instance that came earlier with the same keys or value as this new one, or null.
+// The earlier instance with the same keys or value as this new one, or null.
 lyd_node* TreeBuilder::earlier_instance(Frame& parent, lyd_node* node) {
   const SchemaNode& schema = schema_of(node);
   Instances& of = instances_of(parent, schema);
@@ -357,7 +357,7 @@ lyd_node* TreeBuilder::earlier_instance(Frame& parent, lyd_node* node) {
   return earlier;
 }
 
-// Called when the last of the keys was read.
+// Called after the last of the keys was read.
 void TreeBuilder::create_entry(Frame& entry, lyd_node* parent) {
   bool canonical = true;
   for (std::size_t i = 0; i < entry.keys.size(); ++i) {
@@ -403,7 +403,7 @@ void TreeBuilder::leave_leaf() {
   const std::string& value = value_;
   Frame& parent = around();
   if (own.has_value() && goes(*own) && leaf.kind == NodeKind::kLeaf) {
-    // Which value it has does not matter, and none need be given.
+    // Its value does not matter, and may be missing.
     const bool valid =
         value.empty() || lyd_value_validate(schema_.context(), leaf.lysc, value.data(),
                                             value.size(), nullptr, nullptr, nullptr) == LY_SUCCESS;
@@ -448,7 +448,7 @@ void TreeBuilder::leave_inner() {
     fail_at(frame.line, "is given twice, with an operation");
   }
   for (const ChildOperation& of : frame.child_operations) settle(frame, of);
-  // A container is found through the entry around it.
+  // A container is identified by the entry around it.
   if (frame.schema->kind == NodeKind::kList || frame.operation.has_value()) {
     notes_.lines.emplace_back(frame.node, frame.line);
   }
@@ -471,7 +471,7 @@ void TreeBuilder::note_removal(Frame& parent, const LeafRemoval& removal) {
   parent.noted = true;
 }
 
-// Metadata of a leaf, or of a leaf-list's value, once the whole of its parent was read.
+// Metadata of a leaf, or of a leaf-list's value, after its whole parent was read.
 void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
   const SchemaNode& leaf = *of.leaf;
   if (leaf.kind == NodeKind::kLeafList) {

@@ -11,7 +11,7 @@
 
 namespace tarnd::store {
 
-/// Says where in the text the parser is.
+/// Reports the parser's place in the text.
 class Locator {
  public:
   Locator() = default;
@@ -19,44 +19,44 @@ class Locator {
   Locator& operator=(const Locator&) = delete;
   virtual ~Locator() = default;
 
-  /// The line in which what the parser reports now begins, or in which it ends.
+  /// The line in which the item that the parser reports at present begins, or ends.
   [[nodiscard]] virtual std::size_t line() const = 0;
 };
 
-/// How a format wrote a value. XML has texts only; what they mean is the type's matter.
+/// The form of a value in the text. XML has texts only; the type decides what they mean.
 enum class ValueForm : std::uint8_t { kXmlText, kString, kNumber, kBoolean, kEmpty };
 
 enum class TreeUse : std::uint8_t { kConfiguration, kChange };
 
-/// Makes the tree of a document, node by node as a parser comes to them, by the model. Everything
-/// throws InputError with the line and the path of the node that is wrong.
+/// Makes the tree of a document by the model, node by node as a parser reports them. Every function
+/// throws InputError with the line and the path of the wrong node.
 class TreeBuilder {
  public:
-  /// The schema and the locator stay with the caller.
+  /// The caller owns the schema and the locator.
   TreeBuilder(const Schema& schema, TreeUse use, const Locator& locator);
 
   /// Begins the top-level node.
   void enter_root();
-  /// The child of the open node with this name. Throws for a name that the model does not have.
+  /// The child of the open node with this name. Throws if the model does not have it.
   [[nodiscard]] const SchemaNode& child(std::string_view name) const;
   /// Begins a child of the open node: a container, an entry of a list, or a value of a leaf or a
   /// leaf-list.
   void enter(const SchemaNode& node);
   /// More of the open leaf's value; elsewhere only white space passes.
   void text(std::string_view piece);
-  /// How the open leaf's value was written; kXmlText when not said.
+  /// Sets the form of the open leaf's value; by default kXmlText.
   void form(ValueForm form);
-  /// The edit operation of that name. Throws for a name that NETCONF does not have.
+  /// The edit operation of that name. Throws if NETCONF does not have it.
   [[nodiscard]] Operation operation_named(std::string_view name) const;
-  /// The edit operation of the open node.
+  /// Sets the edit operation of the open node.
   void operation(Operation operation);
-  /// The operation of the open node's leaf, or of the value at `index` of its leaf-list, which may
-  /// come later.
+  /// Sets the operation of a leaf of the open node, or of the value at `index` of its leaf-list;
+  /// the leaf may follow later in the text.
   void operation_of(const SchemaNode& leaf, std::size_t index, Operation operation);
   /// Ends the open node.
   void leave();
 
-  /// The model's node that is open; null before and after the top-level one.
+  /// The model's node of the open node; null before and after the top-level one.
   [[nodiscard]] const SchemaNode* open_node() const {
     if (depth_ == 0) return nullptr;
     const Frame& frame = frames_[depth_ - 1];
@@ -68,12 +68,12 @@ class TreeBuilder {
   /// The path of the open node, with the keys that are known.
   [[nodiscard]] std::string path() const;
 
-  /// What was built, once the top-level node has ended.
+  /// The result, after the top-level node has ended.
   ReadConfiguration take_configuration();
   ReadChange take_change();
 
  private:
-  // What a parser reported of an entry before the entry's keys.
+  // What a parser reported in an entry before the entry's keys.
   struct Event {
     enum class Kind : std::uint8_t { kEnter, kText, kForm, kOperation, kOperationOf, kLeave };
     Kind kind = Kind::kEnter;
@@ -90,10 +90,10 @@ class TreeBuilder {
     Operation operation = Operation::kMerge;
     std::size_t line = 0;
   };
-  // The instances of one list or leaf-list that came so far.
+  // The instances of one list or leaf-list that were read so far.
   struct Instances {
     const SchemaNode* schema = nullptr;
-    lyd_node* last = nullptr;        ///< of those that came in order
+    lyd_node* last = nullptr;        ///< the last of those that are in order
     std::vector<lyd_node*> in_turn;  ///< in a change: values in the text's own order
   };
   // A node that is open.
@@ -106,9 +106,9 @@ class TreeBuilder {
     std::vector<bool> seen;  ///< children, by their rank in the model
     std::vector<Instances> instances;
     std::vector<ChildOperation> child_operations;
-    std::vector<Event> early;                ///< what came before the keys
+    std::vector<Event> early;                ///< what was read before the keys
     const SchemaNode* early_open = nullptr;  ///< the innermost open node of that
-    std::size_t next_rank = 0;               ///< where the next child is expected
+    std::size_t next_rank = 0;               ///< the place where the next child is expected
     std::optional<Operation> operation;
     bool noted = false;  ///< it or a node below has a note
     bool again = false;  ///< in a change: it was open before
@@ -146,7 +146,7 @@ class TreeBuilder {
   const Schema& schema_;
   const TreeUse use_;
   const Locator& locator_;
-  std::vector<Frame> frames_;  // those of nodes that have ended are kept for the next ones
+  std::vector<Frame> frames_;  // elements of nodes that have ended are reused
   std::size_t depth_ = 0;
   std::string value_;  // of the open leaf
   ValueForm form_ = ValueForm::kXmlText;

@@ -34,7 +34,7 @@ struct ErrorText {
   std::string_view text;
 };
 
-// In words of our own, since expat's differ from release to release.
+// Our own messages, since expat's differ from release to release.
 constexpr std::array kErrorTexts{
     ErrorText{XML_ERROR_SYNTAX, "text where an element or its end is needed"},
     ErrorText{XML_ERROR_NO_ELEMENTS, "the text ends before the elements that it begins"},
@@ -183,7 +183,7 @@ class XmlReader {
     builder_.operation(builder_.operation_named(value));
   }
 
-  // It would have no effect there, and the user should not believe that it has.
+  // It would have no effect there, and the user might expect one.
   void refuse_operation(std::string_view element, const char** attributes) const {
     for (; *attributes != nullptr; attributes += 2) {
       if (split(attributes[0]).local == kOperation) {
