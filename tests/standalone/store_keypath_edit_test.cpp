@@ -31,7 +31,9 @@ std::vector<std::string> candidates_for(const SchemaNode& leaf) {
   if (type->basetype != LY_TYPE_ENUM) return values;
   const auto* names = reinterpret_cast<const lysc_type_enum*>(type)->enums;
   LY_ARRAY_COUNT_TYPE i = 0;
-  LY_ARRAY_FOR(names, i) values.emplace_back(names[i].name);
+  LY_ARRAY_FOR(names, i) {
+    values.emplace_back(names[i].name);
+  }
   return values;
 }
 
