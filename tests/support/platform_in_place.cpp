@@ -81,7 +81,7 @@ int maapi_xpath_eval_expr(int sock, int thandle, const char* expr, char** res, v
 int maapi_get_next(struct maapi_cursor* mc) {
   static auto* const platform = of_platform<int(struct maapi_cursor*)>("maapi_get_next");
   const int result = platform(mc);
-  if (InPlace::entry && mc->n > 0) InPlace::entry(*mc);
+  if (InPlace::entry && (mc->n > 0 || result != CONFD_OK)) InPlace::entry(*mc);
   return result;
 }
 

@@ -34,7 +34,7 @@ struct InPlace {
   static std::optional<Xpath> xpath;
   /// The expression that was evaluated last.
   static std::string evaluated;
-  /// Changes the entry that a cursor has stepped to.
+  /// Changes the entry that a cursor has stepped to, or what a failed step leaves in the cursor.
   static std::function<void(maapi_cursor&)> entry;
   /// The result of the next decryptions, in addition to the clear text.
   static std::optional<int> decrypted;

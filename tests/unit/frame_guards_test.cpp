@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "validation_guards.h"
 #include "validation_texts.h"
 
@@ -68,6 +69,15 @@ TEST_F(Guards, ACursorThatCannotBeReadHasNoEntries) {
   valid::Cursor cut_short(sock(), tctx(), "/config/interface/gpon{1 1 1}/onu");
   EXPECT_TRUE(cut_short.next());
   EXPECT_FALSE(cut_short.next());
+}
+
+TEST_F(Guards, ACursorEndsAtAFailedStepThatLeavesKeys) {
+  const InPlace in_place;
+  InPlace::entry = [](maapi_cursor& cursor) { cursor.n = 1; };
+  fail_call(PlatformCall::maapi_get_next, 2);
+  valid::Cursor onus(sock(), tctx(), "/config/interface/gpon{1 1 1}/onu");
+  EXPECT_TRUE(onus.next());
+  EXPECT_FALSE(onus.next());
 }
 
 TEST_F(Guards, AQueryReturnsTheSelectedNodeOfEveryResult) {
