@@ -54,7 +54,7 @@ void put_in_order(const lyd_node* parent, std::span<lyd_node* const> ordered) {
     stands = stands->next;
   }
   for (lyd_node* node : ordered.subspan(right)) {
-    lyd_unlink_tree(node);
+    unlink_node(node);
     lyd_insert_child(const_cast<lyd_node*>(parent), node);
   }
 }
@@ -140,7 +140,7 @@ void TreeKeeper::unlink(lyd_node* node) {
     ListIndex* index = indexes.made(&node->parent->node, schema_of(node));
     if (index != nullptr) index->erase(node);
   }
-  lyd_unlink_tree(node);
+  unlink_node(node);
 }
 
 void TreeKeeper::free(lyd_node* node) {

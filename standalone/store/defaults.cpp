@@ -47,7 +47,7 @@ bool in_use(const lyd_node* parent, const lysc_node* one) {
 void drop_empty_containers(const lyd_node* parent, const lysc_node* one) {
   for_each_node(one, [&](const SchemaNode& schema) {
     lyd_node* node = child_instance(parent, schema);
-    if (node != nullptr) lyd_free_tree(node);
+    if (node != nullptr) free_node(node);
   });
 }
 

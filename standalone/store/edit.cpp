@@ -192,7 +192,7 @@ class Editor {
     lyd_new_term(parent, nullptr, leaf.name.c_str(),
                  lyd_value_get_canonical(datastore_.schema().context(), schema->dflt), 0, &node);
     if (node == nullptr) throw InputError(take_libyang_error(datastore_.schema().context()));
-    lyd_unlink_tree(node);
+    unlink_node(node);
     node->flags |= LYD_DEFAULT;
     log_.insert(parent, node);
   }

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <new>
 #include <string_view>
+#include <utility>
 
 namespace tarnd::store {
 namespace {
@@ -16,6 +19,34 @@ std::string place_of(const ly_err_item& error) {
   return error.path != nullptr ? error.path : "";
 #endif
 }
+
+#if LY_VERSION_MAJOR < 3
+
+bool has_few_children(const lyd_node_inner& parent) {
+  constexpr int kFew = 64;
+  int count = 0;
+  for (const lyd_node* child = parent.child; child != nullptr; child = child->next) {
+    if (++count > kFew) return false;
+  }
+  return true;
+}
+
+// libyang 2.1 leaves a mark in the table of the parent's children at the place of a node that goes,
+// and uses marked and free places for nodes that come. If a small table has no free place left, it
+// can miss the marked ones, and then follows a null pointer. So a small table goes with the first
+// node that goes; libyang makes a new one, without marks, for the next node that comes.
+void drop_small_table(lyd_node_inner& parent) {
+  if (parent.children_ht == nullptr || !has_few_children(parent)) return;
+  // Only libyang can free a table: with the node that has it.
+  auto* carrier = static_cast<lyd_node_inner*>(std::calloc(1, sizeof(lyd_node_inner)));
+  if (carrier == nullptr) throw std::bad_alloc();
+  carrier->node.schema = parent.node.schema;
+  carrier->node.prev = &carrier->node;
+  carrier->children_ht = std::exchange(parent.children_ht, nullptr);
+  lyd_free_tree(&carrier->node);
+}
+
+#endif
 
 }  // namespace
 
@@ -68,6 +99,21 @@ lyd_node* new_entry(lyd_node* parent, const lysc_node* list, std::span<const std
   make(parent, list->module, list->name, 0, &node, k0, k1, k2, k3, k4, k5, k6, k7, k8);
 #endif
   return node;
+}
+
+void unlink_node(lyd_node* node) {
+#if LY_VERSION_MAJOR < 3
+  lyd_node_inner* parent = node->parent;
+  lyd_unlink_tree(node);
+  if (parent != nullptr) drop_small_table(*parent);
+#else
+  lyd_unlink_tree(node);
+#endif
+}
+
+void free_node(lyd_node* node) {
+  unlink_node(node);
+  lyd_free_tree(node);
 }
 
 std::vector<std::pair<std::string_view, std::string>> substatements(

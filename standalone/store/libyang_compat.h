@@ -30,6 +30,12 @@ lyd_node* new_term(lyd_node* parent, const lysc_node* schema, const char* value,
 lyd_node* new_entry(lyd_node* parent, const lysc_node* list, std::span<const std::string> keys,
                     bool canonical);
 
+/// Takes the node, with all below it, out of its tree.
+void unlink_node(lyd_node* node);
+
+/// The same, and frees it.
+void free_node(lyd_node* node);
+
 /// The statements inside the braces of an extension: keyword with its prefix, and argument.
 std::vector<std::pair<std::string_view, std::string>> substatements(
     const lysp_ext_instance& extension);

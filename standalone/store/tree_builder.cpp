@@ -350,7 +350,7 @@ lyd_node* TreeBuilder::earlier_instance(Frame& parent, lyd_node* node) {
     return nullptr;
   }
   lyd_node* earlier = nullptr;
-  lyd_unlink_tree(node);
+  unlink_node(node);
   lyd_find_sibling_first(lyd_child(parent.node), node, &earlier);
   lyd_insert_child(parent.node, node);
   if (earlier == nullptr) unordered_.emplace(parent.node, &schema);
@@ -390,7 +390,7 @@ void TreeBuilder::take_key(const SchemaNode& key, const std::string& value) {
   create_entry(entry, around().node);
   if (lyd_node* earlier = earlier_instance(around(), entry.node); earlier != nullptr) {
     if (use_ == TreeUse::kConfiguration) fail("is given twice");
-    lyd_free_tree(std::exchange(entry.node, earlier));
+    free_node(std::exchange(entry.node, earlier));
     entry.again = true;
   }
   if (!entry.early.empty()) replay(std::exchange(entry.early, {}));
@@ -487,7 +487,7 @@ void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
     const std::size_t rank = rank_of(frame, leaf);
     const bool before = frame.again && !frame.seen[rank] && was_given(frame.node, leaf);
     if (before) fail_at(of.line, "holds '" + leaf.name + "' twice");
-    lyd_free_tree(node);
+    if (node != nullptr) free_node(node);
     note_removal(frame, {&leaf, of.operation == Operation::kDelete, of.line});
   } else if (node == nullptr) {
     fail_at(of.line, "'@" + leaf.name + "' needs a '" + leaf.name + "' beside it");

@@ -111,8 +111,8 @@ void apply_diff(const Lines& diff, Tree& tree) {
   const auto found = tree.find(name);
   if (found == tree.end()) throw std::runtime_error("there is no file " + name);
   Lines file = lines_of(found->second);
-  Lines hunk;
   try {
+    Lines hunk;
     for (std::size_t i = 1; i < diff.size(); ++i) {
       if (diff[i] == "...") {
         apply_hunk(hunk, file);

@@ -5,6 +5,8 @@
 #include "standalone/store/transaction.h"
 #include "tests/support/change_text.h"
 #include "tests/support/model.h"
+#include "tests/support/own_model.h"
+#include "tests/support/random_content.h"
 
 namespace tarnd::store {
 namespace {
@@ -206,6 +208,21 @@ TEST(RandomEditsTest, AnEditThatFailsLeavesThoseBeforeIt) {
     transaction.replace(xml(one_by_one), Format::kXml);
     transaction.prepare();
     EXPECT_EQ(change_text(transaction), changes);
+  }
+}
+
+// libyang 2.1 crashes when some few entries are put in order, those of seed 548 among them. How the
+// nodes were made counts, and they are made in another way as long as a schema is new.
+TEST(RandomEditsTest, EntriesInNoOrderArePrintedInOrder) {
+  const test::OwnModel model(test::kModelOfRules);
+  for (unsigned seed = 500; seed < 600; ++seed) {
+    const Schema schema(model.folder());
+    Datastore datastore(schema);
+    test::RandomContent(seed, {}).load_into(datastore);
+    const std::string text = datastore.print(Format::kXml);
+    Datastore again(schema);
+    again.load(text, Format::kXml);
+    ASSERT_EQ(again.print(Format::kXml), text) << "seed " << seed;
   }
 }
 
