@@ -139,6 +139,8 @@ class Wrappers:
                 raise Refused(f"{element.tag} inside edit-config")
             if tag.localname in found:
                 raise Refused(f"{tag.localname} twice")
+            if "config" in found:
+                self.doubts.append(f"{tag.localname} after config")
             found[tag.localname] = element
             if tag.localname != "config":
                 self.check_attributes(element)
