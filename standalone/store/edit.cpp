@@ -106,7 +106,7 @@ class Editor {
         if (given) take_away(target);
         return;
       case Operation::kNone:
-        if (target == nullptr) fail(edit, path_of(edit) + " does not exist");
+        if (target == nullptr) fail(edit, path_of(edit) + " does not exist", InputFault::kMissing);
         if (is_inner(edit)) apply_children(edit, target, Operation::kNone);
         return;
     }
@@ -119,7 +119,7 @@ class Editor {
     } else if (removal.must_exist) {
       throw InputError(
           "cannot delete " + path_of(parent) + "/" + removal.leaf->name + ": it does not exist",
-          removal.line);
+          removal.line, InputFault::kMissing);
     }
   }
 
@@ -236,16 +236,17 @@ class Editor {
     return node;
   }
 
-  [[noreturn]] void fail(const lyd_node* edit, const std::string& what) const {
-    throw InputError(what, place_of(notes_.lines, edit).value_or(0));
+  [[noreturn]] void fail(const lyd_node* edit, const std::string& what,
+                         InputFault fault = InputFault::kOther) const {
+    throw InputError(what, place_of(notes_.lines, edit).value_or(0), fault);
   }
 
   [[noreturn]] void fail_exists(const lyd_node* edit, const lyd_node* target) const {
-    fail(edit, "cannot create " + path_of(target) + ": it exists already");
+    fail(edit, "cannot create " + path_of(target) + ": it exists already", InputFault::kExists);
   }
 
   [[noreturn]] void fail_missing(const lyd_node* edit) const {
-    fail(edit, "cannot delete " + path_of(edit) + ": it does not exist");
+    fail(edit, "cannot delete " + path_of(edit) + ": it does not exist", InputFault::kMissing);
   }
 
   Datastore& datastore_;

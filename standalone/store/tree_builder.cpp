@@ -100,13 +100,13 @@ std::size_t TreeBuilder::line() const {
   return replayed_line_.has_value() ? *replayed_line_ : locator_.line();
 }
 
-void TreeBuilder::fail(const std::string& what) const {
-  fail_at(line(), what);
+void TreeBuilder::fail(const std::string& what, InputFault fault) const {
+  fail_at(line(), what, fault);
 }
 
-void TreeBuilder::fail_at(std::size_t line, const std::string& what) const {
+void TreeBuilder::fail_at(std::size_t line, const std::string& what, InputFault fault) const {
   const std::string place = path();
-  throw InputError(place.empty() ? what : place + ": " + what, line);
+  throw InputError(place.empty() ? what : place + ": " + what, line, fault);
 }
 
 std::string TreeBuilder::path() const {
@@ -124,7 +124,9 @@ std::string TreeBuilder::path_of_frame(std::size_t depth) const {
 
 const SchemaNode& TreeBuilder::child(std::string_view name) const {
   const SchemaNode& parent = *open_node();
-  if (is_leaf(parent)) fail("holds " + excerpt(name) + ", but " + parent.name + " is a leaf");
+  if (is_leaf(parent))
+    fail("holds " + excerpt(name) + ", but " + parent.name + " is a leaf",
+         InputFault::kUnknownNode);
   // Most texts have the children in the order of the model.
   const std::vector<const SchemaNode*>& children = parent.children;
   const std::size_t next = top().early_open == nullptr ? top().next_rank : 0;
@@ -133,7 +135,8 @@ const SchemaNode& TreeBuilder::child(std::string_view name) const {
   if (const SchemaNode* node = parent.child(name); node != nullptr) return *node;
   const auto meant = nearest(name, names_below(parent));
   fail("there is no " + excerpt(name) + " here" +
-       (meant.has_value() ? "; did you mean '" + std::string(*meant) + "'?" : ""));
+           (meant.has_value() ? "; did you mean '" + std::string(*meant) + "'?" : ""),
+       InputFault::kUnknownNode);
 }
 
 TreeBuilder::Frame& TreeBuilder::push(const SchemaNode& schema) {

@@ -64,7 +64,7 @@ class TreeBuilder {
   }
   [[nodiscard]] TreeUse use() const { return use_; }
 
-  [[noreturn]] void fail(const std::string& what) const;
+  [[noreturn]] void fail(const std::string& what, InputFault fault = InputFault::kOther) const;
   /// The path of the open node, with the keys that are known.
   [[nodiscard]] std::string path() const;
 
@@ -120,7 +120,8 @@ class TreeBuilder {
   Frame& push(const SchemaNode& schema);
   [[nodiscard]] std::size_t line() const;
   [[nodiscard]] std::string path_of_frame(std::size_t depth) const;
-  [[noreturn]] void fail_at(std::size_t line, const std::string& what) const;
+  [[noreturn]] void fail_at(std::size_t line, const std::string& what,
+                            InputFault fault = InputFault::kOther) const;
   [[noreturn]] void refuse_value(const SchemaNode& leaf, const std::string& value) const;
 
   [[nodiscard]] bool waits(const SchemaNode* entered) const;

@@ -20,5 +20,7 @@ Command add_diff(CLI::App& gponval);
 Command add_request(CLI::App& gponval);
 Command add_points(CLI::App& gponval);
 Command add_generate(CLI::App& gponval);
+Command add_serve(CLI::App& gponval);
+Command add_netconf(CLI::App& gponval);
 
 }  // namespace gponval

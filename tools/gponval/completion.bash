@@ -13,6 +13,11 @@ _gponval_options() {
       echo "--links --xgs-links --onus --service-ports --bandwidth-profiles --line-profiles --gems" \
         "--service-profiles --rg-profiles --tr069-profiles --sip-profiles --media-profiles --help"
       ;;
+    serve)
+      echo "--running --card --input-format --plugin --socket --warnings --allow --max-message" \
+        "--max-sessions --hello-timeout --help"
+      ;;
+    netconf) echo "--socket --help" ;;
     *) echo "--help --version" ;;
   esac
 }
@@ -70,13 +75,15 @@ _gponval_offer_paths() {
 
 _gponval_offer_value() {
   case $1 in
-    --running | --change | --candidate | --card | --plugin | --save) _gponval_offer_files "$2" ;;
+    --running | --change | --candidate | --card | --plugin | --save | --socket) _gponval_offer_files "$2" ;;
     --set | --create | --replace) _gponval_offer_paths "$2" --values ;;
     --delete | --remove) _gponval_offer_paths "$2" ;;
     --only) _gponval_offer_list "$2" ;;
     --confirm) _gponval_offer "yes no ask" "$2" ;;
     --trace) _gponval_offer "off flow entry detail" "$2" ;;
     --format) _gponval_offer "text json" "$2" ;;
+    --warnings) _gponval_offer "accept reject report" "$2" ;;
+    --allow) mapfile -t COMPREPLY < <(compgen -u -- "$2") ;;
     --input-format) _gponval_offer "xml json" "$2" ;;
   esac
 }
@@ -90,7 +97,7 @@ _gponval() {
 
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _gponval_offer "commit diff request points generate --help --version" "$current"
+    _gponval_offer "commit diff request points generate serve netconf --help --version" "$current"
   elif [[ $previous == --* && ! $previous =~ ^--(stats|all|changes|help|version)$ ]]; then
     _gponval_offer_value "$previous" "$current"
   elif [[ $previous == request && $current != -* ]] && ((COMP_CWORD == 2)); then

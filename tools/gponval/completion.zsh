@@ -30,7 +30,7 @@ _gponval() {
     '--stats[print the number of platform calls]'
   )
   if ((CURRENT == 2)); then
-    compadd commit diff request points generate --help --version
+    compadd commit diff request points generate serve netconf --help --version
     return
   fi
   local command=$words[2]
@@ -52,6 +52,21 @@ _gponval() {
     points)
       _arguments '--plugin[the validation plug-in]:file:_files' \
         '--format[how the list is printed]:format:(text json)' \
+        '(-h --help)'{-h,--help}'[print the help]'
+      ;;
+    serve)
+      _arguments '--running[the committed configuration]:file:_files' \
+        '--input-format[how inputs without a known ending are read]:format:(xml json)' \
+        '--card[what the card can do]:file:_files' \
+        '--plugin[the validation plug-in]:file:_files' \
+        '--socket[where to listen]:file:_files' \
+        '--warnings[what a commit does with warnings]:answer:(accept reject report)' \
+        '--allow[who else may connect]:user:_users' '--max-message:number: ' \
+        '--max-sessions:number: ' '--hello-timeout:number: ' \
+        '(-h --help)'{-h,--help}'[print the help]'
+      ;;
+    netconf)
+      _arguments '--socket[where to connect]:file:_files' \
         '(-h --help)'{-h,--help}'[print the help]'
       ;;
     generate)

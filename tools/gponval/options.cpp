@@ -25,8 +25,8 @@ std::string joined(const Words& words, std::string_view separator) {
 
 // An option whose value is one of a few words.
 template <typename Value>
-CLI::Option* add_choice(CLI::App& app, const std::string& name, Value& value, const Words& words,
-                        const std::string& help) {
+CLI::Option* add_choice_of(CLI::App& app, const std::string& name, Value& value, const Words& words,
+                           const std::string& help) {
   const auto check = [words](const std::string& given) -> std::string {
     if (std::find(words.begin(), words.end(), given) != words.end()) return "";
     return "'" + given + "' is none of " + joined(words, ", ") + tarnd::did_you_mean(given, words);
@@ -38,28 +38,28 @@ CLI::Option* add_choice(CLI::App& app, const std::string& name, Value& value, co
 
 }  // namespace
 
-void add_configuration_options(CLI::App& app, InputOptions& options) {
+CLI::Option* add_choice(CLI::App& app, const std::string& name, std::string& value,
+                        const std::vector<std::string_view>& words, const std::string& help) {
+  return add_choice_of(app, name, value, words, help);
+}
+
+void add_running_option(CLI::App& app, InputOptions& options) {
   app.add_option("--running", options.running,
                  "The committed configuration: JSON if its name ends in .json, else XML\n"
                  "unless --input-format says otherwise; - is standard input")
       ->type_name("FILE")
       ->required()
       ->group(kInputGroup);
-  const std::vector<CLI::Option*> edits = add_edit_options(app, kInputGroup);
-  CLI::Option* candidate = app.add_option("--candidate", options.candidate,
-                                          "The whole new configuration, in place of edits")
-                               ->type_name("FILE")
-                               ->group(kInputGroup);
-  for (CLI::Option* edit : edits) candidate->excludes(edit);
+}
+
+void add_input_format_option(CLI::App& app, InputOptions& options) {
   add_choice(app, "--input-format", options.input_format, {"xml", "json"},
              "How configurations are read whose names end neither in .xml nor in\n"
              ".json, in any case, such as standard input (xml)")
       ->group(kInputGroup);
-  app.callback([&app, &options] { options.edits = edits_given(app); });
 }
 
-void add_input_options(CLI::App& app, InputOptions& options) {
-  add_configuration_options(app, options);
+void add_card_option(CLI::App& app, InputOptions& options) {
   app.add_option("--card", options.card,
                  "What the card can do: lines of key = value, with the keys bw-check,\n"
                  "onus-per-link, pon-links, manageable-links, max-service-ports, xgspon.\n"
@@ -67,6 +67,23 @@ void add_input_options(CLI::App& app, InputOptions& options) {
                  "defines nothing else")
       ->type_name("FILE")
       ->group(kInputGroup);
+}
+
+void add_configuration_options(CLI::App& app, InputOptions& options) {
+  add_running_option(app, options);
+  const std::vector<CLI::Option*> edits = add_edit_options(app, kInputGroup);
+  CLI::Option* candidate = app.add_option("--candidate", options.candidate,
+                                          "The whole new configuration, in place of edits")
+                               ->type_name("FILE")
+                               ->group(kInputGroup);
+  for (CLI::Option* edit : edits) candidate->excludes(edit);
+  add_input_format_option(app, options);
+  app.callback([&app, &options] { options.edits = edits_given(app); });
+}
+
+void add_input_options(CLI::App& app, InputOptions& options) {
+  add_configuration_options(app, options);
+  add_card_option(app, options);
 }
 
 void add_plugin_option(CLI::App& app, RunOptions& options) {
@@ -82,8 +99,8 @@ void add_format_option(CLI::App& app, RunOptions& options) {
 }
 
 void add_validation_options(CLI::App& app, RunOptions& options) {
-  add_choice(app, "--confirm", options.confirm, {"yes", "no", "ask"},
-             "The answer to warnings; ask is the default at a terminal, no elsewhere")
+  add_choice_of(app, "--confirm", options.confirm, {"yes", "no", "ask"},
+                "The answer to warnings; ask is the default at a terminal, no elsewhere")
       ->group(kRunGroup);
   add_choice(app, "--trace", options.trace, {"off", "flow", "entry", "detail"},
              "Write the trace of the validation to standard error: the flow, each\n"

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "standalone/middleware/trace.h"
@@ -28,6 +29,9 @@ struct RunOptions {
   bool stats = false;
 };
 
+void add_running_option(CLI::App& app, InputOptions& options);
+void add_input_format_option(CLI::App& app, InputOptions& options);
+void add_card_option(CLI::App& app, InputOptions& options);
 /// The configuration and its edits; the edits are known after the command line was parsed.
 void add_configuration_options(CLI::App& app, InputOptions& options);
 /// The same and the card.
@@ -36,6 +40,10 @@ void add_plugin_option(CLI::App& app, RunOptions& options);
 void add_format_option(CLI::App& app, RunOptions& options);
 /// --confirm, --trace and --stats.
 void add_validation_options(CLI::App& app, RunOptions& options);
+
+/// An option that takes one of a few words.
+CLI::Option* add_choice(CLI::App& app, const std::string& name, std::string& value,
+                        const std::vector<std::string_view>& words, const std::string& help);
 
 tarnd::TraceLevel trace_level(const RunOptions& options);
 

@@ -1,0 +1,153 @@
+#include "netconf/message.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <memory>
+
+namespace tarnd::netconf {
+namespace {
+
+// Between the namespace, the local name and the prefix. expat refuses a namespace that holds one.
+constexpr char kSeparator = '\n';
+
+// Beyond any filter. Without a bound a message of a megabyte would take a hundred of memory.
+constexpr std::size_t kMostElements = 20'000;
+constexpr std::size_t kMostDepth = 100;
+
+constexpr const char* kTooMany = "the message has more elements than any operation needs";
+constexpr const char* kTooDeep = "the elements of the message are nested too deep";
+
+struct XmlName {
+  std::string_view name_space;
+  std::string_view local;
+  std::string_view prefix;
+};
+
+XmlName split(std::string_view name) {
+  const std::size_t end = name.find(kSeparator);
+  if (end == std::string_view::npos) return {{}, name, {}};
+  const std::string_view rest = name.substr(end + 1);
+  const std::size_t end_of_local = rest.find(kSeparator);
+  if (end_of_local == std::string_view::npos) return {name.substr(0, end), rest, {}};
+  return {name.substr(0, end), rest.substr(0, end_of_local), rest.substr(end_of_local + 1)};
+}
+
+// The `config` of an edit, whose content is a configuration.
+bool holds_configuration(const std::vector<Element*>& open, const XmlName& name) {
+  if (name.name_space != kBaseNamespace || name.local != "config") return false;
+  return open.size() == 2 && open.back()->is(kBaseNamespace, "edit-config");
+}
+
+class MessageReader {
+ public:
+  explicit MessageReader(std::string_view text)
+      : text_(text), parser_(XML_ParserCreateNS("UTF-8", kSeparator), &XML_ParserFree) {
+    XML_Parser parser = parser_.get();
+    XML_SetUserData(parser, this);
+    XML_SetReturnNSTriplet(parser, 1);
+    XML_SetElementHandler(
+        parser,
+        [](void* self, const char* name, const char** attributes) {
+          of(self).guarded([&](MessageReader& reader) { reader.begin(split(name), attributes); });
+        },
+        [](void* self, const char* /*name*/) { of(self).end(); });
+    XML_SetCharacterDataHandler(parser, [](void* self, const char* piece, int length) {
+      of(self).guarded([&](MessageReader& reader) {
+        reader.add_text({piece, static_cast<std::size_t>(length)});
+      });
+    });
+    XML_SetStartDoctypeDeclHandler(parser, [](void* self, const char* /*name*/,
+                                              const char* /*system*/, const char* /*public*/,
+                                              int /*internal*/) {
+      of(self).guarded([](MessageReader&) { throw MalformedMessage("a message has no DOCTYPE"); });
+    });
+  }
+
+  Element read() {
+    // expat copies what it is given, so it is given little at a time.
+    constexpr std::size_t kMost = std::size_t{1} << 16;
+    std::string_view rest = text_;
+    do {
+      const std::string_view piece = rest.substr(0, kMost);
+      rest.remove_prefix(piece.size());
+      const XML_Status status = XML_Parse(parser_.get(), piece.data(),
+                                          static_cast<int>(piece.size()), rest.empty() ? 1 : 0);
+      if (failure_ != nullptr) std::rethrow_exception(failure_);
+      if (status != XML_STATUS_OK) throw MalformedMessage("the message is not XML");
+    } while (!rest.empty());
+    return std::move(root_);
+  }
+
+ private:
+  static MessageReader& of(void* self) { return *static_cast<MessageReader*>(self); }
+
+  // No exception may pass through expat's C code.
+  template <typename Handle>
+  void guarded(Handle handle) {
+    if (failure_ != nullptr) return;
+    try {
+      handle(*this);
+    } catch (...) {
+      failure_ = std::current_exception();
+      XML_StopParser(parser_.get(), XML_FALSE);
+    }
+  }
+
+  void begin(const XmlName& name, const char** attributes) {
+    if (unread_depth_ > 0) {
+      open_.back()->has_unread_content = true;
+      ++unread_depth_;
+      return;
+    }
+    if (++elements_ > kMostElements) throw MalformedMessage(kTooMany);
+    if (open_.size() == kMostDepth) throw MalformedMessage(kTooDeep);
+    Element& element = open_.empty() ? root_ : open_.back()->children.emplace_back();
+    if (holds_configuration(open_, name)) unread_depth_ = 1;
+    element.name_space = name.name_space;
+    element.name = name.local;
+    for (; *attributes != nullptr; attributes += 2) {
+      if (++elements_ > kMostElements) throw MalformedMessage(kTooMany);
+      const XmlName of_attribute = split(attributes[0]);
+      element.attributes.push_back({std::string(of_attribute.name_space),
+                                    std::string(of_attribute.prefix),
+                                    std::string(of_attribute.local), attributes[1]});
+    }
+    open_.push_back(&element);
+  }
+
+  void end() {
+    if (unread_depth_ > 0 && --unread_depth_ > 0) return;
+    open_.pop_back();
+  }
+
+  void add_text(std::string_view piece) {
+    if (unread_depth_ == 0 && !open_.empty()) open_.back()->text += piece;
+  }
+
+  std::string_view text_;
+  std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
+  Element root_;
+  std::vector<Element*> open_;  // a parent's children do not move while one of them is open
+  std::size_t elements_ = 0;
+  std::size_t unread_depth_ = 0;  // how many elements are open from an unread `config` on
+  std::exception_ptr failure_;
+};
+
+}  // namespace
+
+const std::string* Element::attribute(std::string_view of_name) const {
+  const auto found =
+      std::find_if(attributes.begin(), attributes.end(), [&](const Attribute& attribute) {
+        return attribute.name == of_name && attribute.name_space.empty();
+      });
+  return found != attributes.end() ? &found->value : nullptr;
+}
+
+Element read_message(std::string_view text) {
+  return MessageReader(text).read();
+}
+
+}  // namespace tarnd::netconf

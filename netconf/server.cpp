@@ -1,0 +1,165 @@
+#include "netconf/server.h"
+
+#include <poll.h>
+#include <pwd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace tarnd::netconf {
+namespace {
+
+// So much is read at once from one client before the others have their turn.
+constexpr std::size_t kReadSize = std::size_t{1} << 16;
+// A client that has so much to take gets no more answers before it has taken some of it.
+constexpr std::size_t kMostWaiting = std::size_t{1} << 20;
+// An ended session may take its last replies for so long.
+constexpr std::chrono::seconds kTimeToTakeReplies{10};
+
+std::string name_of(uid_t user) {
+  const passwd* entry = getpwuid(user);
+  return entry != nullptr ? entry->pw_name : std::to_string(user);
+}
+
+bool is_blocked(int error) {
+  return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
+}
+
+}  // namespace
+
+Server::Connection::Connection(Descriptor socket_, Card& card, SessionId id,
+                               const std::string& user, const ServerOptions& options)
+    : socket(std::move(socket_)),
+      session(card, id, user, options.most_of_message),
+      deadline(Clock::now() + options.hello_within) {}
+
+Server::Server(Card& card, ServerOptions options)
+    : card_(card),
+      options_(std::move(options)),
+      listener_(listen_at(options_.socket, !options_.users.empty())) {}
+
+Server::~Server() {
+  connections_.clear();
+  std::error_code ignored;
+  std::filesystem::remove(options_.socket, ignored);
+}
+
+void Server::run(int stop) {
+  std::vector<pollfd> polled;
+  for (;;) {
+    polled = {{stop, POLLIN, 0}, {listener_.get(), POLLIN, 0}};
+    for (Connection& connection : connections_) {
+      const bool takes_answers = connection.session.output().size() < kMostWaiting;
+      const bool reads = !connection.input_ended && !connection.has_more && takes_answers &&
+                         !connection.session.has_ended();
+      const bool writes = !connection.session.output().empty();
+      polled.push_back({connection.socket.get(),
+                        static_cast<short>((reads ? POLLIN : 0) | (writes ? POLLOUT : 0)), 0});
+    }
+    if (poll(polled.data(), polled.size(), milliseconds_to_wait()) < 0) {
+      if (errno == EINTR) continue;
+      throw std::system_error(errno, std::generic_category(), "poll");
+    }
+    if (polled[0].revents != 0) return;
+    auto of_connection = polled.begin() + 2;
+    for (Connection& connection : connections_) serve(connection, (of_connection++)->revents);
+    drop_ended();
+    if (polled[1].revents != 0) accept_one();
+  }
+}
+
+int Server::milliseconds_to_wait() const {
+  auto next = Clock::time_point::max();
+  for (const Connection& connection : connections_) {
+    if (connection.has_more && connection.session.output().size() < kMostWaiting) return 0;
+    if (!connection.session.is_open() || connection.is_ending) {
+      next = std::min(next, connection.deadline);
+    }
+  }
+  if (next == Clock::time_point::max()) return -1;
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
+  return static_cast<int>(std::max(left, std::chrono::milliseconds{0}).count());
+}
+
+void Server::accept_one() {
+  Descriptor socket(accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+  if (socket.get() < 0) {
+    if (!is_blocked(errno) && errno != ECONNABORTED) {
+      card_.log(LogLevel::kError, "accept: " + std::generic_category().message(errno));
+    }
+    return;
+  }
+  const uid_t user = peer_of(socket);
+  const auto& users = options_.users;
+  if (user != geteuid() && std::find(users.begin(), users.end(), user) == users.end()) {
+    card_.log(LogLevel::kWarning, "refused user " + name_of(user));
+    return;
+  }
+  if (connections_.size() >= options_.most_sessions) {
+    card_.log(LogLevel::kWarning, "refused user " + name_of(user) + ": " +
+                                      std::to_string(connections_.size()) + " sessions are open");
+    return;
+  }
+  connections_.emplace_back(std::move(socket), card_, ++last_id_, name_of(user), options_);
+}
+
+void Server::serve(Connection& connection, short events) {
+  Session& session = connection.session;
+  if ((events & (POLLIN | POLLHUP | POLLERR)) != 0 && !connection.has_more) receive(connection);
+  if (connection.has_more && session.output().size() < kMostWaiting) {
+    connection.has_more = session.answer_next();
+  }
+  if (session.has_ended() && !connection.is_ending) {
+    connection.is_ending = true;
+    connection.deadline = Clock::now() + kTimeToTakeReplies;
+  }
+  send(connection);
+}
+
+void Server::receive(Connection& connection) {
+  if (connection.input_ended || connection.session.has_ended()) return;
+  std::array<char, kReadSize> buffer;
+  const ssize_t got = recv(connection.socket.get(), buffer.data(), buffer.size(), 0);
+  if (got > 0) {
+    connection.session.receive({buffer.data(), static_cast<std::size_t>(got)});
+    connection.has_more = true;
+  } else if (got == 0 || !is_blocked(errno)) {
+    connection.input_ended = true;
+  }
+}
+
+void Server::send(Connection& connection) {
+  std::string& output = connection.session.output();
+  if (output.empty()) return;
+  const ssize_t sent =
+      ::send(connection.socket.get(), output.data(), output.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  if (sent >= 0) {
+    output.erase(0, static_cast<std::size_t>(sent));
+  } else if (!is_blocked(errno)) {
+    connection.is_lost = true;
+  }
+}
+
+bool Server::is_over(const Connection& connection, Clock::time_point now) const {
+  const Session& session = connection.session;
+  if (connection.is_lost || card_.sessions.at(session.id()).is_killed) return true;
+  const bool is_late = now >= connection.deadline;
+  const bool has_sent_all = session.output().empty();
+  if (session.has_ended()) return has_sent_all || is_late;
+  if (connection.input_ended) return has_sent_all && !connection.has_more;
+  return !session.is_open() && is_late;
+}
+
+void Server::drop_ended() {
+  const auto now = Clock::now();
+  std::erase_if(connections_,
+                [&](const Connection& connection) { return is_over(connection, now); });
+}
+
+}  // namespace tarnd::netconf

@@ -1,0 +1,166 @@
+#include "netconf/session.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "netconf/message.h"
+#include "netconf/rpc_error.h"
+#include "netconf/xml_text.h"
+
+namespace tarnd::netconf {
+namespace {
+
+constexpr std::string_view kBase10 = "urn:ietf:params:netconf:base:1.0";
+constexpr std::string_view kBase11 = "urn:ietf:params:netconf:base:1.1";
+constexpr std::string_view kMessageId = "message-id";
+
+std::string in_base_namespace(std::string_view element, std::string_view attributes,
+                              std::string_view content) {
+  std::string text;
+  text.reserve(content.size() + attributes.size() + 128);
+  text.append("<").append(element).append(" xmlns=\"").append(kBaseNamespace).append("\"");
+  text.append(attributes).append(">").append(content);
+  return text.append("</").append(element).append(">");
+}
+
+// A client gets back all attributes of its rpc.
+std::string attributes_of(const Element& rpc) {
+  std::string text;
+  std::vector<std::string_view> declared{"xml"};
+  for (const Attribute& attribute : rpc.attributes) {
+    if (attribute.name_space.empty()) {
+      text += " " + attribute.name + "=\"" + escaped(attribute.value) + "\"";
+      continue;
+    }
+    if (std::find(declared.begin(), declared.end(), attribute.prefix) == declared.end()) {
+      declared.push_back(attribute.prefix);
+      text += " xmlns:" + attribute.prefix + "=\"" + escaped(attribute.name_space) + "\"";
+    }
+    text += " " + attribute.prefix + ":" + attribute.name + "=\"" + escaped(attribute.value) + "\"";
+  }
+  return text;
+}
+
+RpcError malformed_message(const std::string& why) {
+  return error_of("rpc", "malformed-message", why);
+}
+
+RpcError missing_message_id() {
+  RpcError error = error_of("rpc", "missing-attribute", "the attribute 'message-id' is missing");
+  error.info =
+      "<bad-attribute>message-id</bad-attribute>"
+      "<bad-element>rpc</bad-element>";
+  return error;
+}
+
+RpcError internal_error() {
+  RpcError error;
+  error.message = "the server could not finish the operation";
+  return error;
+}
+
+bool offers(const Element& hello, std::string_view capability) {
+  for (const Element& child : hello.children) {
+    if (!child.is(kBaseNamespace, "capabilities")) continue;
+    for (const Element& offered : child.children) {
+      if (trimmed(offered.text) == capability) return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+Session::Session(Card& card, SessionId id, std::string user, std::size_t most_of_message)
+    : card_(card), caller_{id}, frames_(most_of_message) {
+  card_.log(LogLevel::kInfo, "session " + std::to_string(id) + " begins, user " + user);
+  card_.sessions[id] = {std::move(user)};
+  send(in_base_namespace("hello", "",
+                         capabilities(card_.datastore.schema()) + "<session-id>" +
+                             std::to_string(id) + "</session-id>"));
+}
+
+Session::~Session() {
+  end_session(card_, caller_.id);
+  card_.log(LogLevel::kInfo, "session " + std::to_string(caller_.id) + " ends");
+}
+
+bool Session::has_ended() const {
+  return has_failed_ || caller_.closes || card_.sessions.at(caller_.id).is_killed;
+}
+
+void Session::send(const std::string& message) {
+  output_ += framed(message, frames_.framing());
+}
+
+void Session::end(const std::string& why) {
+  has_failed_ = true;
+  card_.log(LogLevel::kWarning, "session " + std::to_string(caller_.id) + ": " + why);
+}
+
+// base:1.0 has no error for a message that cannot be read.
+void Session::end_with_reply(const std::string& why) {
+  if (frames_.framing() == Framing::kChunked) reply({}, to_xml(malformed_message(why), {}));
+  end(why);
+}
+
+bool Session::answer_next() {
+  if (has_ended()) return false;
+  try {
+    const std::optional<std::string> message = frames_.next();
+    if (!message.has_value()) return false;
+    const Element element = read_message(*message);
+    if (is_open_) {
+      take_rpc(element, *message);
+    } else {
+      take_hello(element);
+    }
+    return true;
+  } catch (const FramingError& error) {
+    end_with_reply(error.what());
+  } catch (const MalformedMessage& error) {
+    end_with_reply(error.what());
+  }
+  return false;
+}
+
+void Session::take_hello(const Element& hello) {
+  if (!hello.is(kBaseNamespace, "hello")) return end("the first message is no hello");
+  const bool has_id =
+      std::any_of(hello.children.begin(), hello.children.end(),
+                  [](const Element& child) { return child.is(kBaseNamespace, "session-id"); });
+  if (has_id) return end("the client's hello has a session-id");
+  const bool chunked = offers(hello, kBase11);
+  if (!chunked && !offers(hello, kBase10)) return end("the client's hello has no base capability");
+  if (chunked) frames_.use(Framing::kChunked);
+  is_open_ = true;
+}
+
+void Session::take_rpc(const Element& rpc, const std::string& message) {
+  if (!rpc.is(kBaseNamespace, "rpc")) {
+    throw MalformedMessage("the message is no rpc, but '" + rpc.name + "'");
+  }
+  const store::Schema& schema = card_.datastore.schema();
+  const PathPrefix prefix{schema.prefix(), schema.namespace_uri()};
+  if (rpc.attribute(kMessageId) == nullptr) {
+    return reply(rpc, to_xml(missing_message_id(), prefix));
+  }
+  try {
+    reply(rpc, run_operation(card_, caller_, rpc, message));
+  } catch (const RpcFailure& failure) {
+    std::string errors;
+    for (const RpcError& error : failure.errors()) errors += to_xml(error, prefix);
+    reply(rpc, errors);
+  } catch (const std::exception& error) {
+    card_.log(LogLevel::kError,
+              "session " + std::to_string(caller_.id) + ": " + std::string(error.what()));
+    reply(rpc, to_xml(internal_error(), prefix));
+  }
+}
+
+void Session::reply(const Element& rpc, std::string_view content) {
+  send(in_base_namespace("rpc-reply", attributes_of(rpc), content));
+}
+
+}  // namespace tarnd::netconf

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "netconf/card.h"
+#include "netconf/framing.h"
+#include "netconf/operations.h"
+
+namespace tarnd::netconf {
+
+/// One client's side of the protocol: bytes come in, bytes go out, whatever carries them.
+class Session {
+ public:
+  /// Registers with the card. A message may have `most_of_message` bytes.
+  Session(Card& card, SessionId id, std::string user, std::size_t most_of_message);
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session();
+
+  [[nodiscard]] SessionId id() const { return caller_.id; }
+
+  /// Takes what the client sent.
+  void receive(std::string_view bytes) { frames_.append(bytes); }
+  /// Answers the next message, if all of it has come. Returns false if there was none.
+  bool answer_next();
+  /// What is to be sent to the client; the caller takes from its front what was sent.
+  std::string& output() { return output_; }
+  [[nodiscard]] const std::string& output() const { return output_; }
+
+  /// The client has said hello.
+  [[nodiscard]] bool is_open() const { return is_open_; }
+  /// Nothing more is read: the session was closed or killed, or its client broke the protocol.
+  [[nodiscard]] bool has_ended() const;
+
+ private:
+  void take_hello(const Element& hello);
+  void take_rpc(const Element& rpc, const std::string& message);
+  void reply(const Element& rpc, std::string_view content);
+  void send(const std::string& message);
+  void end_with_reply(const std::string& why);
+  void end(const std::string& why);
+
+  Card& card_;
+  Caller caller_;
+  FrameReader frames_;
+  std::string output_;
+  bool is_open_ = false;
+  bool has_failed_ = false;
+};
+
+}  // namespace tarnd::netconf

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tarnd::netconf {
+
+/// The text as the content of an element or of an attribute in double quotes. What XML cannot hold
+/// (control characters, bytes that are not UTF-8) becomes the replacement character.
+std::string escaped(std::string_view text);
+
+/// The text without white space before and after it.
+std::string_view trimmed(std::string_view text);
+
+}  // namespace tarnd::netconf

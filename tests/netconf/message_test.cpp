@@ -1,0 +1,70 @@
+#include "netconf/message.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace tarnd::netconf {
+namespace {
+
+std::string repeated(const std::string& text, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+TEST(MessageTest, KeepsNamesTextsAndAttributes) {
+  const Element root = read_message(
+      "<rpc xmlns='urn:a' xmlns:b='urn:b' id='7' b:more='x&amp;y'>one<b:child> two "
+      "</b:child></rpc>");
+  EXPECT_TRUE(root.is("urn:a", "rpc"));
+  EXPECT_EQ(root.text, "one");
+  ASSERT_EQ(root.attributes.size(), 2U);
+  EXPECT_EQ(*root.attribute("id"), "7");
+  EXPECT_EQ(root.attribute("more"), nullptr);
+  EXPECT_EQ(root.attributes[1].name_space, "urn:b");
+  EXPECT_EQ(root.attributes[1].prefix, "b");
+  EXPECT_EQ(root.attributes[1].value, "x&y");
+  ASSERT_EQ(root.children.size(), 1U);
+  EXPECT_TRUE(root.children[0].is("urn:b", "child"));
+  EXPECT_EQ(root.children[0].text, " two ");
+}
+
+TEST(MessageTest, LeavesTheConfigurationOfAnEditUnread) {
+  const std::string begin = "<rpc xmlns='" + std::string(kBaseNamespace) + "'><edit-config>";
+  const std::string many = repeated("<a><b/></a>", 50'000);
+  const Element full =
+      read_message(begin + "<config>" + many + "</config><x/></edit-config></rpc>");
+  const Element& edit = full.children.at(0);
+  ASSERT_EQ(edit.children.size(), 2U);
+  EXPECT_TRUE(edit.children[0].has_unread_content);
+  EXPECT_TRUE(edit.children[0].children.empty());
+  EXPECT_EQ(edit.children[1].name, "x");
+  const Element empty = read_message(begin + "<config/><x/></edit-config></rpc>");
+  EXPECT_FALSE(empty.children.at(0).children.at(0).has_unread_content);
+  EXPECT_EQ(empty.children.at(0).children.size(), 2U);
+}
+
+TEST(MessageTest, RefusesWhatNoMessageNeeds) {
+  struct Row {
+    const char* name;
+    std::string text;
+  };
+  for (const Row& row : {
+           Row{"nothing", ""},
+           Row{"no XML", "hello"},
+           Row{"no end", "<a><b></a>"},
+           Row{"two elements", "<a/><b/>"},
+           Row{"DOCTYPE", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>"},
+           Row{"prefix without declaration", "<x:a/>"},
+           Row{"not UTF-8", "<a>\xff</a>"},
+           Row{"other encoding", "<?xml version='1.0' encoding='nix'?><a>\xe4</a>"},
+           Row{"too deep", repeated("<a>", 101) + repeated("</a>", 101)},
+           Row{"too many elements", "<a>" + repeated("<b/>", 20'000) + "</a>"},
+       }) {
+    EXPECT_THROW(read_message(row.text), MalformedMessage) << row.name;
+  }
+}
+
+}  // namespace
+}  // namespace tarnd::netconf

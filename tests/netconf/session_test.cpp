@@ -1,0 +1,395 @@
+// The protocol of one session and of several at one card, without a socket. The plug-in here
+// answers what the test tells it.
+
+#include "netconf/session.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "netconf/message.h"
+#include "tests/support/model.h"
+
+namespace tarnd::netconf {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+std::map<std::string, int> results;  // by request
+
+int begin() {
+  return 0;
+}
+
+int name_point(char* name, int size) {
+  std::snprintf(name, static_cast<std::size_t>(size), "gpon_validation_check");
+  return 0;
+}
+
+int answer(confd_trans_ctx* tctx, confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/) {
+  const std::string request = tctx->validate_opaque;
+  const auto result = results.find(request);
+  if (result == results.end()) return CONFD_OK;
+  confd_trans_seterr(tctx, "%s says <so> & more", request.c_str());
+  return result->second;
+}
+
+constexpr const char* kHello10 =
+    "<hello xmlns='urn:ietf:params:xml:ns:netconf:base:1.0'><capabilities>"
+    "<capability> urn:ietf:params:netconf:base:1.0 </capability></capabilities></hello>]]>]]>";
+constexpr const char* kHello11 =
+    "<hello xmlns='urn:ietf:params:xml:ns:netconf:base:1.0'><capabilities>"
+    "<capability>urn:ietf:params:netconf:base:1.1</capability></capabilities></hello>]]>]]>";
+constexpr std::size_t kMost = 100'000;
+
+std::string rpc(const std::string& operation, const std::string& attributes = "message-id='1'") {
+  return "<rpc xmlns='urn:ietf:params:xml:ns:netconf:base:1.0' " + attributes + ">" + operation +
+         "</rpc>";
+}
+
+std::string edit(const std::string& content, const std::string& parameters = "") {
+  return "<edit-config><target><candidate/></target>" + parameters + "<config>" +
+         (content.empty() ? "" : test::config(content)) + "</config></edit-config>";
+}
+
+std::string get(const std::string& datastore) {
+  return "<get-config><source><" + datastore +
+         "/></source><filter><config xmlns='urn:tarnd:base'><service-port><id/></service-port>"
+         "</config></filter></get-config>";
+}
+
+std::string port(const std::string& id, const std::string& attributes = "") {
+  return "<service-port" + attributes + "><id>" + id + "</id></service-port>";
+}
+
+const std::string kDelete = " nc:operation='delete'";
+
+// A client whose bytes reach the session at once.
+class Client {
+ public:
+  Client(Card& card, SessionId id) : session_(card, id, "somebody", kMost) {
+    hello_ = take().front();
+    session_.receive(kHello11);
+    while (session_.answer_next()) {
+    }
+    frames_.use(Framing::kChunked);
+  }
+
+  /// The reply to an operation; "none" if there was none.
+  std::string ask(const std::string& operation) { return ask_message(rpc(operation)); }
+  std::string ask_message(const std::string& message) {
+    return ask_bytes(framed(message, Framing::kChunked));
+  }
+  std::string ask_bytes(const std::string& bytes) {
+    session_.receive(bytes);
+    while (session_.answer_next()) {
+    }
+    const std::vector<std::string> replies = take();
+    return replies.empty() ? "none" : replies.back();
+  }
+
+  /// The ids of the service ports of a datastore.
+  std::vector<std::string> ports(const std::string& datastore) {
+    std::vector<std::string> ids;
+    const Element reply = read_message(ask(get(datastore)));
+    for (const Element& config : reply.children.at(0).children) {
+      for (const Element& entry : config.children) ids.push_back(entry.children.at(0).text);
+    }
+    return ids;
+  }
+
+  [[nodiscard]] const std::string& hello() const { return hello_; }
+  [[nodiscard]] bool has_ended() const { return session_.has_ended(); }
+
+ private:
+  std::vector<std::string> take() {
+    std::vector<std::string> messages;
+    frames_.append(session_.output());
+    session_.output().clear();
+    while (auto message = frames_.next()) messages.push_back(*message);
+    return messages;
+  }
+
+  Session session_;
+  FrameReader frames_{kMost};
+  std::string hello_;
+};
+
+class SessionTest : public ::testing::Test {
+ protected:
+  SessionTest() {
+    results.clear();
+    datastore_.load(test::config(port("1") + port("2")), store::Format::kXml);
+  }
+
+  Client& client(SessionId id) {
+    auto& client = clients_[id];
+    if (client == nullptr) client = std::make_unique<Client>(card_, id);
+    return *client;
+  }
+  void close(SessionId id) { clients_.erase(id); }
+
+  store::Datastore datastore_{test::model()};
+  Daemon daemon_{datastore_, {&begin, &name_point, &answer, &begin}};
+  std::vector<std::string> log_;
+  Card card_{datastore_, daemon_, WarningPolicy::kAccept,
+             [this](LogLevel, const std::string& text) { log_.push_back(text); }};
+  std::map<SessionId, std::unique_ptr<Client>> clients_;
+};
+
+MATCHER(IsOk, "is <ok/>") {
+  return arg.find("<ok/>") != std::string::npos && arg.find("rpc-error") == std::string::npos;
+}
+
+MATCHER_P(IsError, tag, "") {
+  return arg.find("<error-tag>" + std::string(tag) + "</error-tag>") != std::string::npos &&
+         arg.find("<ok/>") == std::string::npos;
+}
+
+TEST_F(SessionTest, SaysHelloWithItsNumberAndWhatItOffers) {
+  EXPECT_THAT(client(7).hello(),
+              AllOf(StartsWith("<hello xmlns="), HasSubstr("<session-id>7</session-id>"),
+                    HasSubstr("urn:ietf:params:netconf:base:1.1<"),
+                    HasSubstr("<capability>urn:tarnd:base?module=base&amp;revision=20")));
+}
+
+TEST_F(SessionTest, UsesTheFramingThatBothOffer) {
+  Session session(card_, 9, "somebody", kMost);
+  session.output().clear();
+  session.receive(kHello10 + rpc("<close-session/>") + "]]>]]>");
+  while (session.answer_next()) {
+  }
+  EXPECT_THAT(session.output(), AllOf(StartsWith("<rpc-reply"), EndsWith("</rpc-reply>]]>]]>")));
+  EXPECT_TRUE(session.has_ended());
+}
+
+TEST_F(SessionTest, EndsAfterAHelloThatIsNone) {
+  const std::string base = "xmlns='urn:ietf:params:xml:ns:netconf:base:1.0'";
+  for (const std::string& hello : {
+           std::string("<hello/>"),
+           "<hello " + base + "/>",
+           rpc("<get/>"),
+           std::string("x"),
+           "<hello " + base +
+               "><capabilities><capability>urn:ietf:params:netconf:base:1.1</capability>"
+               "</capabilities><session-id>1</session-id></hello>",
+       }) {
+    Session session(card_, 9, "somebody", kMost);
+    session.receive(hello + "]]>]]>");
+    EXPECT_FALSE(session.answer_next() && !session.has_ended()) << hello;
+    EXPECT_TRUE(session.has_ended()) << hello;
+  }
+}
+
+TEST_F(SessionTest, ReturnsAllAttributesOfAnRpc) {
+  EXPECT_THAT(client(1).ask_message(rpc("<commit/>", "message-id='a&lt;' xmlns:x='urn:x' x:y='z'")),
+              HasSubstr(" message-id=\"a&lt;\" xmlns:x=\"urn:x\" x:y=\"z\"><ok/>"));
+}
+
+TEST_F(SessionTest, RefusesWhatIsNoOperation) {
+  struct Row {
+    const char* name;
+    std::string message;
+    const char* tag;
+  };
+  for (const Row& row : {
+           Row{"no message-id", rpc("<commit/>", ""), "missing-attribute"},
+           Row{"no operation", rpc(""), "missing-element"},
+           Row{"two operations", rpc("<commit/><commit/>"), "unknown-element"},
+           Row{"unknown operation", rpc("<nix/>"), "operation-not-supported"},
+           Row{"foreign operation", rpc("<commit xmlns='urn:x'/>"), "operation-not-supported"},
+           Row{"not offered", rpc("<delete-config/>"), "operation-not-supported"},
+           Row{"unknown parameter", rpc("<commit><confirmed/></commit>"), "unknown-element"},
+           Row{"parameter twice", rpc("<lock><target/><target/></lock>"), "unknown-element"},
+           Row{"missing parameter", rpc("<lock/>"), "missing-element"},
+           Row{"no datastore", rpc("<lock><target/></lock>"), "missing-element"},
+           Row{"unknown datastore", rpc("<lock><target><startup/></target></lock>"),
+               "invalid-value"},
+           Row{"edit of running",
+               rpc("<edit-config><target><running/></target><config/></edit-config>"),
+               "operation-not-supported"},
+           Row{"edit without config",
+               rpc("<edit-config><target><candidate/></target></edit-config>"), "missing-element"},
+           Row{"other filter", rpc("<get><filter type='xpath' select='/'/></get>"),
+               "bad-attribute"},
+           Row{"no such session", rpc("<kill-session><session-id>9</session-id></kill-session>"),
+               "invalid-value"},
+           Row{"its own session", rpc("<kill-session><session-id>1</session-id></kill-session>"),
+               "invalid-value"},
+       }) {
+    EXPECT_THAT(client(1).ask_message(row.message), IsError(row.tag)) << row.name;
+    EXPECT_FALSE(client(1).has_ended()) << row.name;
+  }
+}
+
+TEST_F(SessionTest, EndsAfterAMessageOrFrameThatCannotBeRead) {
+  SessionId id = 1;
+  for (const std::string& bytes :
+       {framed("<rpc>", Framing::kChunked), framed("<hello/>", Framing::kChunked),
+        std::string("\n#0\n"), std::string("\n#999999999\n"), std::string("]]>]]>")}) {
+    EXPECT_THAT(client(++id).ask_bytes(bytes), IsError("malformed-message")) << bytes;
+    EXPECT_TRUE(client(id).has_ended()) << bytes;
+    EXPECT_EQ(client(id).ask("<commit/>"), "none");
+  }
+}
+
+TEST_F(SessionTest, EditsTheCandidateAndCommitsIt) {
+  EXPECT_THAT(client(1).ask(edit(port("3") + port("2", kDelete))), IsOk());
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2"));
+  EXPECT_THAT(client(1).ports("candidate"), ElementsAre("1", "3"));
+  EXPECT_THAT(client(2).ports("candidate"), ElementsAre("1", "3"));
+  EXPECT_THAT(client(1).ask("<validate><source><candidate/></source></validate>"), IsOk());
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2"));
+  EXPECT_THAT(client(1).ask("<commit/>"), IsOk());
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "3"));
+  EXPECT_THAT(client(1).ask(edit(port("4"))), IsOk());
+  EXPECT_THAT(client(1).ask("<discard-changes/>"), IsOk());
+  EXPECT_THAT(client(1).ports("candidate"), ElementsAre("1", "3"));
+  EXPECT_THAT(client(1).ask(edit("")), IsOk());
+}
+
+TEST_F(SessionTest, SaysWhatIsWrongWithAnEditAndKeepsTheOnesBefore) {
+  struct Row {
+    const char* name;
+    std::string edit;
+    const char* tag;
+  };
+  EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+  for (const Row& row : {
+           Row{"unknown node", edit("<nix/>"), "unknown-element"},
+           Row{"exists", edit(port("4") + port("1", " nc:operation='create'")), "data-exists"},
+           Row{"missing", edit(port("4") + port("9", kDelete)), "data-missing"},
+           Row{"not there for none", edit(port("9"), "<default-operation>none</default-operation>"),
+               "data-missing"},
+           Row{"wrong value", edit(port("4") + port("x")), "invalid-value"},
+           Row{"wrong default operation",
+               edit(port("4"), "<default-operation>nix</default-operation>"), "invalid-value"},
+           Row{"foreign configuration",
+               "<edit-config><target><candidate/></target><config><config xmlns='urn:x'/></config>"
+               "</edit-config>",
+               "invalid-value"},
+       }) {
+    EXPECT_THAT(client(1).ask(row.edit), IsError(row.tag)) << row.name;
+    EXPECT_THAT(client(1).ports("candidate"), ElementsAre("1", "2", "3")) << row.name;
+  }
+}
+
+TEST_F(SessionTest, ReportsWhatTheModelMissesWithItsPath) {
+  EXPECT_THAT(client(1).ask(edit("<profile><gpon><line-profile><name>p</name><tcont><id>1</id>"
+                                 "</tcont></line-profile></gpon></profile>")),
+              IsOk());
+  EXPECT_THAT(client(1).ask("<commit/>"),
+              AllOf(IsError("data-missing"),
+                    HasSubstr("/base:line-profile[base:name='p']/base:tcont[base:id='1']<")));
+}
+
+TEST_F(SessionTest, ReportsAllVerdictsErrorsFirst) {
+  results = {{"service_port_global_validation", CONFD_VALIDATION_WARN},
+             {"sp_gem_check", CONFD_ERR}};
+  EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+  for (const char* operation :
+       {"<validate><source><candidate/></source></validate>", "<commit/>"}) {
+    const std::string reply = client(1).ask(operation);
+    const Element read = read_message(reply);
+    ASSERT_EQ(read.children.size(), 2U) << reply;
+    EXPECT_THAT(
+        reply,
+        HasSubstr("<rpc-error><error-type>application</error-type>"
+                  "<error-tag>operation-failed</error-tag><error-severity>error</error-severity>"
+                  "<error-app-tag>sp_gem_check</error-app-tag>"
+                  "<error-path xmlns:base=\"urn:tarnd:base\">/base:config/base:service-port"
+                  "</error-path><error-message xml:lang=\"en\">sp_gem_check says &lt;so&gt; &amp; "
+                  "more</error-message></rpc-error>"));
+    EXPECT_EQ(read.children[1].children.at(2).text, "warning");
+    EXPECT_EQ(read.children[1].children.at(3).text, "service_port_global_validation");
+  }
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2"));
+  results.clear();
+  EXPECT_THAT(client(1).ask("<commit/>"), IsOk());
+}
+
+TEST_F(SessionTest, TreatsWarningsAsThePolicySays) {
+  struct Row {
+    WarningPolicy policy;
+    const char* severity;
+  };
+  results = {{"sp_gem_check", CONFD_VALIDATION_WARN}};
+  EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+  for (const Row& row :
+       {Row{WarningPolicy::kReject, "error"}, Row{WarningPolicy::kReport, "warning"}}) {
+    card_.warnings = row.policy;
+    const std::string reply = client(1).ask("<commit/>");
+    EXPECT_THAT(reply, AllOf(HasSubstr("<error-severity>" + std::string(row.severity)),
+                             HasSubstr("sp_gem_check says"), Not(HasSubstr("<ok/>"))));
+    EXPECT_EQ(reply.find("needs to be confirmed: ") != std::string::npos,
+              row.policy == WarningPolicy::kReject);
+    EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2"));
+  }
+  card_.warnings = WarningPolicy::kAccept;
+  log_.clear();
+  EXPECT_THAT(client(1).ask("<commit/>"), IsOk());
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2", "3"));
+  EXPECT_THAT(log_, ::testing::Contains(HasSubstr("sp_gem_check warns: sp_gem_check says")));
+}
+
+TEST_F(SessionTest, LocksKeepTheOthersOut) {
+  const std::string lock = "<lock><target><candidate/></target></lock>";
+  const std::string unlock = "<unlock><target><candidate/></target></unlock>";
+  EXPECT_THAT(client(1).ask(unlock), IsError("operation-failed"));
+  EXPECT_THAT(client(1).ask(lock), IsOk());
+  for (const SessionId id : {1, 2}) {
+    EXPECT_THAT(client(id).ask(lock),
+                AllOf(IsError("lock-denied"), HasSubstr("<session-id>1</session-id>")));
+  }
+  EXPECT_THAT(client(2).ask(unlock), IsError("operation-failed"));
+  EXPECT_THAT(client(2).ask(edit(port("3"))), IsError("in-use"));
+  EXPECT_THAT(client(2).ask("<commit/>"), IsError("in-use"));
+  EXPECT_THAT(client(2).ask("<discard-changes/>"), IsError("in-use"));
+  EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+  EXPECT_THAT(client(1).ask(unlock), IsOk());
+  EXPECT_THAT(client(2).ask(lock),
+              AllOf(IsError("lock-denied"), HasSubstr("<session-id>0</session-id>")));
+  EXPECT_THAT(client(2).ask("<commit/>"), IsOk());
+}
+
+TEST_F(SessionTest, ALockOfRunningKeepsCommitsOut) {
+  EXPECT_THAT(client(1).ask("<lock><target><running/></target></lock>"), IsOk());
+  EXPECT_THAT(client(2).ask(edit(port("3"))), IsOk());
+  EXPECT_THAT(client(2).ask("<commit/>"), IsError("in-use"));
+  close(1);
+  EXPECT_THAT(client(2).ask("<commit/>"), IsOk());
+}
+
+TEST_F(SessionTest, TheEndOfASessionTakesItsLockAndWhatItEdited) {
+  for (const char* end : {"<close-session/>", "none"}) {
+    EXPECT_THAT(client(1).ask("<lock><target><candidate/></target></lock>"), IsOk());
+    EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+    if (std::string(end) != "none") {
+      EXPECT_THAT(client(1).ask(end), IsOk());
+      EXPECT_TRUE(client(1).has_ended());
+    }
+    close(1);
+    EXPECT_THAT(client(2).ports("candidate"), ElementsAre("1", "2"));
+  }
+}
+
+TEST_F(SessionTest, KillEndsAnotherSession) {
+  client(1);
+  EXPECT_THAT(client(2).ask("<kill-session><session-id>1</session-id></kill-session>"), IsOk());
+  EXPECT_TRUE(client(1).has_ended());
+  EXPECT_EQ(client(1).ask("<commit/>"), "none");
+}
+
+}  // namespace
+}  // namespace tarnd::netconf

@@ -1,0 +1,163 @@
+#include <pwd.h>
+#include <sys/signalfd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <utility>
+
+#include "netconf/server.h"
+#include "netconf/unix_socket.h"
+#include "tools/gponval/commands.h"
+#include "tools/gponval/error_line.h"
+#include "tools/gponval/host.h"
+#include "tools/gponval/inputs.h"
+#include "tools/gponval/output.h"
+#include "tools/gponval/socket_name.h"
+#include "tools/gponval/usage_error.h"
+
+namespace gponval {
+namespace {
+
+namespace netconf = tarnd::netconf;
+
+constexpr const char* kHelp =
+    "Offers the line card to NETCONF clients until it is stopped.\n"
+    "\n"
+    "Serves the card's configuration over NETCONF at a UNIX socket: clients edit the\n"
+    "candidate, and their commits go through the plug-in's validators, whose verdicts are\n"
+    "the errors of the reply. The configuration is kept in memory; the file that --running\n"
+    "names is only read.\n";
+
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  gponval serve --running card.xml --socket card.socket\n"
+    "  gponval serve --running card.xml --socket card.socket --warnings reject\n"
+    "  gponval netconf --socket card.socket < session.xml\n"
+    "\n";
+
+constexpr const char* kServerGroup = "Server";
+constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+
+struct ServeArguments {
+  InputOptions inputs;
+  RunOptions run;
+  std::optional<std::string> socket;
+  std::string warnings = "accept";
+  std::vector<std::string> allow;
+  std::size_t most_of_message = 64;  // MiB
+  std::size_t most_sessions = 64;
+  unsigned hello_within = 10;  // seconds
+};
+
+netconf::WarningPolicy warning_policy(const std::string& word) {
+  static const std::map<std::string, netconf::WarningPolicy> policies = {
+      {"accept", netconf::WarningPolicy::kAccept},
+      {"reject", netconf::WarningPolicy::kReject},
+      {"report", netconf::WarningPolicy::kReport}};
+  return policies.at(word);
+}
+
+uid_t user_named(const std::string& name) {
+  const passwd* user = getpwnam(name.c_str());
+  if (user == nullptr) throw UsageError("--allow: there is no user '" + name + "'");
+  return user->pw_uid;
+}
+
+netconf::ServerOptions server_options(const ServeArguments& arguments) {
+  netconf::ServerOptions options;
+  options.socket = socket_name(arguments.socket);
+  for (const std::string& name : arguments.allow) options.users.push_back(user_named(name));
+  options.most_of_message = arguments.most_of_message * kMebibyte;
+  options.most_sessions = arguments.most_sessions;
+  options.hello_within = std::chrono::seconds(arguments.hello_within);
+  return options;
+}
+
+// Can be read once one of the signals came that stop a server.
+netconf::Descriptor stop_signals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGINT);
+  sigprocmask(SIG_BLOCK, &signals, nullptr);
+  netconf::Descriptor stop(signalfd(-1, &signals, SFD_CLOEXEC));
+  if (stop.get() < 0) throw UsageError(std::string("signalfd: ") + std::strerror(errno));
+  return stop;
+}
+
+void tell_where(const std::filesystem::path& socket) {
+  std::cout << "Serving NETCONF at " << socket.string()
+            << ". Connect with:\n  gponval netconf --socket " << socket.string() << "\n";
+  finish_output();
+}
+
+ExitStatus serve(const ServeArguments& arguments) {
+  const netconf::ServerOptions options = server_options(arguments);
+  Host host(arguments.run, read_card(arguments.inputs));
+  load_running(host.datastore(), arguments.inputs);
+  const netconf::Descriptor stop = stop_signals();
+  netconf::Card card(
+      host.datastore(), host.daemon(), warning_policy(arguments.warnings),
+      [](netconf::LogLevel /*level*/, const std::string& text) { print_error(text); });
+  netconf::Server server(card, options);
+  tell_where(options.socket);
+  server.run(stop.get());
+  return ExitStatus::kAccepted;
+}
+
+void add_limits(CLI::App& app, ServeArguments& arguments) {
+  app.add_option("--max-message", arguments.most_of_message,
+                 "The longest message that a client may send, in MiB (64)")
+      ->type_name("N")
+      ->check(CLI::Range(1, 1024))
+      ->group(kServerGroup);
+  app.add_option("--max-sessions", arguments.most_sessions,
+                 "How many sessions may be open at once (64)")
+      ->type_name("N")
+      ->check(CLI::Range(1, 512))
+      ->group(kServerGroup);
+  app.add_option("--hello-timeout", arguments.hello_within,
+                 "How many seconds a client has for its hello (10)")
+      ->type_name("N")
+      ->check(CLI::Range(1, 3600))
+      ->group(kServerGroup);
+}
+
+}  // namespace
+
+Command add_serve(CLI::App& gponval) {
+  CLI::App* app = gponval.add_subcommand("serve", kHelp);
+  auto arguments = std::make_shared<ServeArguments>();
+  app->footer(kExamples + std::string(kExitStatusHelp));
+  add_running_option(*app, arguments->inputs);
+  add_input_format_option(*app, arguments->inputs);
+  add_card_option(*app, arguments->inputs);
+  add_plugin_option(*app, arguments->run);
+  app->add_option("--socket", arguments->socket,
+                  "Where to listen; without it gponval.socket in the folder\n"
+                  "XDG_RUNTIME_DIR")
+      ->type_name("FILE")
+      ->group(kServerGroup);
+  add_choice(*app, "--warnings", arguments->warnings, {"accept", "reject", "report"},
+             "What a commit does when validators warn: confirm the warnings and log\n"
+             "them; fail with errors that say what needs to be confirmed; commit\n"
+             "nothing and reply with the warnings (accept)")
+      ->group(kServerGroup);
+  app->add_option("--allow", arguments->allow,
+                  "Users who may connect besides the one that runs this command,\n"
+                  "separated by commas")
+      ->type_name("USER")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->group(kServerGroup);
+  add_limits(*app, *arguments);
+  return {app, [arguments] { return serve(*arguments); }};
+}
+
+}  // namespace gponval
