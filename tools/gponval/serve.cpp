@@ -64,6 +64,8 @@ netconf::WarningPolicy warning_policy(const std::string& word) {
 }
 
 uid_t user_named(const std::string& name) {
+  // There is one thread.
+  // cppcheck-suppress getpwnamCalled
   const passwd* user = getpwnam(name.c_str());
   if (user == nullptr) throw UsageError("--allow: there is no user '" + name + "'");
   return user->pw_uid;
