@@ -73,6 +73,8 @@ class ServedCard:
         return path
 
     def start(self, *options):
+        if "--hello-timeout" not in options:
+            options += ("--hello-timeout", "600")  # no test fails for a slow machine
         with open(self.log, "ab") as log:
             self.process = subprocess.Popen(
                 [self.gponval, "serve", "--running", self.card, "--socket", self.socket, *options],
