@@ -8,7 +8,7 @@
 
 namespace tarnd::netconf {
 
-/// How messages are told apart in a stream (RFC 6242, section 4).
+/// How the end of a message is marked in a stream (RFC 6242, section 4).
 enum class Framing {
   kEndOfMessage,  ///< base:1.0, and every hello: "]]>]]>" after each message
   kChunked        ///< base:1.1: chunks with their length before them, "\n##\n" after the last

@@ -7,7 +7,7 @@
 
 namespace tarnd {
 
-/// What a program that reads the error may want to tell apart.
+/// The kinds of errors that a program treats differently.
 enum class InputFault : std::uint8_t {
   kOther,
   kUnknownNode,  ///< the model has no node of this name there

@@ -301,7 +301,7 @@ std::string too_many_tconts(const std::string& line, std::uint32_t limit, const 
          " TCONTs with bandwidth traffic type " + types + ".";
 }
 
-/// The text for the first line profile beyond the card's TCONT limits; empty if there is none.
+/// The text for the first line profile beyond the card's TCONT limits; empty if all keep them.
 std::string tcont_limit_text() {
   for (const auto& [line, sums] : line_prof_to_bandwidth) {
     if (sums.dynamic_count > valid::max_dynamic_tconts()) {

@@ -16,7 +16,7 @@ struct Free {
 
 struct XpathResult {
   int result = CONFD_ERR;            ///< of the evaluation
-  std::unique_ptr<char, Free> text;  ///< null if there is none
+  std::unique_ptr<char, Free> text;  ///< null without a text
 };
 
 /// Evaluates the expression over the transaction.

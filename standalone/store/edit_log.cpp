@@ -64,7 +64,7 @@ std::ptrdiff_t EditLog::growth(const EditRecord& parent, const SchemaNode& list)
   return 0;
 }
 
-// The tracked record of a node in the tree, made if there is none; null if an ancestor was created
+// The tracked record of a node in the tree, made if it is missing; null if an ancestor was created
 // or swapped, whose record covers the node.
 EditRecord* EditLog::track(lyd_node* node) {
   if (EditRecord* record = record_of(node); record != nullptr) {

@@ -59,8 +59,8 @@ struct SchemaNode {
   std::size_t position = 0;                 ///< position among all nodes, in the order of the model
   std::vector<ValidationPoint> points;
   ChildRules rules;
-  /// What libyang has as the hash of each instance, once there was one; for containers and leaves,
-  /// where it does not depend on the instance.
+  /// libyang's hash of the instances, from the first one on; 0 for lists and leaf-lists, whose
+  /// instances have a hash each.
   mutable std::uint32_t hash = 0;
 
   /// The child of that name, or null.

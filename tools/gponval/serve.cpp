@@ -93,7 +93,7 @@ netconf::Descriptor stop_signals() {
   return stop;
 }
 
-void tell_where(const std::filesystem::path& socket) {
+void print_where_to_connect(const std::filesystem::path& socket) {
   std::cout << "Serving NETCONF at " << socket.string()
             << ". Connect with:\n  gponval netconf --socket " << socket.string() << "\n";
   finish_output();
@@ -108,7 +108,7 @@ ExitStatus serve(const ServeArguments& arguments) {
       host.datastore(), host.daemon(), warning_policy(arguments.warnings),
       [](netconf::LogLevel /*level*/, const std::string& text) { print_error(text); });
   netconf::Server server(card, options);
-  tell_where(options.socket);
+  print_where_to_connect(options.socket);
   server.run(stop.get());
   return ExitStatus::kAccepted;
 }
