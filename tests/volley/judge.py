@@ -1,9 +1,11 @@
 """Runs gponval on a case and checks the result."""
 
+import contextlib
 import difflib
 import os
 import re
 import shutil
+import signal
 import subprocess
 import tempfile
 import threading
@@ -128,13 +130,20 @@ class Judge:
             process = subprocess.Popen(
                 [self.gponval, *case.arguments()], cwd=folder, stdin=subprocess.DEVNULL,
                 stdout=output, stderr=errors)
-            clock = threading.Timer(patience, process.kill)
+            late = threading.Event()
+
+            def end_late_run():
+                # Before the signal: the run may have ended before this thread goes on.
+                late.set()
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(process.pid, signal.SIGKILL)
+
+            clock = threading.Timer(patience, end_late_run)
             clock.start()
             _, status, usage = os.wait4(process.pid, 0)
             process.returncode = os.waitstatus_to_exitcode(status)
-            in_time = clock.is_alive()
             clock.cancel()
-            if not in_time:
+            if late.is_set():
                 raise Failure("slow", f"still running after {patience} s")
             output.seek(0)
             errors.seek(0)
