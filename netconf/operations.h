@@ -1,18 +1,11 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "netconf/card.h"
-#include "netconf/message.h"
+#include "netconf/operation.h"
 
 namespace tarnd::netconf {
-
-/// A session as the operation that it asked for sees it.
-struct Caller {
-  SessionId id = 0;
-  bool closes = false;  ///< set by close-session
-};
 
 /// Runs the operation that an `rpc` holds. Returns the content of its reply. Throws RpcFailure.
 /// `message` is the text of the whole `rpc`.

@@ -1,0 +1,76 @@
+#include "netconf/committing.h"
+
+#include "netconf/locks.h"
+#include "netconf/verdicts.h"
+
+namespace tarnd::netconf {
+namespace {
+
+void prepare_candidate(Card& card) {
+  try {
+    card.candidate.prepare();
+  } catch (const store::InvalidNode& error) {
+    refuse(rpc_error(card.datastore.schema(), error));
+  } catch (const InputError& error) {
+    refuse(rpc_error(error));
+  }
+}
+
+void log_report(const Run& run, const CommitReport& report) {
+  Card& card = run.card;
+  const std::string who = session_name(run);
+  std::size_t errors = 0;
+  std::size_t warnings = 0;
+  for (const Answer& answer : report.answers) {
+    if (answer.result == Verdict::kError) ++errors;
+    if (answer.result != Verdict::kWarning) continue;
+    ++warnings;
+    card.log(LogLevel::kWarning, who + ": " + answer.request + " warns: " + answer.text);
+  }
+  for (const std::string& notice : report.messages) {
+    card.log(LogLevel::kInfo, who + ": notice: " + notice);
+  }
+  card.log(LogLevel::kInfo,
+           who + ": " + run.operation.name + " " + std::string(to_string(report.result)) + ", " +
+               std::to_string(errors) + " errors, " + std::to_string(warnings) + " warnings");
+}
+
+std::string conclude(const Run& run, const CommitReport& report) {
+  log_report(run, report);
+  switch (report.result) {
+    case CommitResult::kAccepted:
+      return kOk;
+    case CommitResult::kRejected:
+      throw RpcFailure(rpc_errors(run.card.datastore.schema(), report));
+    case CommitResult::kUnconfirmed:
+      break;
+  }
+  throw RpcFailure(unconfirmed(run.card.datastore.schema(), run.card.warnings, report));
+}
+
+CommitOptions commit_options(const Card& card) {
+  CommitOptions options;
+  options.all = true;
+  options.confirm = [accept = card.warnings == WarningPolicy::kAccept](const auto& /*warnings*/) {
+    return accept;
+  };
+  return options;
+}
+
+}  // namespace
+
+std::string validate(const Run& run) {
+  // What runs was validated when it was committed.
+  if (datastore_in(run, "source") == Target::kRunning) return kOk;
+  prepare_candidate(run.card);
+  return conclude(run, run.card.daemon.check(run.card.candidate, commit_options(run.card)));
+}
+
+std::string commit(const Run& run) {
+  check_not_locked_by_another(run, Target::kRunning);
+  check_not_locked_by_another(run, Target::kCandidate);
+  prepare_candidate(run.card);
+  return conclude(run, run.card.daemon.commit(run.card.candidate, commit_options(run.card)));
+}
+
+}  // namespace tarnd::netconf

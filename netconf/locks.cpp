@@ -1,0 +1,51 @@
+#include "netconf/locks.h"
+
+#include <optional>
+
+namespace tarnd::netconf {
+namespace {
+
+std::optional<SessionId>& lock_of(Card& card, Target target) {
+  return target == Target::kRunning ? card.running_lock : card.candidate_lock;
+}
+
+[[noreturn]] void deny_lock(SessionId holder, const std::string& why) {
+  RpcError error = error_of("protocol", "lock-denied", why);
+  error.info = "<session-id>" + std::to_string(holder) + "</session-id>";
+  refuse(error);
+}
+
+}  // namespace
+
+void check_not_locked_by_another(const Run& run, Target target) {
+  const auto& lock = lock_of(run.card, target);
+  if (!lock.has_value() || *lock == run.caller.id) return;
+  refuse(error_of("protocol", "in-use",
+                  "session " + std::to_string(*lock) + " has locked the " +
+                      std::string(to_string(target)) + " configuration"));
+}
+
+std::string lock(const Run& run) {
+  const Target target = datastore_in(run, "target");
+  auto& holder = lock_of(run.card, target);
+  if (holder.has_value()) {
+    deny_lock(*holder, "session " + std::to_string(*holder) + " has the lock already");
+  }
+  if (target == Target::kCandidate && run.card.candidate.is_edited()) {
+    deny_lock(0, "the candidate configuration has changes that are not committed");
+  }
+  holder = run.caller.id;
+  return kOk;
+}
+
+std::string unlock(const Run& run) {
+  const Target target = datastore_in(run, "target");
+  auto& holder = lock_of(run.card, target);
+  if (holder != run.caller.id) {
+    refuse(error_of("protocol", "operation-failed", "this session does not have the lock"));
+  }
+  holder.reset();
+  return kOk;
+}
+
+}  // namespace tarnd::netconf
