@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace tarnd::fuzz {
 
@@ -22,6 +23,11 @@ class Choices {
   }
 
   bool one_in(std::size_t n) { return below(n) == n - 1; }
+
+  /// The bytes that no choice was made of.
+  [[nodiscard]] std::string_view rest() const {
+    return {reinterpret_cast<const char*>(bytes_.data()), bytes_.size()};
+  }
 
   template <typename Row>
   const auto& of(const Row& row) {

@@ -25,7 +25,7 @@ std::string to_xml(const RpcError& error, const PathPrefix& prefix) {
   add(text, "error-severity", error.severity);
   add(text, "error-app-tag", error.app_tag);
   add(text, "error-path", error.path,
-      " xmlns:" + std::string(prefix.prefix) + "=\"" + escaped(prefix.name_space) + "\"");
+      " xmlns:" + std::string(prefix.prefix) + "=\"" + escaped_value(prefix.name_space) + "\"");
   add(text, "error-message", error.message, " xml:lang=\"en\"");
   if (!error.info.empty()) text.append("<error-info>").append(error.info).append("</error-info>");
   return text + "</rpc-error>";

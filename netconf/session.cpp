@@ -30,14 +30,15 @@ std::string attributes_of(const Element& rpc) {
   std::vector<std::string_view> declared{"xml"};
   for (const Attribute& attribute : rpc.attributes) {
     if (attribute.name_space.empty()) {
-      text += " " + attribute.name + "=\"" + escaped(attribute.value) + "\"";
+      text += " " + attribute.name + "=\"" + escaped_value(attribute.value) + "\"";
       continue;
     }
     if (std::find(declared.begin(), declared.end(), attribute.prefix) == declared.end()) {
       declared.push_back(attribute.prefix);
-      text += " xmlns:" + attribute.prefix + "=\"" + escaped(attribute.name_space) + "\"";
+      text += " xmlns:" + attribute.prefix + "=\"" + escaped_value(attribute.name_space) + "\"";
     }
-    text += " " + attribute.prefix + ":" + attribute.name + "=\"" + escaped(attribute.value) + "\"";
+    text += " " + attribute.prefix + ":" + attribute.name + "=\"" + escaped_value(attribute.value) +
+            "\"";
   }
   return text;
 }

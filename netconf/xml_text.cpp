@@ -54,6 +54,18 @@ std::string escaped(std::string_view text) {
   return result;
 }
 
+std::string escaped_value(std::string_view text) {
+  std::string result;
+  for (const char letter : escaped(text)) {
+    if (letter == '\t' || letter == '\n') {
+      result += letter == '\t' ? "&#9;" : "&#10;";
+    } else {
+      result += letter;
+    }
+  }
+  return result;
+}
+
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view kWhiteSpace = " \t\r\n";
   const std::size_t begin = text.find_first_not_of(kWhiteSpace);

@@ -10,6 +10,7 @@ namespace {
 TEST(XmlTextTest, EscapesWhatXmlCannotHold) {
   EXPECT_EQ(escaped("plain \xC3\xA4 text\n\t"), "plain \xC3\xA4 text\n\t");
   EXPECT_EQ(escaped("<a b=\"c\">&\r"), "&lt;a b=&quot;c&quot;&gt;&amp;&#13;");
+  EXPECT_EQ(escaped_value("a\tb\n\r\""), "a&#9;b&#10;&#13;&quot;");
   EXPECT_EQ(escaped(std::string_view("\x01\0", 2)), "\xEF\xBF\xBD\xEF\xBF\xBD");
   EXPECT_EQ(escaped("cut \xC3"), "cut \xEF\xBF\xBD");
   EXPECT_EQ(escaped("\xEF\xBF\xBF"), "\xEF\xBF\xBD");
