@@ -3,15 +3,11 @@
 #include <expat.h>
 
 #include <algorithm>
-#include <array>
-#include <exception>
-#include <memory>
+
+#include "standalone/xml_parser.h"
 
 namespace tarnd::netconf {
 namespace {
-
-// Between the namespace, the local name and the prefix. expat refuses a namespace that holds one.
-constexpr char kSeparator = '\n';
 
 // Beyond any filter. Without a bound a message of a megabyte would take a hundred of memory.
 constexpr std::size_t kMostElements = 20'000;
@@ -19,21 +15,6 @@ constexpr std::size_t kMostDepth = 100;
 
 constexpr const char* kTooMany = "the message has more elements than any operation needs";
 constexpr const char* kTooDeep = "the elements of the message are nested too deep";
-
-struct XmlName {
-  std::string_view name_space;
-  std::string_view local;
-  std::string_view prefix;
-};
-
-XmlName split(std::string_view name) {
-  const std::size_t end = name.find(kSeparator);
-  if (end == std::string_view::npos) return {{}, name, {}};
-  const std::string_view rest = name.substr(end + 1);
-  const std::size_t end_of_local = rest.find(kSeparator);
-  if (end_of_local == std::string_view::npos) return {name.substr(0, end), rest, {}};
-  return {name.substr(0, end), rest.substr(0, end_of_local), rest.substr(end_of_local + 1)};
-}
 
 // The `config` of an edit, whose content is a configuration.
 bool holds_configuration(const std::vector<Element*>& open, const XmlName& name) {
@@ -43,17 +24,19 @@ bool holds_configuration(const std::vector<Element*>& open, const XmlName& name)
 
 class MessageReader {
  public:
-  explicit MessageReader(std::string_view text)
-      : text_(text), parser_(XML_ParserCreateNS("UTF-8", kSeparator), &XML_ParserFree) {
+  explicit MessageReader(std::string_view text) : text_(text) {
     XML_Parser parser = parser_.get();
     XML_SetUserData(parser, this);
     XML_SetReturnNSTriplet(parser, 1);
     XML_SetElementHandler(
         parser,
         [](void* self, const char* name, const char** attributes) {
-          of(self).guarded([&](MessageReader& reader) { reader.begin(split(name), attributes); });
+          of(self).guarded(
+              [&](MessageReader& reader) { reader.begin(XmlParser::split(name), attributes); });
         },
-        [](void* self, const char* /*name*/) { of(self).end(); });
+        [](void* self, const char* /*name*/) {
+          of(self).guarded([](MessageReader& reader) { reader.end(); });
+        });
     XML_SetCharacterDataHandler(parser, [](void* self, const char* piece, int length) {
       of(self).guarded([&](MessageReader& reader) {
         reader.add_text({piece, static_cast<std::size_t>(length)});
@@ -73,10 +56,7 @@ class MessageReader {
     do {
       const std::string_view piece = rest.substr(0, kMost);
       rest.remove_prefix(piece.size());
-      const XML_Status status = XML_Parse(parser_.get(), piece.data(),
-                                          static_cast<int>(piece.size()), rest.empty() ? 1 : 0);
-      if (failure_ != nullptr) std::rethrow_exception(failure_);
-      if (status != XML_STATUS_OK) throw MalformedMessage("the message is not XML");
+      if (!parser_.parse(piece, rest.empty())) throw MalformedMessage("the message is not XML");
     } while (!rest.empty());
     return std::move(root_);
   }
@@ -84,16 +64,9 @@ class MessageReader {
  private:
   static MessageReader& of(void* self) { return *static_cast<MessageReader*>(self); }
 
-  // No exception may pass through expat's C code.
   template <typename Handle>
   void guarded(Handle handle) {
-    if (failure_ != nullptr) return;
-    try {
-      handle(*this);
-    } catch (...) {
-      failure_ = std::current_exception();
-      XML_StopParser(parser_.get(), XML_FALSE);
-    }
+    parser_.guarded([&] { handle(*this); });
   }
 
   void begin(const XmlName& name, const char** attributes) {
@@ -110,7 +83,7 @@ class MessageReader {
     element.name = name.local;
     for (; *attributes != nullptr; attributes += 2) {
       if (++elements_ > kMostElements) throw MalformedMessage(kTooMany);
-      const XmlName of_attribute = split(attributes[0]);
+      const XmlName of_attribute = XmlParser::split(attributes[0]);
       element.attributes.push_back({std::string(of_attribute.name_space),
                                     std::string(of_attribute.prefix),
                                     std::string(of_attribute.local), attributes[1]});
@@ -128,12 +101,11 @@ class MessageReader {
   }
 
   std::string_view text_;
-  std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
+  XmlParser parser_;
   Element root_;
   std::vector<Element*> open_;  // a parent's children do not move while one of them is open
   std::size_t elements_ = 0;
   std::size_t unread_depth_ = 0;  // how many elements are open from an unread `config` on
-  std::exception_ptr failure_;
 };
 
 }  // namespace

@@ -4,30 +4,15 @@
 
 #include <algorithm>
 #include <array>
-#include <exception>
-#include <memory>
 
 #include "standalone/store/envelope.h"
 #include "standalone/store/input_text.h"
+#include "standalone/xml_parser.h"
 
 namespace tarnd::store {
 namespace {
 
-// Between the namespace, the local name and the prefix. No name holds one, and expat refuses a
-// namespace that does.
-constexpr char kSeparator = '\n';
 constexpr std::string_view kOperation = "operation";
-
-struct XmlName {
-  std::string_view name_space;
-  std::string_view local;
-};
-
-XmlName split(std::string_view name) {
-  const std::size_t end_of_namespace = name.find(kSeparator);
-  if (end_of_namespace == std::string_view::npos) return {{}, name};
-  return {name.substr(0, end_of_namespace), name.substr(end_of_namespace + 1)};
-}
 
 struct ErrorText {
   XML_Error code;
@@ -72,7 +57,6 @@ class XmlReader {
  public:
   XmlReader(const Schema& schema, TreeUse use)
       : schema_(schema),
-        parser_(XML_ParserCreateNS("UTF-8", kSeparator), &XML_ParserFree),
         locator_(parser_.get()),
         envelope_(schema, use, locator_),
         builder_(schema, use, locator_) {
@@ -81,7 +65,8 @@ class XmlReader {
     XML_SetElementHandler(
         parser,
         [](void* self, const char* name, const char** attributes) {
-          of(self).guarded([&](XmlReader& reader) { reader.begin(split(name), attributes); });
+          of(self).guarded(
+              [&](XmlReader& reader) { reader.begin(XmlParser::split(name), attributes); });
         },
         [](void* self, const char* /*name*/) {
           of(self).guarded([](XmlReader& reader) { reader.end(); });
@@ -122,26 +107,16 @@ class XmlReader {
 
  private:
   void parse(std::string_view piece, bool last) {
-    const XML_Status status = XML_Parse(parser_.get(), piece.data(), static_cast<int>(piece.size()),
-                                        static_cast<int>(last));
-    if (failure_ != nullptr) std::rethrow_exception(failure_);
-    if (status != XML_STATUS_OK) {
+    if (!parser_.parse(piece, last)) {
       throw InputError(text_of(XML_GetErrorCode(parser_.get())), locator_.line());
     }
   }
 
   static XmlReader& of(void* self) { return *static_cast<XmlReader*>(self); }
 
-  // No exception may pass through expat's C code.
   template <typename Handle>
   void guarded(Handle handle) {
-    if (failure_ != nullptr) return;
-    try {
-      handle(*this);
-    } catch (...) {
-      failure_ = std::current_exception();
-      XML_StopParser(parser_.get(), XML_FALSE);
-    }
+    parser_.guarded([&] { handle(*this); });
   }
 
   void begin(const XmlName& name, const char** attributes) {
@@ -155,7 +130,7 @@ class XmlReader {
       builder_.enter(builder_.child(name.local));
     }
     for (; *attributes != nullptr; attributes += 2) {
-      take_attribute(split(attributes[0]), attributes[1]);
+      take_attribute(XmlParser::split(attributes[0]), attributes[1]);
     }
   }
 
@@ -186,7 +161,7 @@ class XmlReader {
   // It would have no effect there, and the user might expect one.
   void refuse_operation(std::string_view element, const char** attributes) const {
     for (; *attributes != nullptr; attributes += 2) {
-      if (split(attributes[0]).local == kOperation) {
+      if (XmlParser::split(attributes[0]).local == kOperation) {
         envelope_.fail("'" + std::string(element) +
                        "' has an attribute 'operation', which only nodes of the model have");
       }
@@ -223,11 +198,10 @@ class XmlReader {
   }
 
   const Schema& schema_;
-  std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
+  XmlParser parser_;
   ExpatLocator locator_;
   Envelope envelope_;
   TreeBuilder builder_;
-  std::exception_ptr failure_;
 };
 
 }  // namespace
