@@ -37,6 +37,14 @@ class MessageReader {
         [](void* self, const char* /*name*/) {
           of(self).guarded([](MessageReader& reader) { reader.end(); });
         });
+    XML_SetNamespaceDeclHandler(
+        parser,
+        [](void* self, const char* prefix, const char* name) {
+          of(self).guarded([&](MessageReader& reader) { reader.declare(prefix, name); });
+        },
+        [](void* self, const char* /*prefix*/) {
+          of(self).guarded([](MessageReader& reader) { reader.namespaces_.pop_back(); });
+        });
     XML_SetCharacterDataHandler(parser, [](void* self, const char* piece, int length) {
       of(self).guarded([&](MessageReader& reader) {
         reader.add_text({piece, static_cast<std::size_t>(length)});
@@ -69,6 +77,12 @@ class MessageReader {
     parser_.guarded([&] { handle(*this); });
   }
 
+  // A message with many declarations is as large as one with many attributes.
+  void declare(const char* prefix, const char* name) {
+    if (unread_depth_ == 0 && ++elements_ > kMostElements) throw MalformedMessage(kTooMany);
+    namespaces_.push_back({prefix != nullptr ? prefix : "", name != nullptr ? name : ""});
+  }
+
   void begin(const XmlName& name, const char** attributes) {
     if (unread_depth_ > 0) {
       open_.back()->has_unread_content = true;
@@ -88,7 +102,14 @@ class MessageReader {
                                     std::string(of_attribute.prefix),
                                     std::string(of_attribute.local), attributes[1]});
     }
+    if (element.attribute("select") != nullptr) keep_namespaces(element);
     open_.push_back(&element);
+  }
+
+  void keep_namespaces(Element& element) {
+    elements_ += namespaces_.size();
+    if (elements_ > kMostElements) throw MalformedMessage(kTooMany);
+    element.namespaces = namespaces_;
   }
 
   void end() {
@@ -103,7 +124,8 @@ class MessageReader {
   std::string_view text_;
   XmlParser parser_;
   Element root_;
-  std::vector<Element*> open_;  // a parent's children do not move while one of them is open
+  std::vector<Element*> open_;         // a parent's children do not move while one of them is open
+  std::vector<Namespace> namespaces_;  // in scope
   std::size_t elements_ = 0;
   std::size_t unread_depth_ = 0;  // how many elements are open from an unread `config` on
 };

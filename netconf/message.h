@@ -17,6 +17,12 @@ struct Attribute {
   std::string value;
 };
 
+/// What a prefix stands for.
+struct Namespace {
+  std::string prefix;
+  std::string name;
+};
+
 /// An element of a message.
 struct Element {
   std::string name_space;
@@ -24,6 +30,9 @@ struct Element {
   std::string text;  ///< all text directly inside it
   std::vector<Attribute> attributes;
   std::vector<Element> children;
+  /// The namespaces in scope, the inner ones last; kept only for an element with an XPath
+  /// expression, which is the value of its attribute `select`.
+  std::vector<Namespace> namespaces;
   /// The `config` of an edit, whose content is the store's matter: it is not kept here, only
   /// whether there is an element in it.
   bool has_unread_content = false;

@@ -20,6 +20,7 @@ constexpr std::array kCapabilities{
     "urn:ietf:params:netconf:capability:candidate:1.0",
     "urn:ietf:params:netconf:capability:validate:1.0",
     "urn:ietf:params:netconf:capability:rollback-on-error:1.0",
+    "urn:ietf:params:netconf:capability:xpath:1.0",
 };
 
 struct Operation {

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "netconf/subtree_filter.h"
+#include "netconf/xpath_filter.h"
 #include "standalone/store/transaction.h"
 
 namespace tarnd::netconf {
@@ -20,17 +21,24 @@ std::string print(const store::Schema& schema, const lyd_node* tree) {
   return text != nullptr ? text : "";
 }
 
-std::string print_selected(const store::Datastore& datastore, const Element& filter) {
+[[noreturn]] void refuse_type() {
+  RpcError error =
+      error_of("protocol", "bad-attribute", "a filter has the type 'subtree' or 'xpath'");
+  error.info = "<bad-attribute>type</bad-attribute><bad-element>filter</bad-element>";
+  refuse(error);
+}
+
+store::TreeOwner selected(const store::Datastore& datastore, const Element& filter) {
   const std::string* type = filter.attribute("type");
-  if (type != nullptr && *type != "subtree") {
-    RpcError error =
-        error_of("protocol", "bad-attribute", "this server has filters of the type 'subtree' only");
-    error.info = "<bad-attribute>type</bad-attribute><bad-element>filter</bad-element>";
-    refuse(error);
-  }
   datastore.settle_order();
-  const store::TreeOwner selected = select_subtrees(filter, datastore.root());
-  return selected != nullptr ? print(datastore.schema(), selected.get()) : "";
+  if (type == nullptr || *type == "subtree") return select_subtrees(filter, datastore.root());
+  if (*type != "xpath") refuse_type();
+  return select_by_xpath(filter, datastore);
+}
+
+std::string print_selected(const store::Datastore& datastore, const Element& filter) {
+  const store::TreeOwner tree = selected(datastore, filter);
+  return tree != nullptr ? print(datastore.schema(), tree.get()) : "";
 }
 
 std::string data_of(const Run& run) {

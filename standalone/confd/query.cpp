@@ -6,7 +6,7 @@
 #include "standalone/confd/errors.h"
 #include "standalone/confd/integers.h"
 #include "standalone/confd/print.h"
-#include "standalone/confd/xpath.h"
+#include "standalone/store/xpath.h"
 
 namespace tarnd::confd {
 namespace {
@@ -107,7 +107,7 @@ std::optional<Query> find_results(const Model& model, const store::Datastore& da
                                   const QueryRequest& request) {
   const lyd_node* context = nullptr;
   if (!find_context(datastore, request.context_node, context)) return std::nullopt;
-  XPath xpath(datastore, context);
+  store::XPath xpath(datastore, context);
   auto results = xpath.nodes(request.expression);
   if (!results.has_value()) {
     fail(CONFD_ERR_XPATH, xpath.error());

@@ -66,5 +66,19 @@ TEST(MessageTest, RefusesWhatNoMessageNeeds) {
   }
 }
 
+TEST(MessageTest, KeepsTheNamespacesInScopeOfAnExpression) {
+  const Element root = read_message(
+      "<a xmlns='urn:a' xmlns:x='urn:x'><b xmlns:y='urn:y'/><c xmlns:x='urn:z' select='/x:d'/>"
+      "<d/></a>");
+  EXPECT_TRUE(root.namespaces.empty());
+  EXPECT_TRUE(root.children.at(0).namespaces.empty());
+  EXPECT_TRUE(root.children.at(2).namespaces.empty());
+  std::string all;
+  for (const Namespace& known : root.children.at(1).namespaces) {
+    all += known.prefix + "=" + known.name + " ";
+  }
+  EXPECT_EQ(all, "=urn:a x=urn:x x=urn:z ");
+}
+
 }  // namespace
 }  // namespace tarnd::netconf

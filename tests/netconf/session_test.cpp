@@ -221,8 +221,9 @@ TEST_F(SessionTest, RefusesWhatIsNoOperation) {
                "operation-not-supported"},
            Row{"edit without config",
                rpc("<edit-config><target><candidate/></target></edit-config>"), "missing-element"},
-           Row{"other filter", rpc("<get><filter type='xpath' select='/'/></get>"),
+           Row{"other filter", rpc("<get><filter type='regex' select='/'/></get>"),
                "bad-attribute"},
+           Row{"expression missing", rpc("<get><filter type='xpath'/></get>"), "missing-attribute"},
            Row{"no such session", rpc("<kill-session><session-id>9</session-id></kill-session>"),
                "invalid-value"},
            Row{"its own session", rpc("<kill-session><session-id>1</session-id></kill-session>"),
@@ -257,6 +258,20 @@ TEST_F(SessionTest, EditsTheCandidateAndCommitsIt) {
   EXPECT_THAT(client(1).ask("<discard-changes/>"), IsOk());
   EXPECT_THAT(client(1).ports("candidate"), ElementsAre("1", "3"));
   EXPECT_THAT(client(1).ask(edit("")), IsOk());
+}
+
+TEST_F(SessionTest, SelectsByXPathOfTheRightDatastore) {
+  EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+  const std::string filter =
+      "<filter type='xpath' xmlns:t='urn:tarnd:base' select='/t:config/t:service-port[t:id>1]'/>";
+  const auto selected = [&](const std::string& source) {
+    return client(1).ask("<get-config><source><" + source + "/></source>" + filter +
+                         "</get-config>");
+  };
+  EXPECT_THAT(selected("running"), AllOf(HasSubstr("<id>2</id>"), Not(HasSubstr("<id>3</id>"))));
+  EXPECT_THAT(selected("candidate"), AllOf(HasSubstr("<id>2</id>"), HasSubstr("<id>3</id>"),
+                                           Not(HasSubstr("<id>1</id>"))));
+  EXPECT_THAT(client(1).ask("<get>" + filter + "</get>"), HasSubstr("<id>2</id>"));
 }
 
 TEST_F(SessionTest, SaysWhatIsWrongWithAnEditAndKeepsTheOnesBefore) {

@@ -8,7 +8,7 @@
 #include "confd_maapi.h"
 #include "standalone/confd/call.h"
 #include "standalone/confd/errors.h"
-#include "standalone/confd/xpath.h"
+#include "standalone/store/xpath.h"
 
 namespace tarnd::confd {
 namespace {
@@ -26,7 +26,7 @@ int eval_expr(int sock, int thandle, const char* expr, char** res, const char* f
     context = datastore.find(*path);
     if (context == nullptr) return fail(CONFD_ERR_NOEXISTS, "the context node does not exist");
   }
-  XPath xpath(datastore, context);
+  store::XPath xpath(datastore, context);
   const std::optional<std::string> text = xpath.text(expr);
   if (!text.has_value()) return fail(CONFD_ERR_XPATH, xpath.error());
   *res = strdup(text->c_str());

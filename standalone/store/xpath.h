@@ -6,13 +6,15 @@
 
 #include "standalone/store/datastore.h"
 
-namespace tarnd::confd {
+namespace tarnd::store {
 
 /// XPath expressions over a datastore's tree, through libyang. Names without a prefix are those of
 /// the model. The context is a node of the tree, or null for the document root.
 class XPath {
  public:
-  XPath(const store::Datastore& datastore, const lyd_node* context);
+  XPath(const Datastore& datastore, const lyd_node* context);
+  /// The same over a tree that is no datastore's, from its document root.
+  explicit XPath(const lyd_node* tree);
 
   /// The nodes that the expression names, in the order of the tree. Nothing if it is malformed or
   /// its value is no node set; error() has the reason.
@@ -33,9 +35,9 @@ class XPath {
   std::optional<std::string> count(const std::string& path, std::size_t found);
   std::optional<std::string> truth_value(const std::string& expression);
 
-  const store::Datastore& datastore_;
+  const lyd_node* tree_;
   const lyd_node* context_;
   std::string error_;
 };
 
-}  // namespace tarnd::confd
+}  // namespace tarnd::store

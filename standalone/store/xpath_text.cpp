@@ -1,11 +1,11 @@
-#include "standalone/confd/xpath_text.h"
+#include "standalone/store/xpath_text.h"
 
 #include <algorithm>
 #include <cctype>
 #include <utility>
 #include <vector>
 
-namespace tarnd::confd {
+namespace tarnd::store {
 namespace {
 
 bool begins_name(char c) {
@@ -160,4 +160,4 @@ std::string without_and_or(std::string_view expression) {
   return Rewriter(expression).rewrite();
 }
 
-}  // namespace tarnd::confd
+}  // namespace tarnd::store

@@ -1,17 +1,21 @@
-#include "standalone/confd/xpath.h"
+#include "standalone/store/xpath.h"
 
 #include <algorithm>
 #include <cctype>
 #include <memory>
 
-#include "standalone/confd/xpath_text.h"
 #include "standalone/store/libyang_compat.h"
+#include "standalone/store/xpath_text.h"
 
-namespace tarnd::confd {
+namespace tarnd::store {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::string_view kCount = "count";
+
+ly_ctx* libyang_of(const lyd_node* tree) {
+  return tree->schema->module->ctx;
+}
 
 std::string_view trimmed(std::string_view text) {
   const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
@@ -80,7 +84,7 @@ std::optional<std::vector<std::size_t>> predicates_of_path(std::string_view expr
 // XPath's string value of a node: the texts of its leaves, joined.
 std::string string_value(const lyd_node* node) {
   if ((node->schema->nodetype & (LYS_LEAF | LYS_LEAFLIST)) != 0) {
-    return std::string(store::value_text(node));
+    return std::string(value_text(node));
   }
   std::string text;
   for (const lyd_node* child = lyd_child(node); child != nullptr; child = child->next) {
@@ -91,23 +95,25 @@ std::string string_value(const lyd_node* node) {
 
 }  // namespace
 
-XPath::XPath(const store::Datastore& datastore, const lyd_node* context)
-    : datastore_(datastore), context_(context) {
+XPath::XPath(const Datastore& datastore, const lyd_node* context)
+    : tree_(datastore.root()), context_(context) {
   datastore.settle_order();
 }
+
+XPath::XPath(const lyd_node* tree) : tree_(tree), context_(nullptr) {}
 
 XPath::Outcome XPath::find(const std::string& expression, std::vector<const lyd_node*>& nodes) {
   ly_set* found = nullptr;
   const std::string safe = without_and_or(expression);
-  const LY_ERR result = store::find_xpath(context_, datastore_.root(), safe.c_str(), &found);
+  const LY_ERR result = find_xpath(context_, tree_, safe.c_str(), &found);
   const auto free_set = [](ly_set* set) { ly_set_free(set, nullptr); };
   const std::unique_ptr<ly_set, decltype(free_set)> set(found, free_set);
   if (result != LY_SUCCESS) {
-    error_ = store::take_libyang_error(datastore_.schema().context());
+    error_ = take_libyang_error(libyang_of(tree_));
     if (names_nothing(expression)) return Outcome::kNodes;
     return result == LY_EINVAL ? Outcome::kOtherType : Outcome::kMalformed;
   }
-  ly_err_clean(datastore_.schema().context(), nullptr);
+  ly_err_clean(libyang_of(tree_), nullptr);
   nodes.assign(set->dnodes, set->dnodes + set->count);
   return Outcome::kNodes;
 }
@@ -119,11 +125,9 @@ bool XPath::names_nothing(const std::string& expression) {
   const std::string path(trimmed(expression));
   const auto predicates = predicates_of_path(path);
   if (!predicates.has_value()) return false;
-  const store::Schema& schema = datastore_.schema();
   const bool ends = std::any_of(predicates->begin(), predicates->end(), [&](std::size_t open) {
     ly_set* found = nullptr;
-    const LY_ERR result =
-        store::find_xpath(context_, datastore_.root(), path.substr(0, open).c_str(), &found);
+    const LY_ERR result = find_xpath(context_, tree_, path.substr(0, open).c_str(), &found);
     const bool none = result == LY_SUCCESS && found->count == 0;
     ly_set_free(found, nullptr);
     return none;
@@ -131,9 +135,9 @@ bool XPath::names_nothing(const std::string& expression) {
   if (!ends) return false;
   ly_set* atoms = nullptr;
   const LY_ERR well_formed =
-      lys_find_xpath_atoms(schema.context(), schema.root().lysc, path.c_str(), 0, &atoms);
+      lys_find_xpath_atoms(libyang_of(tree_), tree_->schema, path.c_str(), 0, &atoms);
   ly_set_free(atoms, nullptr);
-  ly_err_clean(schema.context(), nullptr);
+  ly_err_clean(libyang_of(tree_), nullptr);
   return well_formed == LY_SUCCESS;
 }
 
@@ -184,8 +188,8 @@ std::optional<bool> XPath::holds(const std::string& condition) {
   ly_bool result = 0;
   if (lyd_eval_xpath(context_, without_and_or(condition).c_str(), &result) == LY_SUCCESS)
     return result != 0;
-  error_ = store::take_libyang_error(datastore_.schema().context());
+  error_ = take_libyang_error(libyang_of(tree_));
   return std::nullopt;
 }
 
-}  // namespace tarnd::confd
+}  // namespace tarnd::store
