@@ -9,6 +9,7 @@
 #include "netconf/ending.h"
 #include "netconf/locks.h"
 #include "netconf/reading.h"
+#include "netconf/with_defaults.h"
 #include "netconf/xml_text.h"
 
 namespace tarnd::netconf {
@@ -21,18 +22,31 @@ constexpr std::array kCapabilities{
     "urn:ietf:params:netconf:capability:validate:1.0",
     "urn:ietf:params:netconf:capability:rollback-on-error:1.0",
     "urn:ietf:params:netconf:capability:xpath:1.0",
+    "urn:ietf:params:netconf:capability:with-defaults:1.0?basic-mode=explicit"
+    "&also-supported=report-all,report-all-tagged,trim",
 };
+
+struct Parameter {
+  // NOLINTNEXTLINE(google-explicit-constructor): most are of the base protocol
+  constexpr Parameter(const char* name_, std::string_view name_space_ = kBaseNamespace)
+      : name(name_), name_space(name_space_) {}
+
+  std::string_view name;
+  std::string_view name_space;
+};
+
+constexpr Parameter kWithDefaults{"with-defaults", kWithDefaultsNamespace};
 
 struct Operation {
   std::string_view name;
-  std::vector<std::string_view> parameters;
+  std::vector<Parameter> parameters;
   std::string (*run)(const Run&);
 };
 
 const std::vector<Operation>& operations() {
   static const std::vector<Operation> table = {
-      {"get", {"filter"}, &get},
-      {"get-config", {"source", "filter"}, &get_config},
+      {"get", {"filter", kWithDefaults}, &get},
+      {"get-config", {"source", "filter", kWithDefaults}, &get_config},
       {"edit-config",
        {"target", "default-operation", "test-option", "error-option", "config"},
        &edit_config},
@@ -57,11 +71,13 @@ const Operation& operation_named(const Element& element) {
   refuse(error);
 }
 
-void check_parameters(const Element& operation, const std::vector<std::string_view>& known) {
+void check_parameters(const Element& operation, const std::vector<Parameter>& known) {
   std::vector<std::string_view> seen;
   for (const Element& child : operation.children) {
-    const bool is_known = child.name_space == kBaseNamespace &&
-                          std::find(known.begin(), known.end(), child.name) != known.end();
+    const bool is_known =
+        std::any_of(known.begin(), known.end(), [&child](const Parameter& parameter) {
+          return child.is(parameter.name_space, parameter.name);
+        });
     const bool again = std::find(seen.begin(), seen.end(), child.name) != seen.end();
     if (!is_known || again) refuse(unknown_element(child.name));
     seen.push_back(child.name);
@@ -83,7 +99,7 @@ std::string run_operation(Card& card, Caller& caller, const Element& rpc,
 std::string capabilities(const store::Schema& schema) {
   std::string text = "<capabilities>";
   for (const char* capability : kCapabilities) {
-    text += "<capability>" + std::string(capability) + "</capability>";
+    text += "<capability>" + escaped(capability) + "</capability>";
   }
   const lys_module* module = schema.root().lysc->module;
   std::string of_model = std::string(module->ns) + "?module=" + module->name;

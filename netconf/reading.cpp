@@ -1,25 +1,13 @@
 #include "netconf/reading.h"
 
-#include <cstdlib>
-#include <memory>
-
+#include "netconf/data_text.h"
 #include "netconf/subtree_filter.h"
+#include "netconf/with_defaults.h"
 #include "netconf/xpath_filter.h"
 #include "standalone/store/transaction.h"
 
 namespace tarnd::netconf {
 namespace {
-
-std::string print(const store::Schema& schema, const lyd_node* tree) {
-  char* text = nullptr;
-  const LY_ERR result = lyd_print_mem(&text, tree, LYD_XML, LYD_PRINT_WD_EXPLICIT);
-  const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
-  if (result != LY_SUCCESS) {
-    ly_err_clean(schema.context(), nullptr);
-    throw RpcFailure(RpcError{});
-  }
-  return text != nullptr ? text : "";
-}
 
 [[noreturn]] void refuse_type() {
   RpcError error =
@@ -28,25 +16,28 @@ std::string print(const store::Schema& schema, const lyd_node* tree) {
   refuse(error);
 }
 
-store::TreeOwner selected(const store::Datastore& datastore, const Element& filter) {
+store::TreeOwner selected(const store::Datastore& datastore, const Element& filter,
+                          Defaults defaults) {
   const std::string* type = filter.attribute("type");
-  datastore.settle_order();
-  if (type == nullptr || *type == "subtree") return select_subtrees(filter, datastore.root());
+  if (type == nullptr || *type == "subtree") {
+    return select_subtrees(filter, datastore.root(), defaults);
+  }
   if (*type != "xpath") refuse_type();
   return select_by_xpath(filter, datastore);
 }
 
-std::string print_selected(const store::Datastore& datastore, const Element& filter) {
-  const store::TreeOwner tree = selected(datastore, filter);
-  return tree != nullptr ? print(datastore.schema(), tree.get()) : "";
-}
-
 std::string data_of(const Run& run) {
+  const Defaults defaults = defaults_asked_for(run);
   const Element* filter = find_parameter(run, "filter");
   const store::Datastore& datastore = run.card.datastore;
-  const std::string data =
-      filter != nullptr ? print_selected(datastore, *filter) : datastore.print(store::Format::kXml);
-  return "<data>" + data + "</data>";
+  datastore.settle_order();
+  std::string text = "<data>";
+  if (filter == nullptr) {
+    append_data(text, datastore.root(), defaults);
+  } else if (const auto tree = selected(datastore, *filter, defaults); tree != nullptr) {
+    append_data(text, tree.get(), defaults);
+  }
+  return text + "</data>";
 }
 
 }  // namespace

@@ -274,6 +274,45 @@ TEST_F(SessionTest, SelectsByXPathOfTheRightDatastore) {
   EXPECT_THAT(client(1).ask("<get>" + filter + "</get>"), HasSubstr("<id>2</id>"));
 }
 
+TEST_F(SessionTest, ReportsDefaultsAsTheClientAsks) {
+  struct Row {
+    const char* name;
+    const char* mode;
+    const char* filter;
+    bool is_reported;
+  };
+  const std::string link =
+      "<interface><gpon><chassis-id>1</chassis-id><slot-id>1</slot-id><port-id>3</port-id>"
+      "</gpon></interface>";
+  EXPECT_THAT(client(1).ask(edit(link)), IsOk());
+  const char* by_value =
+      "<filter><config xmlns='urn:tarnd:base'><interface><gpon><upstream-fec>true</upstream-fec>"
+      "</gpon></interface></config></filter>";
+  const char* by_path = "<filter type='xpath' select='//*[upstream-fec=\"true\"]'/>";
+  for (const Row& row : {
+           Row{"explicit", "explicit", "", false},
+           Row{"trim", "trim", "", false},
+           Row{"report-all", "report-all", "", true},
+           Row{"tagged", "report-all-tagged", "", true},
+           Row{"explicit, by its value", "explicit", by_value, false},
+           Row{"report-all, by its value", "report-all", by_value, true},
+           Row{"report-all, by path", " report-all ", by_path, true},
+       }) {
+    const std::string reply = client(1).ask(
+        "<get-config><source><candidate/></source>" + std::string(row.filter) +
+        "<with-defaults xmlns='urn:ietf:params:xml:ns:yang:ietf-netconf-with-defaults'>" +
+        row.mode + "</with-defaults></get-config>");
+    EXPECT_THAT(reply, HasSubstr("<data>")) << row.name;
+    EXPECT_EQ(reply.find("upstream-fec") != std::string::npos, row.is_reported) << row.name;
+  }
+  EXPECT_THAT(client(1).ask("<get><with-defaults "
+                            "xmlns='urn:ietf:params:xml:ns:yang:ietf-netconf-with-defaults'>nix"
+                            "</with-defaults></get>"),
+              IsError("invalid-value"));
+  EXPECT_THAT(client(1).ask("<get><with-defaults>trim</with-defaults></get>"),
+              IsError("unknown-element"));
+}
+
 TEST_F(SessionTest, SaysWhatIsWrongWithAnEditAndKeepsTheOnesBefore) {
   struct Row {
     const char* name;

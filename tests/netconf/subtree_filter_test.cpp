@@ -22,7 +22,7 @@ std::string selected(const std::string& filter) {
   store::Datastore datastore(test::model());
   datastore.load(test::config(kContent), store::Format::kXml);
   const Element root = read_message("<filter xmlns='urn:tarnd:base'>" + filter + "</filter>");
-  const store::TreeOwner tree = select_subtrees(root, datastore.root());
+  const store::TreeOwner tree = select_subtrees(root, datastore.root(), Defaults::kExplicit);
   if (tree == nullptr) return "nothing";
   char* text = nullptr;
   lyd_print_mem(&text, tree.get(), LYD_XML, LYD_PRINT_WD_EXPLICIT | LYD_PRINT_SHRINK);
