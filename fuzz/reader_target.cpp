@@ -37,14 +37,20 @@ struct KnownDifference {
 };
 
 constexpr const char* kAnything = "";
+constexpr const char* kEmptyElement = "(/>|<[^/<>]*>\\s*</)";
+constexpr const char* kTextAfterComment = "(-->|[?]>)\\s*(<!\\[CDATA\\[|[^<\\s])";
+constexpr std::string_view kAnyRefusal;
 
 constexpr std::array kOnlyLibyangAccepts = {
     KnownDifference{"the text is not UTF-8", kAnything,
                     "libyang skips declarations and comments without a look at their bytes"},
     KnownDifference{"holds a NUL byte", kAnything, "libyang's text ends there"},
     KnownDifference{"the version of XML is ", "version", "libyang overlooks the declaration"},
-    KnownDifference{"a configuration has none, a change may", "operation",
-                    "libyang keeps the operation of an edit as metadata"},
+    KnownDifference{"a configuration has none, a change may", "(operation|insert)",
+                    "libyang keeps what an edit says of a node as metadata"},
+    KnownDifference{"a configuration has none, a change may",
+                    "\"@[^\"]*\"\\s*:\\s*(\\[|[{]\\s*[}])",
+                    "libyang overlooks the metadata of entries, and empty metadata"},
     KnownDifference{"'config' in the namespace '@base'", "\"@base:config\"",
                     "libyang keeps metadata of the top-level node, too"},
     KnownDifference{"not XML: ", kAnything,
@@ -56,6 +62,10 @@ constexpr std::array kOnlyLibyangAccepts = {
                     "libyang lets Unicode's noncharacters pass, which RFC 7950 excludes"},
     KnownDifference{"is not a number from ", "[0-9.][eE][+-]?[0-9]",
                     "libyang works exponents out; it reads 0.5e1 as a point"},
+    KnownDifference{"is not a number from ", "0\\.0", "libyang takes 0.0 for 0"},
+    KnownDifference{"holds the member '", kAnything, "libyang joins a list's members"},
+    KnownDifference{"' twice", kEmptyElement,
+                    "of two containers of one name, libyang removes an empty one"},
 };
 constexpr std::array kOnlyReaderAccepts = {
     KnownDifference{"not found in the \"ietf-netconf\" module", "(data|rpc-reply|config)",
@@ -63,11 +73,17 @@ constexpr std::array kOnlyReaderAccepts = {
     KnownDifference{"Unknown XML section", "<!\\[CDATA\\[", "libyang knows CDATA in values only"},
     KnownDifference{"expected element tag start", "(<!|<[?]|&)",
                     "libyang ends a value at a comment, and knows no references between elements"},
+    KnownDifference{kAnyRefusal, kTextAfterComment, "libyang refuses the value before a comment"},
     KnownDifference{"inside an inner node", "[>\\s]&#(0*(9|10|13|32)|x0*([9aAdD]|20));",
                     "libyang takes white space for a value if it is written as a reference"},
     KnownDifference{"Invalid position of the key", "<", "the reader takes keys in any place"},
     KnownDifference{"Invalid character reference", "\\\\u[dD][89abAB]",
                     "libyang knows no pairs of surrogates"},
+};
+/// The same for texts that both accept, with different trees.
+constexpr std::array kDifferentTrees = {
+    KnownDifference{kAnyRefusal, "(-->|[?]>)\\s+</",
+                    "libyang drops white space between a comment and the end of a value"},
 };
 
 bool is_known(const std::string& refusal, const std::string& text, const auto& differences) {
@@ -174,7 +190,7 @@ void try_text(const std::string& text) {
     return require(is_known(*libyang.refusal, text, kOnlyReaderAccepts),
                    "only the reader accepts it; libyang says: " + *libyang.refusal);
   }
-  require(reader.nodes == libyang.nodes,
+  require(reader.nodes == libyang.nodes || is_known("", text, kDifferentTrees),
           "both read the same tree, but for" + difference(reader.nodes, libyang.nodes));
 }
 
