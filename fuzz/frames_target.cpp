@@ -129,7 +129,7 @@ void require_whole_frames(const std::string& output, Framing framing) {
 
 void try_session(const std::string& stream, const PieceSizes& sizes, bool says_hello,
                  std::size_t most) {
-  ServedCard card;
+  ServedCard card("<config xmlns='urn:tarnd:base'/>");
   netconf::Session session(card.shared(), 1, "somebody", most + kHello.size());
   if (says_hello) {
     session.receive(kHello);

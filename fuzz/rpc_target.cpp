@@ -17,6 +17,7 @@
 
 #include "fuzz/property.h"
 #include "fuzz/served_card.h"
+#include "fuzz/small_card.h"
 #include "fuzz/target.h"
 #include "netconf/framing.h"
 #include "netconf/message.h"
@@ -96,7 +97,7 @@ bool is_ok(const Element& reply) {
 /// A client of the card. The session that it has after its last one ended is a new one.
 class Client {
  public:
-  explicit Client(WarningPolicy policy) : card_(policy) { start(); }
+  explicit Client(WarningPolicy policy) : card_(small_card(), policy) { start(); }
 
   void ask(const std::string& message) {
     if (count(message, kSecret) != count(message, kSecretInLeaf)) has_secret_ = false;

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "fuzz/small_card.h"
 #include "gpon_card_valid.h"
 #include "standalone/card/card_file.h"
 #include "standalone/daemon/daemon.h"
@@ -26,15 +25,15 @@ Host& host() {
   return host;
 }
 
-store::Datastore& loaded_datastore() {
-  host().datastore.load(small_card(), Format::kXml);
+store::Datastore& loaded_datastore(const std::string& configuration) {
+  host().datastore.load(configuration, Format::kXml);
   return host().datastore;
 }
 
 }  // namespace
 
-ServedCard::ServedCard(netconf::WarningPolicy warnings)
-    : card_(loaded_datastore(), host().daemon, warnings,
+ServedCard::ServedCard(const std::string& configuration, netconf::WarningPolicy warnings)
+    : card_(loaded_datastore(configuration), host().daemon, warnings,
             [this](netconf::LogLevel, const std::string& text) { log_ += text + "\n"; }) {}
 
 std::string ServedCard::running() {

@@ -6,11 +6,12 @@
 
 namespace tarnd::fuzz {
 
-/// The small card, with all validators, as sessions share it. Each object starts from the same
-/// configuration; there may be one at a time.
+/// A card with all validators, as sessions share it. There may be one at a time.
 class ServedCard {
  public:
-  explicit ServedCard(netconf::WarningPolicy warnings = netconf::WarningPolicy::kAccept);
+  /// With this configuration, in XML.
+  explicit ServedCard(const std::string& configuration,
+                      netconf::WarningPolicy warnings = netconf::WarningPolicy::kAccept);
 
   netconf::Card& shared() { return card_; }
   std::string running();

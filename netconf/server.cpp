@@ -50,10 +50,11 @@ Server::~Server() {
   std::filesystem::remove(options_.socket, ignored);
 }
 
-void Server::run(int stop) {
+void Server::run(const std::vector<Watch>& watches) {
   std::vector<pollfd> polled;
   for (;;) {
-    polled = {{stop, POLLIN, 0}, {listener_.get(), POLLIN, 0}};
+    polled = {{listener_.get(), POLLIN, 0}};
+    for (const Watch& watch : watches) polled.push_back({watch.descriptor, POLLIN, 0});
     for (Connection& connection : connections_) {
       const bool takes_answers = connection.session.output().size() < kMostWaiting;
       const bool reads = !connection.input_ended && !connection.has_more && takes_answers &&
@@ -66,11 +67,13 @@ void Server::run(int stop) {
       if (errno == EINTR) continue;
       throw std::system_error(errno, std::generic_category(), "poll");
     }
-    if (polled[0].revents != 0) return;
-    auto of_connection = polled.begin() + 2;
-    for (Connection& connection : connections_) serve(connection, (of_connection++)->revents);
+    auto next = polled.cbegin() + 1;
+    for (const Watch& watch : watches) {
+      if ((next++)->revents != 0 && !watch.take()) return;
+    }
+    for (Connection& connection : connections_) serve(connection, (next++)->revents);
     drop_ended();
-    if (polled[1].revents != 0) accept_one();
+    if (polled[0].revents != 0) accept_one();
   }
 }
 

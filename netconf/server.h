@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <list>
 #include <string>
 #include <vector>
@@ -23,6 +24,12 @@ struct ServerOptions {
   std::chrono::seconds hello_within{10};
 };
 
+/// A descriptor that the server waits for besides its clients.
+struct Watch {
+  int descriptor;
+  std::function<bool()> take;  ///< called when it can be read; false ends the server
+};
+
 /// Serves a card to the clients of one socket, all from one thread: a client that is silent, slow
 /// or sends without end delays nobody else by more than one of its operations.
 class Server {
@@ -34,8 +41,8 @@ class Server {
   /// Ends all sessions and removes the socket.
   ~Server();
 
-  /// Serves until the descriptor `stop` can be read.
-  void run(int stop);
+  /// Serves until a watch ends it.
+  void run(const std::vector<Watch>& watches);
 
  private:
   using Clock = std::chrono::steady_clock;

@@ -44,6 +44,12 @@ def get_config(datastore="running", content=None):
     return f"<get-config><source><{datastore}/></source>{selected}</get-config>"
 
 
+def free_port():
+    with socket.socket() as any_port:
+        any_port.bind(("127.0.0.1", 0))
+        return any_port.getsockname()[1]
+
+
 def wait_for(condition, what):
     deadline = time.monotonic() + PATIENCE
     while not condition():
@@ -55,8 +61,10 @@ def wait_for(condition, what):
 class ServedCard:
     """gponval serve with a generated card, in a folder of its own."""
 
-    def __init__(self, gponval, *options, ports=8):
+    def __init__(self, gponval, *options, ports=8, starts=True):
         self.gponval = gponval
+        self.prefix = []  # what runs the command
+        self.process = None
         self.folder = tempfile.mkdtemp(prefix="gponval-netconf-")
         os.chmod(self.folder, 0o755)
         self.card = self.file("card.xml", subprocess.run(
@@ -64,7 +72,9 @@ class ServedCard:
             check=True, stdout=subprocess.PIPE).stdout)
         self.socket = os.path.join(self.folder, "card.socket")
         self.log = os.path.join(self.folder, "log")
-        self.start(*options)
+        self.state = os.path.join(self.folder, "state")
+        if starts:
+            self.start(*options)
 
     def file(self, name, content):
         path = os.path.join(self.folder, name)
@@ -77,10 +87,13 @@ class ServedCard:
             options += ("--hello-timeout", "600")  # no test fails for a slow machine
         with open(self.log, "ab") as log:
             self.process = subprocess.Popen(
-                [self.gponval, "serve", "--running", self.card, "--socket", self.socket, *options],
-                stdout=subprocess.PIPE, stderr=log)
+                [*self.prefix, self.gponval, "serve", "--running", self.card, "--socket",
+                 self.socket, *options],
+                stdout=subprocess.PIPE, stderr=log,
+                env=dict(os.environ, XDG_STATE_HOME=self.state))
         self.greeting = self.process.stdout.readline().decode()
         if "Serving NETCONF" not in self.greeting:
+            self.stop()
             raise AssertionError("the server did not start: " + self.log_text())
 
     def log_text(self):
@@ -96,7 +109,8 @@ class ServedCard:
         return status
 
     def close(self):
-        self.stop()
+        if self.process is not None:
+            self.stop()
         shutil.rmtree(self.folder)
 
     def commit(self, content):

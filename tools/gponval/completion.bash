@@ -14,8 +14,8 @@ _gponval_options() {
         "--service-profiles --rg-profiles --tr069-profiles --sip-profiles --media-profiles --help"
       ;;
     serve)
-      echo "--running --card --input-format --plugin --socket --warnings --allow --max-message" \
-        "--max-sessions --hello-timeout --help"
+      echo "--running --card --input-format --plugin --socket --warnings --allow --ssh" \
+        "--authorized-keys --sshd --max-message --max-sessions --hello-timeout --help"
       ;;
     netconf) echo "--socket --help" ;;
     *) echo "--help --version" ;;
@@ -75,7 +75,8 @@ _gponval_offer_paths() {
 
 _gponval_offer_value() {
   case $1 in
-    --running | --change | --candidate | --card | --plugin | --save | --socket) _gponval_offer_files "$2" ;;
+    --running | --change | --candidate | --card | --plugin | --save | --socket | --authorized-keys | \
+      --sshd) _gponval_offer_files "$2" ;;
     --set | --create | --replace) _gponval_offer_paths "$2" --values ;;
     --delete | --remove) _gponval_offer_paths "$2" ;;
     --only) _gponval_offer_list "$2" ;;

@@ -61,7 +61,10 @@ _gponval() {
         '--plugin[the validation plug-in]:file:_files' \
         '--socket[where to listen]:file:_files' \
         '--warnings[what a commit does with warnings]:answer:(accept reject report)' \
-        '--allow[who else may connect]:user:_users' '--max-message:number: ' \
+        '--allow[who else may connect]:user:_users' \
+        '--ssh[where to listen for SSH clients]:address: ' \
+        '--authorized-keys[who may log in]:file:_files' '--sshd[the OpenSSH server]:file:_files' \
+        '--max-message:number: ' \
         '--max-sessions:number: ' '--hello-timeout:number: ' \
         '(-h --help)'{-h,--help}'[print the help]'
       ;;

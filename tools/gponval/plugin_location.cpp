@@ -21,18 +21,18 @@ constexpr std::array kModelPlaces = {
 };
 constexpr const char* kModelFile = "base.yang";
 
-std::filesystem::path command_folder() {
-  std::error_code error;
-  const std::filesystem::path command = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (error) throw UsageError("cannot find the folder of this command: " + error.message());
-  return command.parent_path();
-}
-
 }  // namespace
+
+std::filesystem::path command_file() {
+  std::error_code error;
+  std::filesystem::path command = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (error) throw UsageError("cannot find the folder of this command: " + error.message());
+  return command;
+}
 
 std::filesystem::path find_plugin(const std::optional<std::string>& named) {
   if (named.has_value()) return *named;
-  const std::filesystem::path folder = command_folder();
+  const std::filesystem::path folder = command_file().parent_path();
   std::error_code unknown;
   for (const char* place : kPluginPlaces) {
     std::filesystem::path file = (folder / place).lexically_normal();
@@ -42,7 +42,7 @@ std::filesystem::path find_plugin(const std::optional<std::string>& named) {
 }
 
 std::filesystem::path find_model() {
-  const std::filesystem::path folder = command_folder();
+  const std::filesystem::path folder = command_file().parent_path();
   std::error_code unknown;
   for (const char* place : kModelPlaces) {
     std::filesystem::path model = (folder / place).lexically_normal();

@@ -13,4 +13,7 @@ std::filesystem::path find_plugin(const std::optional<std::string>& named);
 /// The folder of the data model that belongs to this command. Throws UsageError.
 std::filesystem::path find_model();
 
+/// The program that runs. Throws UsageError.
+std::filesystem::path command_file();
+
 }  // namespace gponval

@@ -1,5 +1,6 @@
 #include <pwd.h>
 #include <sys/signalfd.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -9,15 +10,19 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "netconf/server.h"
+#include "netconf/ssh_address.h"
+#include "netconf/ssh_daemon.h"
 #include "netconf/unix_socket.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/error_line.h"
 #include "tools/gponval/host.h"
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
+#include "tools/gponval/serve_ssh.h"
 #include "tools/gponval/socket_name.h"
 #include "tools/gponval/usage_error.h"
 
@@ -38,6 +43,7 @@ constexpr const char* kExamples =
     "Examples:\n"
     "  gponval serve --running card.xml --socket card.socket\n"
     "  gponval serve --running card.xml --socket card.socket --warnings reject\n"
+    "  gponval serve --running card.xml --ssh 8300 --authorized-keys key.pub\n"
     "  gponval netconf --socket card.socket < session.xml\n"
     "\n";
 
@@ -50,6 +56,7 @@ struct ServeArguments {
   std::optional<std::string> socket;
   std::string warnings = "accept";
   std::vector<std::string> allow;
+  SshArguments ssh;
   std::size_t most_of_message = 64;  // MiB
   std::size_t most_sessions = 64;
   unsigned hello_within = 10;  // seconds
@@ -81,35 +88,69 @@ netconf::ServerOptions server_options(const ServeArguments& arguments) {
   return options;
 }
 
-// Can be read once one of the signals came that stop a server.
-netconf::Descriptor stop_signals() {
+// Can be read when one of the signals came that a server reacts to.
+netconf::Descriptor watch_signals() {
   sigset_t signals;
   sigemptyset(&signals);
-  sigaddset(&signals, SIGTERM);
-  sigaddset(&signals, SIGINT);
+  for (const int signal : {SIGTERM, SIGINT, SIGCHLD}) sigaddset(&signals, signal);
   sigprocmask(SIG_BLOCK, &signals, nullptr);
-  netconf::Descriptor stop(signalfd(-1, &signals, SFD_CLOEXEC));
-  if (stop.get() < 0) throw UsageError(std::string("signalfd: ") + std::strerror(errno));
-  return stop;
+  netconf::Descriptor watched(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+  if (watched.get() < 0) throw UsageError(std::string("signalfd: ") + std::strerror(errno));
+  return watched;
 }
 
-void print_where_to_connect(const std::filesystem::path& socket) {
+using Ssh = std::optional<netconf::SshDaemon>;
+
+// Returns false for one that ends the server.
+bool take_signal(const netconf::Descriptor& signals, Ssh& ssh) {
+  signalfd_siginfo signal{};
+  if (read(signals.get(), &signal, sizeof signal) != sizeof signal) return true;
+  if (signal.ssi_signo != SIGCHLD) return false;
+  if (ssh.has_value() && ssh->has_ended()) {
+    ssh->log_output();
+    throw UsageError("sshd ended, so this server does, too");
+  }
+  return true;
+}
+
+void print_where_to_connect(const std::filesystem::path& socket, const SshArguments& ssh) {
   std::cout << "Serving NETCONF at " << socket.string()
             << ". Connect with:\n  gponval netconf --socket " << socket.string() << "\n";
+  if (ssh.address.has_value()) {
+    const auto address = netconf::ssh_address(*ssh.address);
+    std::cout << "  ssh -s -p " << address->port << " " << netconf::host_to_connect_to(*address)
+              << " netconf\n";
+  }
   finish_output();
 }
 
 ExitStatus serve(const ServeArguments& arguments) {
   const netconf::ServerOptions options = server_options(arguments);
+  std::optional<netconf::SshOptions> ssh_server;
+  if (arguments.ssh.address.has_value()) {
+    ssh_server = ssh_options(arguments.ssh, options.socket, arguments.allow);
+  }
   Host host(arguments.run, read_card(arguments.inputs));
   load_running(host.datastore(), arguments.inputs);
-  const netconf::Descriptor stop = stop_signals();
-  netconf::Card card(
-      host.datastore(), host.daemon(), warning_policy(arguments.warnings),
-      [](netconf::LogLevel /*level*/, const std::string& text) { print_error(text); });
+  const netconf::Descriptor signals = watch_signals();
+  const netconf::Log log = [](netconf::LogLevel /*level*/, const std::string& text) {
+    print_error(text);
+  };
+  netconf::Card card(host.datastore(), host.daemon(), warning_policy(arguments.warnings), log);
   netconf::Server server(card, options);
-  print_where_to_connect(options.socket);
-  server.run(stop.get());
+  Ssh ssh;
+  if (ssh_server.has_value()) ssh.emplace(*ssh_server, log);
+  print_where_to_connect(options.socket, arguments.ssh);
+
+  std::vector<netconf::Watch> watches = {
+      {signals.get(), [&] { return take_signal(signals, ssh); }}};
+  if (ssh.has_value()) {
+    watches.push_back({ssh->output(), [&ssh] {
+                         ssh->log_output();
+                         return true;
+                       }});
+  }
+  server.run(watches);
   return ExitStatus::kAccepted;
 }
 
@@ -158,6 +199,7 @@ Command add_serve(CLI::App& gponval) {
       ->delimiter(',')
       ->allow_extra_args(false)
       ->group(kServerGroup);
+  add_ssh_options(*app, arguments->ssh, kServerGroup);
   add_limits(*app, *arguments);
   return {app, [arguments] { return serve(*arguments); }};
 }
