@@ -16,8 +16,8 @@ namespace tarnd::store {
 /// must exist.
 enum class Operation : std::uint8_t { kMerge, kReplace, kCreate, kDelete, kRemove, kNone };
 
-/// The lines in which entries, and other nodes with an operation, begin or end. Searched only for
-/// an error message.
+/// The lines in which nodes of a change, or entries of a configuration, begin or end; several if a
+/// change has the node several times. Searched only for a message.
 using LinesOfNodes = std::vector<std::pair<const lyd_node*, std::size_t>>;
 
 /// The line of the node, or of its nearest ancestor that has one.

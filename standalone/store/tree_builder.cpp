@@ -414,7 +414,11 @@ void TreeBuilder::leave_leaf() {
     note_removal(parent, {&leaf, *own == Operation::kDelete, line()});
   } else {
     lyd_node* node = create_value(parent, leaf, value);
-    if (own.has_value()) note(parent, node, *own, line());
+    if (own.has_value()) {
+      note(parent, node, *own, line());
+    } else if (is_validated(leaf)) {
+      notes_.lines.emplace_back(node, line());
+    }
   }
   --depth_;
 }
@@ -434,6 +438,11 @@ lyd_node* TreeBuilder::create_value(Frame& parent, const SchemaNode& leaf,
   return node;
 }
 
+// The answers to a change may be about it.
+bool TreeBuilder::is_validated(const SchemaNode& node) const {
+  return use_ == TreeUse::kChange && !node.points.empty();
+}
+
 void TreeBuilder::check_form(const SchemaNode& leaf, ValueKind kind) const {
   const bool right = form_ == ValueForm::kXmlText || form_ == form_of(kind);
   if (!right) fail("needs " + std::string(name_of(form_of(kind))) + ": " + what_it_takes(leaf));
@@ -451,8 +460,9 @@ void TreeBuilder::leave_inner() {
     fail_at(frame.line, "is given twice, with an operation");
   }
   for (const ChildOperation& of : frame.child_operations) settle(frame, of);
-  // A container is identified by the entry around it.
-  if (frame.schema->kind == NodeKind::kList || frame.operation.has_value()) {
+  // Other containers are identified by the entry around them.
+  if (frame.schema->kind == NodeKind::kList || frame.operation.has_value() ||
+      is_validated(*frame.schema)) {
     notes_.lines.emplace_back(frame.node, frame.line);
   }
   if (frame.operation.has_value()) notes_.operations.emplace(frame.node, *frame.operation);
@@ -474,6 +484,13 @@ void TreeBuilder::note_removal(Frame& parent, const LeafRemoval& removal) {
   parent.noted = true;
 }
 
+// It is one of the last.
+void TreeBuilder::forget_line(const lyd_node* node) {
+  const auto line = std::find_if(notes_.lines.rbegin(), notes_.lines.rend(),
+                                 [node](const auto& known) { return known.first == node; });
+  notes_.lines.erase(std::next(line).base());
+}
+
 // Metadata of a leaf, or of a leaf-list's value, after its whole parent was read.
 void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
   const SchemaNode& leaf = *of.leaf;
@@ -486,6 +503,7 @@ void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
   }
   lyd_node* node = nullptr;
   lyd_find_sibling_val(lyd_child(frame.node), leaf.lysc, nullptr, 0, &node);
+  if (node != nullptr && is_validated(leaf)) forget_line(node);
   if (goes(of.operation)) {
     const std::size_t rank = rank_of(frame, leaf);
     const bool before = frame.again && !frame.seen[rank] && was_given(frame.node, leaf);

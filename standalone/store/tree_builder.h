@@ -139,8 +139,10 @@ class TreeBuilder {
   void take_key(const SchemaNode& key, const std::string& value);
   [[noreturn]] void refuse_keys(const Frame& entry);
   lyd_node* create_value(Frame& parent, const SchemaNode& leaf, const std::string& value);
+  [[nodiscard]] bool is_validated(const SchemaNode& node) const;
   void check_form(const SchemaNode& leaf, ValueKind kind) const;
   void note(Frame& parent, const lyd_node* node, Operation operation, std::size_t line);
+  void forget_line(const lyd_node* node);
   void note_removal(Frame& parent, const LeafRemoval& removal);
   void settle(Frame& frame, const ChildOperation& of);
 

@@ -14,6 +14,9 @@ using ::testing::StartsWith;
 
 using CommitTest = CommandTest;
 
+// The change is one line.
+constexpr const char* kInChange = "at change.xml:1\n";
+
 // Two service ports that match the same traffic, and a GEM port that does not exist.
 const std::string kTwoErrors = service_port(3, 1, 10) + service_port(4, 9, 10);
 
@@ -75,8 +78,8 @@ TEST_F(CommitTest, TheFirstErrorEndsIt) {
 TEST_F(CommitTest, AllListsEveryErrorAndWarning) {
   const Outcome run = commit(kTwoErrors + fec_change(), {"--all"});
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.out, std::string("Commit rejected.\n\n") + kFecWarning + "\n" + kConflict + "\n" +
-                         kMissingGem);
+  EXPECT_EQ(run.out, std::string("Commit rejected.\n\n") + kFecWarning + kInChange + "\n" +
+                         kConflict + "\n" + kMissingGem);
 }
 
 TEST_F(CommitTest, OnlyCallsTheNamedRequests) {
@@ -95,7 +98,7 @@ TEST_F(CommitTest, OnlyCallsTheNamedRequests) {
 TEST_F(CommitTest, AWarningIsNotConfirmedAwayFromATerminal) {
   const Outcome run = commit(fec_change());
   EXPECT_EQ(run.status, 3);
-  EXPECT_EQ(run.out, std::string("Commit not confirmed.\n\n") + kFecWarning);
+  EXPECT_EQ(run.out, std::string("Commit not confirmed.\n\n") + kFecWarning + kInChange);
 }
 
 TEST_F(CommitTest, ConfirmAnswersTheWarning) {
@@ -154,7 +157,8 @@ TEST_F(CommitTest, TheJsonReportHasEveryAnswerInCallOrder) {
                                                "service_port_global_validation", "sp_gem_check"));
   for (std::size_t i = 0; i < 3; ++i) {
     const json& answer = report.at("answers").at(i);
-    EXPECT_EQ(answer.size(), 5U);
+    EXPECT_EQ(answer.size(), i < 2 ? 5U : 6U);
+    EXPECT_EQ(answer.contains("source"), i == 2);
     EXPECT_EQ(answer.at("path"), "/config/service-port");
     EXPECT_EQ(answer.at("result"), i < 2 ? "OK" : "ERROR");
     EXPECT_EQ(answer.at("text"),
@@ -199,8 +203,9 @@ TEST_F(CommitTest, AnAnswerWithoutTextReadsValidationFailed) {
   const std::string change = "<service-port><id>3</id><gpon><id>1/1/3</id></gpon></service-port>";
   const Outcome text = commit(change, {"--only", "sp_gem_check"});
   EXPECT_EQ(text.status, 1);
-  EXPECT_EQ(text.out,
-            "Commit rejected.\n\nERROR /config/service-port (sp_gem_check)\nvalidation failed\n");
+  EXPECT_EQ(text.out, std::string("Commit rejected.\n\nERROR /config/service-port (sp_gem_check)\n"
+                                  "validation failed\n") +
+                          kInChange);
   const Outcome in_json = commit(change, {"--only", "sp_gem_check", "--format", "json"});
   EXPECT_EQ(in_json.json().at("answers").at(0).at("text"), "");
 }

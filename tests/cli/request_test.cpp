@@ -100,7 +100,8 @@ TEST_F(RequestTest, ItSeesTheChanges) {
   EXPECT_EQ(run.status, 1) << run.err;
   EXPECT_EQ(run.out,
             "Request rejected.\n\nERROR /config/service-port (sp_gem_check)\n"
-            "Service-port [3] gem [9] was not configured to onu [1]\n");
+            "Service-port [3] gem [9] was not configured to onu [1]\n"
+            "at change.xml:1\n");
 }
 
 TEST_F(RequestTest, TheValueIsTheGivenOneOrTheTransactions) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "standalone/nearest_name.h"
+#include "tools/gponval/answer_source.h"
 #include "tools/gponval/changes.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/confirm.h"
@@ -98,9 +99,9 @@ ExitStatus commit(const CommitArguments& arguments) {
     load_running(host.datastore(), arguments.inputs);
   }
   tarnd::store::Transaction transaction(host.datastore());
-  apply_changes(transaction, arguments.inputs);
+  const std::vector<AppliedEdit> edits = apply_changes(transaction, arguments.inputs);
   std::ostream& out = to_output ? std::cerr : std::cout;
-  ReportKind kind{"Commit", false, transaction.changes() == nullptr, {}};
+  ReportKind kind{"Commit", false, transaction.changes() == nullptr, {}, {}};
   if (arguments.changes) kind.changes_json = print_changes(out, transaction, arguments.run);
   const tarnd::CommitReport report = host.daemon().commit(
       transaction, {arguments.all, arguments.only, confirmation(arguments.run)});
@@ -108,6 +109,10 @@ ExitStatus commit(const CommitArguments& arguments) {
   if (report.result == tarnd::CommitResult::kAccepted) {
     if (to_output) write_output(new_configuration(host, arguments));
     if (file.has_value()) file->replace(new_configuration(host, arguments));
+  }
+  kind.sources.resize(report.answers.size());
+  if (report.result != tarnd::CommitResult::kAccepted) {
+    kind.sources = sources_of(transaction, edits, report.answers);
   }
   print_report(out, report, kind, arguments.run);
   return exit_status(report.result);

@@ -76,7 +76,7 @@ std::string read_input(const std::string& name, std::size_t most) {
 
 // An error in an input, in the form that compilers use: "card.xml:12: ...".
 [[noreturn]] void refuse(const std::string& name, const tarnd::InputError& error) {
-  std::string place = name == kStandardInput ? "standard input" : name;
+  std::string place(name_in_message(name));
   if (error.line() > 0) place += ":" + std::to_string(error.line());
   throw UsageError(place + ": " + error.what());
 }
@@ -114,18 +114,28 @@ std::vector<std::string> inputs_of(const InputOptions& inputs) {
   throw UsageError(edit.option + ": " + error.what());
 }
 
-void apply(store::Transaction& transaction, const Edit& edit, const InputOptions& inputs) {
+AppliedEdit apply(store::Transaction& transaction, const Edit& edit, const InputOptions& inputs) {
   if (!edit.by_path.has_value()) {
-    take_file(edit.argument, inputs, [&](const std::string& text, store::Format format) {
-      transaction.edit(text, format);
-    });
-    return;
+    std::string text =
+        take_file(edit.argument, inputs, [&](const std::string& content, store::Format format) {
+          transaction.edit(content, format);
+        });
+    return {edit.argument, std::nullopt, std::move(text), format_of(edit.argument, inputs)};
   }
   try {
     transaction.edit({*edit.by_path, edit.argument});
   } catch (const tarnd::InputError& error) {
     refuse(edit, error);
   }
+  return {{}, edit.by_path, edit.argument, {}};
+}
+
+AppliedEdit replace(store::Transaction& transaction, const InputOptions& inputs) {
+  const std::string& file = *inputs.candidate;
+  std::string text = take_file(file, inputs, [&](const std::string& content, store::Format format) {
+    transaction.replace(content, format);
+  });
+  return {file, std::nullopt, std::move(text), format_of(file, inputs)};
 }
 
 // If there is only one edit, an error in the result is reported as its error.
@@ -191,14 +201,17 @@ std::string load_and_keep_running(store::Datastore& datastore, const InputOption
   });
 }
 
-void apply_changes(store::Transaction& transaction, const InputOptions& inputs) {
-  for (const Edit& edit : inputs.edits) apply(transaction, edit, inputs);
-  if (inputs.candidate.has_value()) {
-    take_file(*inputs.candidate, inputs, [&](const std::string& text, store::Format format) {
-      transaction.replace(text, format);
-    });
-  }
+std::vector<AppliedEdit> apply_changes(store::Transaction& transaction,
+                                       const InputOptions& inputs) {
+  std::vector<AppliedEdit> applied;
+  for (const Edit& edit : inputs.edits) applied.push_back(apply(transaction, edit, inputs));
+  if (inputs.candidate.has_value()) applied.push_back(replace(transaction, inputs));
   prepare(transaction, inputs);
+  return applied;
+}
+
+std::string_view name_in_message(std::string_view file) {
+  return file == kStandardInput ? "standard input" : file;
 }
 
 }  // namespace gponval

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "standalone/card/card_file.h"
 #include "standalone/store/transaction.h"
@@ -28,8 +29,20 @@ void load_running(tarnd::store::Datastore& datastore, const InputOptions& inputs
 /// The same; returns its text.
 std::string load_and_keep_running(tarnd::store::Datastore& datastore, const InputOptions& inputs);
 
-/// Applies the changes or the candidate and prepares the transaction. Throws UsageError, or
-/// tarnd::InputError if the result of several changes is invalid.
-void apply_changes(tarnd::store::Transaction& transaction, const InputOptions& inputs);
+/// An edit of the command line that was applied, with its text.
+struct AppliedEdit {
+  std::string file;  ///< as the command line names it; empty for an edit by path
+  std::optional<tarnd::store::Operation> by_path;
+  std::string text;
+  tarnd::store::Format format = tarnd::store::Format::kXml;  ///< of a file
+};
+
+/// Applies the changes or the candidate, prepares the transaction, and returns what was applied.
+/// Throws UsageError, or tarnd::InputError if the result of several changes is invalid.
+std::vector<AppliedEdit> apply_changes(tarnd::store::Transaction& transaction,
+                                       const InputOptions& inputs);
+
+/// A file of the command line as messages name it.
+std::string_view name_in_message(std::string_view file);
 
 }  // namespace gponval

@@ -93,10 +93,14 @@ void print_text(std::ostream& out, const CommitReport& report, const ReportKind&
   print_coloured(out, kind.nothing_changed ? kNothingChanged : verdict, colour_of(report.result),
                  colours);
   out << '\n';
-  for (const Answer& answer : report.answers) {
+  for (std::size_t i = 0; i < report.answers.size(); ++i) {
+    const Answer& answer = report.answers[i];
     if (answer.result == Verdict::kOk && !kind.with_ok_answers) continue;
     out << '\n';
     print_answer(out, answer, colours);
+    if (const auto& source = kind.sources[i]; source.has_value()) {
+      out << "at " << name_in_message(source->file) << ':' << source->line << '\n';
+    }
   }
   for (const std::string& message : report.messages) {
     out << "\nMessage to the user\n";
@@ -109,12 +113,15 @@ void print_text(std::ostream& out, const CommitReport& report, const ReportKind&
   });
 }
 
-nlohmann::ordered_json json_of(const Answer& answer) {
-  return {{"request", answer.request},
-          {"path", answer.path},
-          {"result", tarnd::to_string(answer.result)},
-          {"text", answer.text},
-          {"msecs", std::round(answer.msecs * kUsecsPerMsec) / kUsecsPerMsec}};
+nlohmann::ordered_json json_of(const Answer& answer, const std::optional<Source>& source) {
+  nlohmann::ordered_json object = {
+      {"request", answer.request},
+      {"path", answer.path},
+      {"result", tarnd::to_string(answer.result)},
+      {"text", answer.text},
+      {"msecs", std::round(answer.msecs * kUsecsPerMsec) / kUsecsPerMsec}};
+  if (source.has_value()) object["source"] = {{"file", source->file}, {"line", source->line}};
+  return object;
 }
 
 // The members of the outermost object that come as text, in front of its end.
@@ -132,7 +139,9 @@ void print_json(std::ostream& out, const CommitReport& report, const ReportKind&
   nlohmann::ordered_json object;
   object["result"] = tarnd::to_string(report.result);
   object["answers"] = nlohmann::ordered_json::array();
-  for (const Answer& answer : report.answers) object["answers"].push_back(json_of(answer));
+  for (std::size_t i = 0; i < report.answers.size(); ++i) {
+    object["answers"].push_back(json_of(report.answers[i], kind.sources[i]));
+  }
   object["messages"] = report.messages;
   if (options.stats) {
     nlohmann::ordered_json& calls = object["platform-calls"] = nlohmann::ordered_json::object();

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "standalone/daemon/daemon.h"
+#include "tools/gponval/answer_source.h"
 #include "tools/gponval/options.h"
 
 namespace gponval {
@@ -15,6 +18,7 @@ struct ReportKind {
   bool with_ok_answers = false;  ///< also list the answers that accept
   bool nothing_changed = false;  ///< print this instead of "Commit accepted."
   std::string changes_json;      ///< a list for the JSON format; empty if not asked for
+  std::vector<std::optional<Source>> sources;  ///< one for each answer
 };
 
 /// Prints a commit's or request's report in the selected format, to standard output or, if that has

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "standalone/daemon/daemon.h"
+#include "standalone/store/transaction.h"
+#include "tools/gponval/inputs.h"
+
+namespace gponval {
+
+/// The place in a file of the command line that an answer is about.
+struct Source {
+  std::string file;
+  std::size_t line = 0;
+};
+
+/// For each answer the place of the only edit that touched the validated node, or the only entry of
+/// a validated list that changed; none if there are several, if the edit is one by path, and for an
+/// answer that accepts. The transaction is still open. The edits are read again.
+std::vector<std::optional<Source>> sources_of(const tarnd::store::Transaction& transaction,
+                                              const std::vector<AppliedEdit>& edits,
+                                              const std::vector<tarnd::Answer>& answers);
+
+}  // namespace gponval
