@@ -113,16 +113,6 @@ TEST_F(SourceTest, OfARequestTheEditOfItsNode) {
   EXPECT_EQ(run.json().at("answers").at(0).at("source"), json({{"file", "fec.xml"}, {"line", 4}}));
 }
 
-TEST_F(SourceTest, ARequestOnAnImpossibleEntryHasNone) {
-  config("bad.xml", "\n" + kNoSuchGem);
-  for (const char* path : {"/config/service-port{}", "/config/service-port{3 4}"}) {
-    const Outcome run = gponval({"request", "sp_gem_check", path, "--running", "card.xml",
-                                 "--change", "bad.xml", "--format", "json"});
-    ASSERT_NE(run.status, 2) << run.err;
-    EXPECT_FALSE(run.json().at("answers").at(0).contains("source")) << path;
-  }
-}
-
 TEST_F(SourceTest, AnAcceptedCommitHasNone) {
   config("fec.xml", "\n" + kFec);
   const Outcome run = gponval({"commit", "--running", "card.xml", "--change", "fec.xml",

@@ -81,7 +81,7 @@ std::optional<store::Path> node_to_find(const store::Transaction& transaction,
                                         const std::string& text) {
   const store::Schema& schema = transaction.datastore().schema();
   auto path = store::Path::parse(schema, text, nullptr);
-  if (!path.has_value() || path->names_impossible_entry()) return std::nullopt;
+  if (!path.has_value()) return path;
   const store::PathStep& last = path->last();
   if (last.node->kind != store::NodeKind::kList || last.keyed) return path;
   const std::vector<store::Change>* changes = changes_beside(transaction, *path);
