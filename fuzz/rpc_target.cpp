@@ -102,18 +102,19 @@ class Client {
   void ask(const std::string& message) {
     if (count(message, kSecret) != count(message, kSecretInLeaf)) has_secret_ = false;
     if (session_->has_ended()) start();
-    const std::string running = card_.running();
-    const std::string candidate = card_.candidate();
     const Element reply = reply_to(message);
     require_reply(message, reply);
-    if (is_ok(reply)) return;
-    require(card_.running() == running && card_.candidate() == candidate,
+    const std::string running = std::exchange(running_, card_.running());
+    const std::string candidate = std::exchange(candidate_, card_.candidate());
+    require(is_ok(reply) || (running_ == running && candidate_ == candidate),
             "a reply that is not ok changed nothing:\n" + message);
   }
 
  private:
   void start() {
     session_.reset();
+    running_ = card_.running();
+    candidate_ = card_.candidate();
     session_ = std::make_unique<netconf::Session>(card_.shared(), ++last_id_, "somebody", kMost);
     session_->receive(kHello);
     require(session_->answer_next() && session_->is_open(), "a session takes a hello");
@@ -164,6 +165,9 @@ class Client {
   ServedCard card_;
   std::unique_ptr<netconf::Session> session_;
   netconf::SessionId last_id_ = 0;
+  // Before the next message.
+  std::string running_;
+  std::string candidate_;
   bool has_secret_ = true;
 };
 

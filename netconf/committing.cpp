@@ -6,12 +6,24 @@
 namespace tarnd::netconf {
 namespace {
 
-void prepare_candidate(Card& card) {
+void log_result(const Run& run, const std::string& result) {
+  run.card.log(LogLevel::kInfo, session_name(run) + ": " + run.operation.name + " " + result);
+}
+
+// The reply has the model's text, which may hold a value.
+void log_refusal(const Run& run) {
+  log_result(run, "refused by the model");
+}
+
+void prepare_candidate(const Run& run) {
+  Card& card = run.card;
   try {
     card.candidate.prepare();
   } catch (const store::InvalidNode& error) {
+    log_refusal(run);
     refuse(rpc_error(card.datastore.schema(), error));
   } catch (const InputError& error) {
+    log_refusal(run);
     refuse(rpc_error(error));
   }
 }
@@ -30,9 +42,8 @@ void log_report(const Run& run, const CommitReport& report) {
   for (const std::string& notice : report.messages) {
     card.log(LogLevel::kInfo, who + ": notice: " + notice);
   }
-  card.log(LogLevel::kInfo,
-           who + ": " + run.operation.name + " " + std::string(to_string(report.result)) + ", " +
-               std::to_string(errors) + " errors, " + std::to_string(warnings) + " warnings");
+  log_result(run, std::string(to_string(report.result)) + ", " + std::to_string(errors) +
+                      " errors, " + std::to_string(warnings) + " warnings");
 }
 
 std::string conclude(const Run& run, const CommitReport& report) {
@@ -62,14 +73,14 @@ CommitOptions commit_options(const Card& card) {
 std::string validate(const Run& run) {
   // What runs was validated when it was committed.
   if (datastore_in(run, "source") == Target::kRunning) return kOk;
-  prepare_candidate(run.card);
+  prepare_candidate(run);
   return conclude(run, run.card.daemon.check(run.card.candidate, commit_options(run.card)));
 }
 
 std::string commit(const Run& run) {
   check_not_locked_by_another(run, Target::kRunning);
   check_not_locked_by_another(run, Target::kCandidate);
-  prepare_candidate(run.card);
+  prepare_candidate(run);
   return conclude(run, run.card.daemon.commit(run.card.candidate, commit_options(run.card)));
 }
 

@@ -22,6 +22,12 @@ constexpr std::size_t kMostWaiting = std::size_t{1} << 20;
 // An ended session may take its last replies for so long.
 constexpr std::chrono::seconds kTimeToTakeReplies{10};
 
+// Why a connection ends.
+constexpr const char* kLost = "its connection is lost";
+constexpr const char* kClosed = "its client left";
+constexpr const char* kNoHello = "its client said no hello in time";
+constexpr const char* kServerEnds = "the server ends";
+
 std::string name_of(uid_t user) {
   const passwd* entry = getpwuid(user);
   return entry != nullptr ? entry->pw_name : std::to_string(user);
@@ -45,6 +51,7 @@ Server::Server(Card& card, ServerOptions options)
       listener_(listen_at(options_.socket, !options_.users.empty())) {}
 
 Server::~Server() {
+  for (Connection& connection : connections_) connection.session.set_end(kServerEnds);
   connections_.clear();
   std::error_code ignored;
   std::filesystem::remove(options_.socket, ignored);
@@ -149,20 +156,26 @@ void Server::send(Connection& connection) {
   }
 }
 
-bool Server::is_over(const Connection& connection, Clock::time_point now) const {
+std::optional<std::string> Server::end_of(const Connection& connection,
+                                          Clock::time_point now) const {
   const Session& session = connection.session;
-  if (connection.is_lost || card_.sessions.at(session.id()).is_killed) return true;
+  if (connection.is_lost || card_.sessions.at(session.id()).is_killed) return kLost;
   const bool is_late = now >= connection.deadline;
   const bool has_sent_all = session.output().empty();
-  if (session.has_ended()) return has_sent_all || is_late;
-  if (connection.input_ended) return has_sent_all && !connection.has_more;
-  return !session.is_open() && is_late;
+  if (session.has_ended() && (has_sent_all || is_late)) return kLost;
+  if (session.has_ended()) return std::nullopt;
+  if (connection.input_ended && has_sent_all && !connection.has_more) return kClosed;
+  if (!connection.input_ended && !session.is_open() && is_late) return kNoHello;
+  return std::nullopt;
 }
 
 void Server::drop_ended() {
   const auto now = Clock::now();
-  std::erase_if(connections_,
-                [&](const Connection& connection) { return is_over(connection, now); });
+  std::erase_if(connections_, [&](Connection& connection) {
+    const auto why = end_of(connection, now);
+    if (why.has_value()) connection.session.set_end(*why);
+    return why.has_value();
+  });
 }
 
 }  // namespace tarnd::netconf

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <list>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -65,7 +66,9 @@ class Server {
   static void receive(Connection& connection);
   static void send(Connection& connection);
   void drop_ended();
-  [[nodiscard]] bool is_over(const Connection& connection, Clock::time_point now) const;
+  /// Why the connection ends now; no value if it goes on.
+  [[nodiscard]] std::optional<std::string> end_of(const Connection& connection,
+                                                  Clock::time_point now) const;
   [[nodiscard]] int milliseconds_to_wait() const;
 
   Card& card_;

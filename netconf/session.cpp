@@ -83,8 +83,16 @@ Session::Session(Card& card, SessionId id, std::string user, std::size_t most_of
 }
 
 Session::~Session() {
+  const std::string why = why_it_ends();
   end_session(card_, caller_.id);
-  card_.log(LogLevel::kInfo, "session " + std::to_string(caller_.id) + " ends");
+  card_.log(LogLevel::kInfo, "session " + std::to_string(caller_.id) + " ends: " + why);
+}
+
+std::string Session::why_it_ends() const {
+  if (has_failed_) return why_failed_;
+  if (caller_.closes) return "its client closed it";
+  if (card_.sessions.at(caller_.id).is_killed) return "another session killed it";
+  return why_connection_ends_;
 }
 
 bool Session::has_ended() const {
@@ -97,6 +105,7 @@ void Session::send(const std::string& message) {
 
 void Session::end(const std::string& why) {
   has_failed_ = true;
+  why_failed_ = why;
   card_.log(LogLevel::kWarning, "session " + std::to_string(caller_.id) + ": " + why);
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "netconf/card.h"
 #include "netconf/framing.h"
@@ -20,6 +21,9 @@ class Session {
   ~Session();
 
   [[nodiscard]] SessionId id() const { return caller_.id; }
+
+  /// Why the connection ends, for the log, if the session itself has no reason.
+  void set_end(std::string why) { why_connection_ends_ = std::move(why); }
 
   /// Takes what the client sent.
   void receive(std::string_view bytes) { frames_.append(bytes); }
@@ -41,6 +45,7 @@ class Session {
   void send(const std::string& message);
   void end_with_reply(const std::string& why);
   void end(const std::string& why);
+  [[nodiscard]] std::string why_it_ends() const;
 
   Card& card_;
   Caller caller_;
@@ -48,6 +53,8 @@ class Session {
   std::string output_;
   bool is_open_ = false;
   bool has_failed_ = false;
+  std::string why_failed_;
+  std::string why_connection_ends_ = "its connection ends";
 };
 
 }  // namespace tarnd::netconf

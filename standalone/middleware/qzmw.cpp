@@ -26,7 +26,7 @@ constexpr const char* kLevelsAndFormat =
     "record = \"%V %U %F:%L %m%n\"\n"
     "[rules]\n";
 
-constexpr const char* kCannotStart = "the trace cannot be started";
+constexpr const char* kCannotStart = "the log library cannot use its configuration";
 
 constexpr const char* kDebugCategory = "daemon-debug";
 constexpr int kDebugLevel = 10;
@@ -82,12 +82,24 @@ const char* text_of(const char* text) {
 
 }  // namespace
 
-void start_trace(TraceLevel level) {
-  const FileInMemory file(kLevelsAndFormat + rules_of(level));
+void route_records(const std::string& configuration) {
+  const FileInMemory file(configuration);
   const int result =
       log_library_runs ? zlog_reload(file.name().c_str()) : zlog_init(file.name().c_str());
   if (result != 0) throw std::runtime_error(kCannotStart);
   log_library_runs = true;
+}
+
+void start_trace(TraceLevel level) {
+  route_records(kLevelsAndFormat + rules_of(level));
+}
+
+void write_record(RecordLevel level, const std::string& text) {
+  static zlog_category_t* const own = category("gponval");
+  constexpr std::string_view kSource = "gponval";
+  constexpr std::string_view kFunction = "serve";
+  zlog(own, kSource.data(), kSource.size(), kFunction.data(), kFunction.size(), __LINE__,
+       static_cast<int>(level), "%s", text.c_str());
 }
 
 }  // namespace tarnd

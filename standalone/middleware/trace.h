@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace tarnd {
 
@@ -16,5 +17,15 @@ enum class TraceLevel : std::uint8_t {
 /// and line, text. This holds for categories registered earlier, too. Without a call nothing is
 /// written. Throws std::runtime_error if the log library refuses.
 void start_trace(TraceLevel level);
+
+/// From now on the records of all categories go where this configuration of zlog says, which has
+/// the levels of the trace. Throws std::runtime_error if the log library refuses.
+void route_records(const std::string& configuration);
+
+/// The levels of zlog for a program's own records.
+enum class RecordLevel : std::uint8_t { kInfo = 40, kWarning = 80, kError = 100 };
+
+/// Writes a record of the category "gponval".
+void write_record(RecordLevel level, const std::string& text);
 
 }  // namespace tarnd

@@ -15,7 +15,8 @@ _gponval_options() {
       ;;
     serve)
       echo "--running --card --input-format --plugin --socket --warnings --allow --ssh" \
-        "--authorized-keys --sshd --max-message --max-sessions --hello-timeout --help"
+        "--authorized-keys --sshd --log --log-level --log-config --max-message --max-sessions" \
+        "--hello-timeout --help"
       ;;
     netconf) echo "--socket --help" ;;
     *) echo "--help --version" ;;
@@ -76,9 +77,10 @@ _gponval_offer_paths() {
 _gponval_offer_value() {
   case $1 in
     --running | --change | --candidate | --card | --plugin | --save | --socket | --authorized-keys | \
-      --sshd) _gponval_offer_files "$2" ;;
+      --sshd | --log | --log-config) _gponval_offer_files "$2" ;;
     --set | --create | --replace) _gponval_offer_paths "$2" --values ;;
     --delete | --remove) _gponval_offer_paths "$2" ;;
+    --log-level) _gponval_offer "error warning info" "$2" ;;
     --only) _gponval_offer_list "$2" ;;
     --confirm) _gponval_offer "yes no ask" "$2" ;;
     --trace) _gponval_offer "off flow entry detail" "$2" ;;

@@ -64,6 +64,9 @@ _gponval() {
         '--allow[who else may connect]:user:_users' \
         '--ssh[where to listen for SSH clients]:address: ' \
         '--authorized-keys[who may log in]:file:_files' '--sshd[the OpenSSH server]:file:_files' \
+        '(--log-config)--log[where the log goes]:file:_files' \
+        '(--log-config)--log-level[the least that is logged]:level:(error warning info)' \
+        '(--log --log-level)--log-config[a configuration of zlog]:file:_files' \
         '--max-message:number: ' \
         '--max-sessions:number: ' '--hello-timeout:number: ' \
         '(-h --help)'{-h,--help}'[print the help]'

@@ -96,6 +96,11 @@ std::string error_line(std::string_view text) {
   return joined(letters.begin(), head) + std::string(kGap) + joined(tail, letters.end());
 }
 
+std::string printable(std::string_view text) {
+  const std::vector<std::string> letters = shown_letters(text);
+  return joined(letters.begin(), letters.end());
+}
+
 void print_error(std::string_view text) {
   std::cerr << error_line(text) << '\n';
 }

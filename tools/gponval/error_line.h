@@ -10,6 +10,9 @@ namespace gponval {
 /// is cut out. So nothing from a file or an argument can disturb a terminal.
 std::string error_line(std::string_view text);
 
+/// The text with what is no printable character written in that way, however long it is.
+std::string printable(std::string_view text);
+
 /// Writes the line to standard error.
 void print_error(std::string_view text);
 

@@ -18,11 +18,11 @@
 #include "netconf/ssh_daemon.h"
 #include "netconf/unix_socket.h"
 #include "tools/gponval/commands.h"
-#include "tools/gponval/error_line.h"
 #include "tools/gponval/host.h"
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
 #include "tools/gponval/serve_ssh.h"
+#include "tools/gponval/server_log.h"
 #include "tools/gponval/socket_name.h"
 #include "tools/gponval/usage_error.h"
 
@@ -57,6 +57,7 @@ struct ServeArguments {
   std::string warnings = "accept";
   std::vector<std::string> allow;
   SshArguments ssh;
+  LogArguments log;
   std::size_t most_of_message = 64;  // MiB
   std::size_t most_sessions = 64;
   unsigned hello_within = 10;  // seconds
@@ -92,7 +93,7 @@ netconf::ServerOptions server_options(const ServeArguments& arguments) {
 netconf::Descriptor watch_signals() {
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int signal : {SIGTERM, SIGINT, SIGCHLD}) sigaddset(&signals, signal);
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGCHLD}) sigaddset(&signals, signal);
   sigprocmask(SIG_BLOCK, &signals, nullptr);
   netconf::Descriptor watched(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
   if (watched.get() < 0) throw UsageError(std::string("signalfd: ") + std::strerror(errno));
@@ -102,9 +103,13 @@ netconf::Descriptor watch_signals() {
 using Ssh = std::optional<netconf::SshDaemon>;
 
 // Returns false for one that ends the server.
-bool take_signal(const netconf::Descriptor& signals, Ssh& ssh) {
+bool take_signal(const netconf::Descriptor& signals, const ServerLog& log, Ssh& ssh) {
   signalfd_siginfo signal{};
   if (read(signals.get(), &signal, sizeof signal) != sizeof signal) return true;
+  if (signal.ssi_signo == SIGHUP) {
+    log.reopen();
+    return true;
+  }
   if (signal.ssi_signo != SIGCHLD) return false;
   if (ssh.has_value() && ssh->has_ended()) {
     ssh->log_output();
@@ -133,8 +138,9 @@ ExitStatus serve(const ServeArguments& arguments) {
   Host host(arguments.run, read_card(arguments.inputs));
   load_running(host.datastore(), arguments.inputs);
   const netconf::Descriptor signals = watch_signals();
-  const netconf::Log log = [](netconf::LogLevel /*level*/, const std::string& text) {
-    print_error(text);
+  const ServerLog server_log(arguments.log);
+  const netconf::Log log = [&server_log](netconf::LogLevel level, const std::string& text) {
+    server_log.write(level, text);
   };
   netconf::Card card(host.datastore(), host.daemon(), warning_policy(arguments.warnings), log);
   netconf::Server server(card, options);
@@ -143,7 +149,7 @@ ExitStatus serve(const ServeArguments& arguments) {
   print_where_to_connect(options.socket, arguments.ssh);
 
   std::vector<netconf::Watch> watches = {
-      {signals.get(), [&] { return take_signal(signals, ssh); }}};
+      {signals.get(), [&] { return take_signal(signals, server_log, ssh); }}};
   if (ssh.has_value()) {
     watches.push_back({ssh->output(), [&ssh] {
                          ssh->log_output();
@@ -200,6 +206,7 @@ Command add_serve(CLI::App& gponval) {
       ->allow_extra_args(false)
       ->group(kServerGroup);
   add_ssh_options(*app, arguments->ssh, kServerGroup);
+  add_log_options(*app, arguments->log, kServerGroup);
   add_limits(*app, *arguments);
   return {app, [arguments] { return serve(*arguments); }};
 }
