@@ -3,14 +3,6 @@
 #include <cstddef>
 
 namespace tarnd {
-namespace {
-
-// Between the namespace, the local name and the prefix. No name has one in it, and expat refuses a
-// namespace that does.
-constexpr char kSeparator = '\n';
-
-}  // namespace
-
 XmlParser::XmlParser() : parser_(XML_ParserCreateNS("UTF-8", kSeparator), &XML_ParserFree) {}
 
 XmlName XmlParser::split(std::string_view name) {

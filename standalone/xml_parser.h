@@ -19,6 +19,10 @@ struct XmlName {
 /// ends the parsing and comes out of `parse`.
 class XmlParser {
  public:
+  /// Between the namespace, the local name and the prefix of a name, as a handler gets it. No name
+  /// has one in it, and expat refuses a namespace that does.
+  static constexpr char kSeparator = '\n';
+
   XmlParser();
 
   [[nodiscard]] XML_Parser get() const { return parser_.get(); }

@@ -20,7 +20,7 @@ constexpr std::size_t kLongestLetter = 4;
 constexpr std::size_t kLongestQuote = 60;
 
 bool is_ascii(std::string_view text, std::size_t at) {
-  return byte_at(text, at) < 0x80;
+  return static_cast<unsigned char>(text[at]) < 0x80;
 }
 
 // Skips words of ASCII letters without a NUL byte, several letters at a time.

@@ -12,11 +12,11 @@ namespace tarnd::store {
 namespace {
 
 // libyang's functions look for the node of the model by its name, then for the place among the
-// siblings, and enter most siblings into a hash table. Containers and leaves are few below each
-// parent and mostly come in the model's order, so they need none of that: without a table libyang
-// looks at the siblings one by one. They are put together here, member by member, as tree_data.h
-// describes them. The rest is left to libyang: entries and values of leaf-lists, which may be many,
-// and all that comes to a parent that has a table.
+// siblings, and enter most siblings into a hash table. Nodes mostly come in the model's order, and
+// need none of that: without a table libyang looks at the siblings one by one, and it makes the
+// table itself before it next adds a sibling. So nodes are put together here, member by member, as
+// tree_data.h describes them. The rest is left to libyang: the content of entries, whose hash only
+// libyang can compute, values of leaf-lists, and all that comes to a parent that has a table.
 
 constexpr std::uint32_t kDefault = LYD_DEFAULT;
 
@@ -32,10 +32,13 @@ std::unique_ptr<Node, FreeMemory> cleared_memory() {
   return std::unique_ptr<Node, FreeMemory>(memory);
 }
 
+bool has_table(const lyd_node* parent) {
+  return reinterpret_cast<const lyd_node_inner*>(parent)->children_ht != nullptr;
+}
+
 // Whether the instance's hash is known, and no table has to contain the instance.
 bool is_simple(const lyd_node* parent, const SchemaNode& schema) {
-  return schema.hash != 0 &&
-         reinterpret_cast<const lyd_node_inner*>(parent)->children_ht == nullptr;
+  return schema.hash != 0 && !has_table(parent);
 }
 
 // Inserts the node after its siblings that come before it, or at the same place, in the model.
@@ -109,6 +112,20 @@ lyd_node* make_container(lyd_node* parent, const SchemaNode& container) {
   insert(parent, &made->node);
   if (presence) unmark_defaults(parent);
   return &made->node;
+}
+
+lyd_node* make_entry(lyd_node* parent, const SchemaNode& list, std::span<const std::string> keys,
+                     bool canonical) {
+  if (has_table(parent)) return new_entry(parent, list.lysc, keys, canonical);
+  // Below a parent of its own, libyang makes it without a look at siblings.
+  lyd_node_inner alone{};
+  alone.node.schema = parent->schema;
+  alone.node.prev = &alone.node;
+  lyd_node* node = new_entry(&alone.node, list.lysc, keys, canonical);
+  if (node == nullptr) return nullptr;
+  insert(parent, node);
+  unmark_defaults(parent);
+  return node;
 }
 
 lyd_node* make_term(lyd_node* parent, const SchemaNode& leaf, const std::string& value,

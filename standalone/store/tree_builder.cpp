@@ -22,6 +22,10 @@ constexpr std::string_view kWhiteSpace = " \t\r\n";
 // Deeper than any model; a deeper text is no configuration.
 constexpr std::size_t kDeepest = 64;
 
+bool is_white_space(char c) {
+  return c == ' ' || c == '\n' || c == '\t' || c == '\r';
+}
+
 bool is_leaf(const SchemaNode& node) {
   return node.kind == NodeKind::kLeaf || node.kind == NodeKind::kLeafList;
 }
@@ -52,13 +56,9 @@ bool is_number_kind(ValueKind kind) {
   }
 }
 
-bool is_unsigned_kind(ValueKind kind) {
-  return kind == ValueKind::kUint8 || kind == ValueKind::kUint16 || kind == ValueKind::kUint32;
-}
-
 // A number of digits without a leading zero reads back as it was written.
 bool is_canonical(const SchemaNode& leaf, std::string_view value) {
-  if (!is_unsigned_kind(leaf.value) || value.empty()) return false;
+  if (!is_number_kind(leaf.value) || value.empty()) return false;
   if (value.front() == '0' && value.size() > 1) return false;
   return std::all_of(value.begin(), value.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
@@ -207,8 +207,8 @@ void TreeBuilder::text(std::string_view piece) {
     }
     return;
   }
+  if (std::all_of(piece.begin(), piece.end(), is_white_space)) return;
   const std::size_t begin = piece.find_first_not_of(kWhiteSpace);
-  if (begin == std::string_view::npos) return;
   const std::size_t end = piece.find_last_not_of(kWhiteSpace);
   fail("holds the text " + excerpt(piece.substr(begin, end - begin + 1)) +
        " where only elements can be");
@@ -366,7 +366,7 @@ void TreeBuilder::create_entry(Frame& entry, lyd_node* parent) {
   for (std::size_t i = 0; i < entry.keys.size(); ++i) {
     canonical = canonical && is_canonical(*entry.schema->children[i], entry.keys[i]);
   }
-  entry.node = new_entry(parent, entry.schema->lysc, entry.keys, canonical);
+  entry.node = make_entry(parent, *entry.schema, entry.keys, canonical);
   if (entry.node == nullptr) refuse_keys(entry);
 }
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
+#include <string_view>
 
 #include "standalone/store/envelope.h"
 #include "standalone/store/input_text.h"
@@ -57,6 +59,7 @@ class XmlReader {
  public:
   XmlReader(const Schema& schema, TreeUse use)
       : schema_(schema),
+        namespace_of_model_(std::string(schema.namespace_uri()) + XmlParser::kSeparator),
         locator_(parser_.get()),
         envelope_(schema, use, locator_),
         builder_(schema, use, locator_) {
@@ -65,8 +68,7 @@ class XmlReader {
     XML_SetElementHandler(
         parser,
         [](void* self, const char* name, const char** attributes) {
-          of(self).guarded(
-              [&](XmlReader& reader) { reader.begin(XmlParser::split(name), attributes); });
+          of(self).guarded([&](XmlReader& reader) { reader.begin(name, attributes); });
         },
         [](void* self, const char* /*name*/) {
           of(self).guarded([](XmlReader& reader) { reader.end(); });
@@ -119,23 +121,26 @@ class XmlReader {
     parser_.guarded([&] { handle(*this); });
   }
 
-  void begin(const XmlName& name, const char** attributes) {
+  void begin(std::string_view full_name, const char** attributes) {
     if (builder_.open_node() == nullptr) {
+      const XmlName name = XmlParser::split(full_name);
       if (!envelope_.enter(name.name_space, name.local)) {
         return refuse_operation(name.local, attributes);
       }
       builder_.enter_root();
     } else {
-      check_namespace(name);
-      builder_.enter(builder_.child(name.local));
+      builder_.enter(builder_.child(name_in_model(full_name)));
     }
     for (; *attributes != nullptr; attributes += 2) {
       take_attribute(XmlParser::split(attributes[0]), attributes[1]);
     }
   }
 
-  void check_namespace(const XmlName& name) const {
-    if (name.name_space == schema_.namespace_uri()) return;
+  [[nodiscard]] std::string_view name_in_model(std::string_view full_name) const {
+    if (full_name.starts_with(namespace_of_model_)) {
+      return full_name.substr(namespace_of_model_.size());
+    }
+    const XmlName name = XmlParser::split(full_name);
     builder_.fail("holds " + excerpt(name.local) +
                   (name.name_space.empty() ? " in no namespace"
                                            : " in the namespace " + excerpt(name.name_space)) +
@@ -198,6 +203,7 @@ class XmlReader {
   }
 
   const Schema& schema_;
+  const std::string namespace_of_model_;  // as names begin
   XmlParser parser_;
   ExpatLocator locator_;
   Envelope envelope_;
