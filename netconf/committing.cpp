@@ -1,5 +1,6 @@
 #include "netconf/committing.h"
 
+#include "netconf/editing.h"
 #include "netconf/locks.h"
 #include "netconf/verdicts.h"
 
@@ -68,20 +69,65 @@ CommitOptions commit_options(const Card& card) {
   return options;
 }
 
+std::string commit_candidate(const Run& run) {
+  prepare_candidate(run);
+  return conclude(run, run.card.daemon.commit(run.card.candidate, commit_options(run.card)));
+}
+
+// A whole configuration that is in the message.
+std::string validate_given(const Run& run, const Element& config) {
+  check_running_may_be_edited(run);
+  store::Transaction& candidate = run.card.candidate;
+  try {
+    replace_candidate(run, config);
+    std::string reply = check_candidate(run);
+    candidate.discard();
+    return reply;
+  } catch (...) {
+    candidate.discard();
+    throw;
+  }
+}
+
 }  // namespace
 
-std::string validate(const Run& run) {
-  // What runs was validated when it was committed.
-  if (datastore_in(run, "source") == Target::kRunning) return kOk;
+std::string check_candidate(const Run& run) {
   prepare_candidate(run);
   return conclude(run, run.card.daemon.check(run.card.candidate, commit_options(run.card)));
+}
+
+void check_running_may_be_edited(const Run& run) {
+  check_not_locked_by_another(run, Target::kRunning);
+  check_not_locked_by_another(run, Target::kCandidate);
+  if (!run.card.candidate.is_edited()) return;
+  refuse(error_of("protocol", "in-use",
+                  "the candidate configuration has changes that are not committed"));
+}
+
+std::string commit_at_once(const Run& run, const std::function<void()>& edit) {
+  check_running_may_be_edited(run);
+  try {
+    edit();
+    return commit_candidate(run);
+  } catch (...) {
+    run.card.candidate.discard();
+    throw;
+  }
+}
+
+std::string validate(const Run& run) {
+  if (const Element* config = given_configuration(run); config != nullptr) {
+    return validate_given(run, *config);
+  }
+  // What runs was validated when it was committed.
+  if (datastore_in(run, "source") == Target::kRunning) return kOk;
+  return check_candidate(run);
 }
 
 std::string commit(const Run& run) {
   check_not_locked_by_another(run, Target::kRunning);
   check_not_locked_by_another(run, Target::kCandidate);
-  prepare_candidate(run);
-  return conclude(run, run.card.daemon.commit(run.card.candidate, commit_options(run.card)));
+  return commit_candidate(run);
 }
 
 }  // namespace tarnd::netconf

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "netconf/operation.h"
@@ -8,5 +9,16 @@ namespace tarnd::netconf {
 
 std::string validate(const Run& run);
 std::string commit(const Run& run);
+
+/// Validates what was edited, as a commit would.
+std::string check_candidate(const Run& run);
+
+/// Commits what an operation edits in running: `edit` edits the candidate, which is as running is
+/// before and, whether the commit is refused or done, afterwards.
+std::string commit_at_once(const Run& run, const std::function<void()>& edit);
+
+/// Refuses an operation that edits running without a commit, while another session has locked it or
+/// the candidate is edited.
+void check_running_may_be_edited(const Run& run);
 
 }  // namespace tarnd::netconf

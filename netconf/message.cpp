@@ -16,10 +16,12 @@ constexpr std::size_t kMostDepth = 100;
 constexpr const char* kTooMany = "the message has more elements than any operation needs";
 constexpr const char* kTooDeep = "the elements of the message are nested too deep";
 
-// The `config` of an edit, whose content is a configuration.
+// A `config` whose content is a configuration.
 bool holds_configuration(const std::vector<Element*>& open, const XmlName& name) {
-  if (name.name_space != kBaseNamespace || name.local != "config") return false;
-  return open.size() == 2 && open.back()->is(kBaseNamespace, "edit-config");
+  if (name.name_space != kBaseNamespace || name.local != "config" || open.size() < 2) return false;
+  const Element& around = *open.back();
+  return open.size() == 2 ? around.is(kBaseNamespace, "edit-config")
+                          : open.size() == 3 && around.is(kBaseNamespace, "source");
 }
 
 class MessageReader {
@@ -85,14 +87,14 @@ class MessageReader {
 
   void begin(const XmlName& name, const char** attributes) {
     if (unread_depth_ > 0) {
-      open_.back()->has_unread_content = true;
+      has_unread_element_ = true;
       ++unread_depth_;
       return;
     }
     if (++elements_ > kMostElements) throw MalformedMessage(kTooMany);
     if (open_.size() == kMostDepth) throw MalformedMessage(kTooDeep);
     Element& element = open_.empty() ? root_ : open_.back()->children.emplace_back();
-    if (holds_configuration(open_, name)) unread_depth_ = 1;
+    const bool is_configuration = holds_configuration(open_, name);
     element.name_space = name.name_space;
     element.name = name.local;
     for (; *attributes != nullptr; attributes += 2) {
@@ -102,7 +104,8 @@ class MessageReader {
                                     std::string(of_attribute.prefix),
                                     std::string(of_attribute.local), attributes[1]});
     }
-    if (element.attribute("select") != nullptr) keep_namespaces(element);
+    if (is_configuration || element.attribute("select") != nullptr) keep_namespaces(element);
+    if (is_configuration) begin_unread(element);
     open_.push_back(&element);
   }
 
@@ -112,9 +115,25 @@ class MessageReader {
     element.namespaces = namespaces_;
   }
 
+  void begin_unread(Element& element) {
+    unread_depth_ = 1;
+    has_unread_element_ = false;
+    element.unread.begin =
+        position() + static_cast<std::size_t>(XML_GetCurrentByteCount(parser_.get()));
+  }
+
   void end() {
-    if (unread_depth_ > 0 && --unread_depth_ > 0) return;
+    if (unread_depth_ > 0) {
+      if (--unread_depth_ > 0) return;
+      auto& unread = open_.back()->unread;
+      unread.end = has_unread_element_ ? position() : unread.begin;
+    }
     open_.pop_back();
+  }
+
+  // Of the tag that expat reports at present.
+  [[nodiscard]] std::size_t position() const {
+    return static_cast<std::size_t>(XML_GetCurrentByteIndex(parser_.get()));
   }
 
   void add_text(std::string_view piece) {
@@ -127,6 +146,7 @@ class MessageReader {
   std::vector<Element*> open_;         // a parent's children do not move while one of them is open
   std::vector<Namespace> namespaces_;  // in scope
   std::size_t elements_ = 0;
+  bool has_unread_element_ = false;
   std::size_t unread_depth_ = 0;  // how many elements are open from an unread `config` on
 };
 

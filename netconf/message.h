@@ -31,11 +31,15 @@ struct Element {
   std::vector<Attribute> attributes;
   std::vector<Element> children;
   /// The namespaces in scope, the inner ones last; kept only for an element with an XPath
-  /// expression, which is the value of its attribute `select`.
+  /// expression, which is the value of its attribute `select`, and for one with unread content.
   std::vector<Namespace> namespaces;
-  /// The `config` of an edit, whose content is the store's matter: it is not kept here, only
-  /// whether there is an element in it.
-  bool has_unread_content = false;
+  /// Where in the message the content of a `config` is, which the store reads. Empty if there is
+  /// no element in it.
+  struct {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    [[nodiscard]] bool empty() const { return begin == end; }
+  } unread;
 
   [[nodiscard]] bool is(std::string_view of_namespace, std::string_view of_name) const {
     return name == of_name && name_space == of_namespace;

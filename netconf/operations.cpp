@@ -18,8 +18,10 @@ namespace {
 constexpr std::array kCapabilities{
     "urn:ietf:params:netconf:base:1.0",
     "urn:ietf:params:netconf:base:1.1",
+    "urn:ietf:params:netconf:capability:writable-running:1.0",
     "urn:ietf:params:netconf:capability:candidate:1.0",
     "urn:ietf:params:netconf:capability:validate:1.0",
+    "urn:ietf:params:netconf:capability:validate:1.1",
     "urn:ietf:params:netconf:capability:rollback-on-error:1.0",
     "urn:ietf:params:netconf:capability:xpath:1.0",
     "urn:ietf:params:netconf:capability:with-defaults:1.0?basic-mode=explicit"
@@ -50,6 +52,7 @@ const std::vector<Operation>& operations() {
       {"edit-config",
        {"target", "default-operation", "test-option", "error-option", "config"},
        &edit_config},
+      {"copy-config", {"target", "source"}, &copy_config},
       {"lock", {"target"}, &lock},
       {"unlock", {"target"}, &unlock},
       {"validate", {"source"}, &validate},

@@ -24,8 +24,9 @@ const lysc_node* case_around(const lysc_node* schema) {
 
 class Editor {
  public:
-  Editor(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const ChangeNotes& notes)
-      : datastore_(datastore), keeper_(keeper), log_(log), notes_(notes) {}
+  Editor(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const ChangeNotes& notes,
+         const FailureSink& failed)
+      : datastore_(datastore), keeper_(keeper), log_(log), notes_(notes), failed_(failed) {}
 
   void apply_root(lyd_node* edit) {
     check_cases(edit);
@@ -78,12 +79,25 @@ class Editor {
   void apply_children(lyd_node* edit, lyd_node* parent, Operation inherited) {
     const auto removals = notes_.removals.find(edit);
     if (removals != notes_.removals.end()) {
-      for (const LeafRemoval& removal : removals->second) apply(removal, parent);
+      for (const LeafRemoval& removal : removals->second) {
+        attempt([&] { apply(removal, parent); });
+      }
     }
     lyd_node* next = nullptr;
     for (lyd_node* child = lyd_child(edit); child != nullptr; child = next) {
       next = child->next;
-      if (!lysc_is_key(child->schema)) apply(child, parent, inherited);
+      if (lysc_is_key(child->schema)) continue;
+      attempt([&] { apply(child, parent, inherited); });
+    }
+  }
+
+  // What is wrong with a node is found before the node is changed.
+  template <typename Action>
+  void attempt(Action action) const {
+    try {
+      action();
+    } catch (const InputError& error) {
+      failed_(error);
     }
   }
 
@@ -253,6 +267,7 @@ class Editor {
   TreeKeeper& keeper_;
   EditLog& log_;
   const ChangeNotes& notes_;
+  const FailureSink& failed_;
 };
 
 // If a container loses its last node in a case, the case is no longer in use, and the container is
@@ -278,7 +293,12 @@ void drop_empty_cases(EditLog& log) {
 }  // namespace
 
 void apply_edit(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const ReadChange& change) {
-  Editor(datastore, keeper, log, change.notes).apply_root(change.root.get());
+  apply_edit(datastore, keeper, log, change, [](const InputError& /*error*/) { throw; });
+}
+
+void apply_edit(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const ReadChange& change,
+                const FailureSink& failed) {
+  Editor(datastore, keeper, log, change.notes, failed).apply_root(change.root.get());
   drop_empty_cases(log);
 }
 

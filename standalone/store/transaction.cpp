@@ -2,10 +2,12 @@
 
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "standalone/store/change_tree.h"
 #include "standalone/store/edit.h"
 #include "standalone/store/edit_log.h"
+#include "standalone/store/reversal.h"
 #include "standalone/store/validity.h"
 
 namespace tarnd::store {
@@ -17,6 +19,7 @@ class Transaction::Impl {
 
   // With its own log, an edit can be undone without the edits before. The first edit needs none.
   void apply(Datastore& datastore, const ReadChange& change) {
+    changes.reset();
     EditLog own(keeper, root);
     EditLog& used = log.root_record() == nullptr ? log : own;
     try {
@@ -26,6 +29,22 @@ class Transaction::Impl {
       throw;
     }
     log.take_over(own);
+    valid_as_read = false;
+  }
+
+  // The same; returns what takes this edit back, once it is part of the log.
+  Reversal apply_reversibly(Datastore& datastore, const ReadChange& change) {
+    changes.reset();
+    EditLog own(keeper, root);
+    try {
+      apply_edit(datastore, keeper, own, change);
+    } catch (...) {
+      own.undo();
+      throw;
+    }
+    Reversal reversal(own);
+    log.take_over(own);
+    return reversal;
   }
 
   TreeKeeper& keeper;
@@ -57,18 +76,54 @@ Transaction::~Transaction() {
 }
 
 void Transaction::edit(const std::string& text, Format format) {
+  impl_->apply(datastore_, read_change(datastore_.schema(), text, format));
+}
+
+void Transaction::edit_if(const std::string& text, Format format,
+                          const std::function<bool()>& keep) {
   const ReadChange change = read_change(datastore_.schema(), text, format);
+  const bool was_valid_as_read = std::exchange(impl_->valid_as_read, false);
+  const bool was_edited = is_edited();
+  datastore_.settle_order();
+  Reversal reversal = impl_->apply_reversibly(datastore_, change);
+  const auto undo = [&] {
+    impl_->changes.reset();
+    if (was_edited) {
+      reversal.apply(impl_->log);
+    } else {
+      impl_->log.undo();
+    }
+    impl_->valid_as_read = was_valid_as_read;
+  };
+  try {
+    if (!keep()) undo();
+  } catch (...) {
+    undo();
+    throw;
+  }
+}
+
+std::vector<InputError> Transaction::edit_what_fits(const std::string& text, Format format) {
+  const ReadChange change = read_change(datastore_.schema(), text, format);
+  std::vector<InputError> failures;
+  EditLog own(impl_->keeper, impl_->root);
   impl_->changes.reset();
-  impl_->apply(datastore_, change);
+  try {
+    apply_edit(datastore_, impl_->keeper, own, change,
+               [&failures](const InputError& error) { failures.push_back(error); });
+  } catch (...) {
+    own.undo();
+    throw;
+  }
+  impl_->log.take_over(own);
   impl_->valid_as_read = false;
+  return failures;
 }
 
 void Transaction::edit(const KeypathEdit& edit) {
   const ReadChange change = read_keypath_edit(datastore_.schema(), edit);
   if (edit.operation == Operation::kRemove && !names_a_node(datastore_, change)) return;
-  impl_->changes.reset();
   impl_->apply(datastore_, change);
-  impl_->valid_as_read = false;
 }
 
 void Transaction::replace(const std::string& text, Format format) {

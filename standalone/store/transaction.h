@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "standalone/input_error.h"
 #include "standalone/store/datastore.h"
 #include "standalone/store/keypath_edit.h"
 
@@ -44,6 +46,14 @@ class Transaction {
   /// Applies edit-config content: merge by default, nc:operation on any element. Throws InputError;
   /// the transaction is then as it was before this edit.
   void edit(const std::string& text, Format format);
+
+  /// The same, and then undoes this edit, but none before it, unless `keep` returns true. What
+  /// `keep` throws passes through, after the edit is undone.
+  void edit_if(const std::string& text, Format format, const std::function<bool()>& keep);
+
+  /// Applies of an edit what can be applied, and returns the errors of the other nodes. Throws
+  /// InputError, and applies nothing, if the text is no edit of this model.
+  std::vector<InputError> edit_what_fits(const std::string& text, Format format);
 
   /// Applies the edit of one node, with the same guarantee.
   void edit(const KeypathEdit& edit);

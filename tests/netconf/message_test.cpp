@@ -33,16 +33,21 @@ TEST(MessageTest, KeepsNamesTextsAndAttributes) {
 TEST(MessageTest, LeavesTheConfigurationOfAnEditUnread) {
   const std::string begin = "<rpc xmlns='" + std::string(kBaseNamespace) + "'><edit-config>";
   const std::string many = repeated("<a><b/></a>", 50'000);
-  const Element full =
-      read_message(begin + "<config>" + many + "</config><x/></edit-config></rpc>");
+  const std::string message =
+      begin + "<config xmlns:y='urn:y'>" + many + "</config><x/></edit-config></rpc>";
+  const Element full = read_message(message);
   const Element& edit = full.children.at(0);
   ASSERT_EQ(edit.children.size(), 2U);
-  EXPECT_TRUE(edit.children[0].has_unread_content);
+  const auto& unread = edit.children[0].unread;
+  EXPECT_EQ(message.substr(unread.begin, unread.end - unread.begin), many);
+  EXPECT_EQ(edit.children[0].namespaces.size(), 2U);
   EXPECT_TRUE(edit.children[0].children.empty());
   EXPECT_EQ(edit.children[1].name, "x");
-  const Element empty = read_message(begin + "<config/><x/></edit-config></rpc>");
-  EXPECT_FALSE(empty.children.at(0).children.at(0).has_unread_content);
-  EXPECT_EQ(empty.children.at(0).children.size(), 2U);
+  for (const char* config : {"<config/>", "<config></config>", "<config> <!-- --> </config>"}) {
+    const Element empty = read_message(begin + config + "<x/></edit-config></rpc>");
+    EXPECT_TRUE(empty.children.at(0).children.at(0).unread.empty()) << config;
+    EXPECT_EQ(empty.children.at(0).children.size(), 2U) << config;
+  }
 }
 
 TEST(MessageTest, RefusesWhatNoMessageNeeds) {

@@ -216,9 +216,30 @@ TEST_F(SessionTest, RefusesWhatIsNoOperation) {
            Row{"no datastore", rpc("<lock><target/></lock>"), "missing-element"},
            Row{"unknown datastore", rpc("<lock><target><startup/></target></lock>"),
                "invalid-value"},
-           Row{"edit of running",
-               rpc("<edit-config><target><running/></target><config/></edit-config>"),
+           Row{"wrong test-option",
+               rpc("<edit-config><target><running/></target><test-option>nix</test-option><config/>"
+                   "</edit-config>"),
+               "invalid-value"},
+           Row{"wrong error-option",
+               rpc("<edit-config><target><running/></target><error-option>nix</error-option>"
+                   "<config/></edit-config>"),
+               "invalid-value"},
+           Row{"a test that continues",
+               rpc("<edit-config><target><candidate/></target><test-option>test-only</test-option>"
+                   "<error-option>continue-on-error</error-option><config/></edit-config>"),
                "operation-not-supported"},
+           Row{"copy to itself",
+               rpc("<copy-config><target><candidate/></target><source><candidate/></source>"
+                   "</copy-config>"),
+               "invalid-value"},
+           Row{"copy of running to itself",
+               rpc("<copy-config><target><running/></target><source><running/></source>"
+                   "</copy-config>"),
+               "invalid-value"},
+           Row{"copy from a place that is not offered",
+               rpc("<copy-config><target><candidate/></target><source><url>file:///x</url></source>"
+                   "</copy-config>"),
+               "invalid-value"},
            Row{"edit without config",
                rpc("<edit-config><target><candidate/></target></edit-config>"), "missing-element"},
            Row{"other filter", rpc("<get><filter type='regex' select='/'/></get>"),
@@ -337,6 +358,172 @@ TEST_F(SessionTest, SaysWhatIsWrongWithAnEditAndKeepsTheOnesBefore) {
     EXPECT_THAT(client(1).ask(row.edit), IsError(row.tag)) << row.name;
     EXPECT_THAT(client(1).ports("candidate"), ElementsAre("1", "2", "3")) << row.name;
   }
+}
+
+TEST_F(SessionTest, ReadsAnEditInTheNamespacesAroundIt) {
+  const std::string base = "urn:ietf:params:xml:ns:netconf:base:1.0";
+  EXPECT_THAT(client(1).ask_message(
+                  "<nc:rpc xmlns:nc='" + base +
+                  "' xmlns:t='urn:x' xmlns='urn:x' message-id='1'>"
+                  "<nc:edit-config xmlns:t='urn:tarnd:base'><nc:target><nc:candidate/></nc:target>"
+                  "<nc:config xmlns='urn:tarnd:base'>"
+                  "<config><t:service-port><id>3</id></t:service-port>"
+                  "<service-port nc:operation='delete'><id>2</id></service-port></config>"
+                  "</nc:config></nc:edit-config></nc:rpc>"),
+              IsOk());
+  EXPECT_THAT(client(1).ports("candidate"), ElementsAre("1", "3"));
+}
+
+std::string edit_running(const std::string& content, const std::string& parameters = "") {
+  return "<edit-config><target><running/></target>" + parameters + "<config>" +
+         test::config(content) + "</config></edit-config>";
+}
+
+std::string option(const std::string& name, const std::string& value) {
+  return "<" + name + ">" + value + "</" + name + ">";
+}
+
+TEST_F(SessionTest, AnEditOfRunningIsACommit) {
+  EXPECT_THAT(client(1).ask(edit_running(port("3"))), IsOk());
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2", "3"));
+  EXPECT_THAT(client(1).ports("candidate"), ElementsAre("1", "2", "3"));
+  EXPECT_THAT(client(2).ask("<lock><target><candidate/></target></lock>"), IsOk());
+  EXPECT_THAT(client(1).ask(edit_running(port("4"))), IsError("in-use"));
+  EXPECT_THAT(client(2).ask("<unlock><target><candidate/></target></unlock>"), IsOk());
+  EXPECT_THAT(client(2).ask(edit(port("5"))), IsOk());
+  EXPECT_THAT(client(1).ask(edit_running(port("4"))), IsError("in-use"));
+  EXPECT_THAT(client(2).ask("<discard-changes/>"), IsOk());
+  EXPECT_THAT(client(2).ask("<lock><target><running/></target></lock>"), IsOk());
+  EXPECT_THAT(client(1).ask(edit_running(port("4"))), IsError("in-use"));
+  EXPECT_THAT(client(2).ask(edit_running(port("4"))), IsOk());
+}
+
+TEST_F(SessionTest, AnEditOfRunningThatIsRefusedChangesNothing) {
+  results = {{"sp_gem_check", CONFD_ERR}};
+  EXPECT_THAT(client(1).ask(edit_running(port("3"))), IsError("operation-failed"));
+  results.clear();
+  EXPECT_THAT(client(1).ask(edit_running(port("4") + port("9", kDelete))), IsError("data-missing"));
+  for (const char* datastore : {"running", "candidate"}) {
+    EXPECT_THAT(client(1).ports(datastore), ElementsAre("1", "2"));
+  }
+  EXPECT_THAT(client(1).ask("<lock><target><candidate/></target></lock>"), IsOk());
+}
+
+TEST_F(SessionTest, TestOptionsSayWhetherAnEditIsTestedAndSet) {
+  struct Row {
+    const char* name;
+    std::string target;
+    const char* test_option;
+    bool is_accepted;  // by the validators
+    bool is_set;
+    bool is_ok;
+  };
+  for (const Row& row : {
+           Row{"set", "candidate", "set", false, true, true},
+           Row{"test-then-set, refused", "candidate", "test-then-set", false, false, false},
+           Row{"test-then-set", "candidate", "test-then-set", true, true, true},
+           Row{"test-only, refused", "candidate", "test-only", false, false, false},
+           Row{"test-only", "candidate", "test-only", true, false, true},
+           Row{"set in running, refused", "running", "set", false, false, false},
+           Row{"test-then-set in running", "running", "test-then-set", true, true, true},
+           Row{"test-only in running, refused", "running", "test-only", false, false, false},
+           Row{"test-only in running", "running", "test-only", true, false, true},
+       }) {
+    SCOPED_TRACE(row.name);
+    if (!row.is_accepted) results = {{"sp_gem_check", CONFD_ERR}};
+    const bool in_candidate = row.target == "candidate";
+    // The edits before it stay.
+    if (in_candidate) {
+      EXPECT_THAT(client(1).ask(edit(port("7") + port("2", kDelete))), IsOk());
+    }
+    const std::string content = port("3") + port("1", kDelete);
+    const std::string test = option("test-option", row.test_option);
+    const std::string reply =
+        client(1).ask(in_candidate ? edit(content, test) : edit_running(content, test));
+    EXPECT_THAT(reply, row.is_ok ? ::testing::Matcher<std::string>(IsOk())
+                                 : ::testing::Matcher<std::string>(IsError("operation-failed")));
+    std::vector<std::string> ports =
+        in_candidate ? std::vector<std::string>{"1", "7"} : std::vector<std::string>{"1", "2"};
+    if (row.is_set)
+      ports =
+          in_candidate ? std::vector<std::string>{"3", "7"} : std::vector<std::string>{"2", "3"};
+    EXPECT_EQ(client(1).ports(row.target), ports);
+    results.clear();
+    EXPECT_THAT(client(1).ask("<discard-changes/>"), IsOk());
+    if (row.is_set && !in_candidate) {
+      EXPECT_THAT(client(1).ask(edit_running(port("1") + port("3", kDelete))), IsOk());
+    }
+    EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2"));
+  }
+}
+
+TEST_F(SessionTest, ErrorOptionsSayWhatAFailedEditLeaves) {
+  struct Row {
+    const char* option;
+    std::vector<std::string> ports;
+    std::size_t errors;
+  };
+  const std::string content = port("3") + port("9", kDelete) + port("4") +
+                              port("1", " nc:operation='create'") + port("2", kDelete);
+  for (const Row& row : {
+           Row{"stop-on-error", {"1", "2"}, 1},
+           Row{"rollback-on-error", {"1", "2"}, 1},
+           Row{"continue-on-error", {"1", "3", "4"}, 2},
+       }) {
+    const std::string parameter = option("error-option", row.option);
+    for (const char* target : {"candidate", "running"}) {
+      SCOPED_TRACE(std::string(row.option) + " in " + target);
+      const std::string reply =
+          client(1).ask(std::string(target) == "running" ? edit_running(content, parameter)
+                                                         : edit(content, parameter));
+      EXPECT_THAT(reply, IsError("data-missing"));
+      EXPECT_EQ(read_message(reply).children.size(), row.errors);
+      EXPECT_EQ(client(1).ports(target), row.ports);
+      EXPECT_THAT(client(1).ask("<discard-changes/>"), IsOk());
+    }
+  }
+}
+
+std::string copy(const std::string& target, const std::string& source) {
+  return "<copy-config><target><" + target + "/></target><source>" + source +
+         "</source></copy-config>";
+}
+
+TEST_F(SessionTest, CopiesWholeConfigurations) {
+  const std::string whole = "<config>" + test::config(port("5")) + "</config>";
+  EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+  EXPECT_THAT(client(1).ask(copy("candidate", "<running/>")), IsOk());
+  EXPECT_THAT(client(1).ports("candidate"), ElementsAre("1", "2"));
+  EXPECT_THAT(client(1).ask(copy("candidate", whole)), IsOk());
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2"));
+  EXPECT_THAT(client(1).ports("candidate"), ElementsAre("5"));
+  EXPECT_THAT(client(1).ask(copy("running", whole)), IsError("in-use"));
+  EXPECT_THAT(client(1).ask(copy("running", "<candidate/>")), IsOk());
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("5"));
+  EXPECT_THAT(client(1).ask(copy("running", "<config/>")), IsOk());
+  EXPECT_THAT(client(1).ports("candidate"), IsEmpty());
+  results = {{"sp_gem_check", CONFD_ERR}};
+  EXPECT_THAT(client(1).ask(copy("running", whole)), IsError("operation-failed"));
+  EXPECT_THAT(client(1).ask(copy("running",
+                                 "<config><config xmlns='urn:tarnd:base'><nix/></config>"
+                                 "</config>")),
+              IsError("unknown-element"));
+  for (const char* datastore : {"running", "candidate"}) {
+    EXPECT_THAT(client(1).ports(datastore), IsEmpty());
+  }
+}
+
+TEST_F(SessionTest, ValidatesAConfigurationInTheMessage) {
+  const std::string given =
+      "<validate><source><config>" + test::config(port("5")) + "</config></source></validate>";
+  EXPECT_THAT(client(1).ask(given), IsOk());
+  results = {{"sp_gem_check", CONFD_ERR}};
+  EXPECT_THAT(client(1).ask(given), IsError("operation-failed"));
+  for (const char* datastore : {"running", "candidate"}) {
+    EXPECT_THAT(client(1).ports(datastore), ElementsAre("1", "2"));
+  }
+  EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+  EXPECT_THAT(client(1).ask(given), IsError("in-use"));
 }
 
 TEST_F(SessionTest, ReportsWhatTheModelMissesWithItsPath) {
