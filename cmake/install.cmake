@@ -23,6 +23,8 @@ if(NOT CONFD_DIR)
           FILES_MATCHING PATTERN "*.yang" PATTERN "known-numbers.txt" PATTERN header EXCLUDE)
   install(DIRECTORY examples DESTINATION ${data_dir} COMPONENT gponval)
   install(FILES docs/man/gponval.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT gponval)
+  install(FILES tools/gponval/gponval-serve@.service DESTINATION lib/systemd/system
+          COMPONENT gponval)
   install(FILES tools/gponval/completion.bash
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME gponval
           COMPONENT gponval)

@@ -80,6 +80,7 @@ void become(const std::vector<std::string>& words, int output, pid_t parent) {
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
   std::signal(SIGPIPE, SIG_DFL);
+  unsetenv("NOTIFY_SOCKET");  // only the server reports to its service manager
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent) _exit(kCannotRun);
   const int null = open("/dev/null", O_RDWR | O_CLOEXEC);

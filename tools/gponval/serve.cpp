@@ -23,6 +23,7 @@
 #include "tools/gponval/output.h"
 #include "tools/gponval/serve_ssh.h"
 #include "tools/gponval/server_log.h"
+#include "tools/gponval/service_manager.h"
 #include "tools/gponval/socket_name.h"
 #include "tools/gponval/usage_error.h"
 
@@ -147,6 +148,7 @@ ExitStatus serve(const ServeArguments& arguments) {
   Ssh ssh;
   if (ssh_server.has_value()) ssh.emplace(*ssh_server, log);
   print_where_to_connect(options.socket, arguments.ssh);
+  report_ready();
 
   std::vector<netconf::Watch> watches = {
       {signals.get(), [&] { return take_signal(signals, server_log, ssh); }}};
