@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "standalone/store/path.h"
 #include "tests/support/model.h"
 
@@ -28,51 +30,49 @@ struct Row {
   const char* read_as;
 };
 
-class PathIsRead : public ::testing::TestWithParam<Row> {};
-
-TEST_P(PathIsRead, As) {
-  EXPECT_EQ(reread(GetParam().text), GetParam().read_as);
+TEST(PathIsRead, InEachOfItsForms) {
+  const Row rows[] = {
+      {"/config", "/config"},
+      {"/base:config/service-port{7}", "/config/service-port{7}"},
+      {"/config/interface/gpon/", "/config/interface/gpon"},
+      {"/config/interface/gpon{1 1 3}/onu", "/config/interface/gpon{1|1|3}/onu"},
+      {"/config/interface/gpon/{1 1 3}/onu", "/config/interface/gpon{1|1|3}/onu"},
+      {"/config/interface/gpon{ 1  1 3 }/onu/", "/config/interface/gpon{1|1|3}/onu"},
+      {"/config/service-port{007}", "/config/service-port{7}"},
+      {"/config/service-port{00}", "/config/service-port{0}"},
+      {"/config/gpon{1/1}/onu-auth-method", "/config/gpon{1/1}/onu-auth-method"},
+      {"/config/gpon{\"a b\"}", "/config/gpon{a b}"},
+      {R"(/config/gpon{"a \"b\" \\ }"})", "/config/gpon{a \"b\" \\ }}"},
+      {"/config/gpon{\"\"}", "/config/gpon{}"},
+      {"/config/profile/gpon/line-profile{}/gem{1}/gem-id",
+       "/config/profile/gpon/line-profile{}/gem{1}/gem-id"},
+      {"/config/profile/gpon/rg-profile{r}/wan-ip-connection{w}/itf-grouping/"
+       "ports{enum<4>}/vlan",
+       "/config/profile/gpon/rg-profile{r}/wan-ip-connection{w}/itf-grouping/ports{wl0}/"
+       "vlan"}};
+  for (const Row& row : rows) EXPECT_EQ(reread(row.text), row.read_as) << row.text;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, PathIsRead,
-    ::testing::Values(
-        Row{"/config", "/config"}, Row{"/base:config/service-port{7}", "/config/service-port{7}"},
-        Row{"/config/interface/gpon/", "/config/interface/gpon"},
-        Row{"/config/interface/gpon{1 1 3}/onu", "/config/interface/gpon{1|1|3}/onu"},
-        Row{"/config/interface/gpon/{1 1 3}/onu", "/config/interface/gpon{1|1|3}/onu"},
-        Row{"/config/interface/gpon{ 1  1 3 }/onu/", "/config/interface/gpon{1|1|3}/onu"},
-        Row{"/config/service-port{007}", "/config/service-port{7}"},
-        Row{"/config/service-port{00}", "/config/service-port{0}"},
-        Row{"/config/gpon{1/1}/onu-auth-method", "/config/gpon{1/1}/onu-auth-method"},
-        Row{"/config/gpon{\"a b\"}", "/config/gpon{a b}"},
-        Row{R"(/config/gpon{"a \"b\" \\ }"})", "/config/gpon{a \"b\" \\ }}"},
-        Row{"/config/gpon{\"\"}", "/config/gpon{}"},
-        Row{"/config/profile/gpon/line-profile{}/gem{1}/gem-id",
-            "/config/profile/gpon/line-profile{}/gem{1}/gem-id"},
-        Row{"/config/profile/gpon/rg-profile{r}/wan-ip-connection{w}/itf-grouping/"
-            "ports{enum<4>}/vlan",
-            "/config/profile/gpon/rg-profile{r}/wan-ip-connection{w}/itf-grouping/ports{wl0}/"
-            "vlan"}));
-
-INSTANTIATE_TEST_SUITE_P(
-    Refusals, PathIsRead,
-    ::testing::Values(
-        Row{"", "refused: no node in the path "}, Row{"/", "refused: no node in the path /"},
-        Row{"config", "refused: '/' expected in the path config"},
-        Row{"/nowhere", "refused: no node 'nowhere' in the path /nowhere"},
-        Row{"/other:config", "refused: no node 'other:config' in the path /other:config"},
-        Row{"/config/interface/gpon{1 1",
-            "refused: a brace is not closed in the path "
-            "/config/interface/gpon{1 1"},
-        Row{"/config/gpon{\"a", "refused: a brace is not closed in the path /config/gpon{\"a"},
-        Row{"/config/interface{1}",
-            "refused: keys behind 'interface', which is no list, in the path "
-            "/config/interface{1}"},
-        Row{"/config/service-port{1}{2}",
-            "refused: '/' expected in the path /config/service-port{1}{2}"},
-        Row{"/config/service-port{1}/{2}",
-            "refused: keys without a list in the path /config/service-port{1}/{2}"}));
+TEST(PathIsRead, OrRefusedWithTheReason) {
+  const Row rows[] = {
+      {"", "refused: no node in the path "},
+      {"/", "refused: no node in the path /"},
+      {"config", "refused: '/' expected in the path config"},
+      {"/nowhere", "refused: no node 'nowhere' in the path /nowhere"},
+      {"/other:config", "refused: no node 'other:config' in the path /other:config"},
+      {"/config/interface/gpon{1 1",
+       "refused: a brace is not closed in the path "
+       "/config/interface/gpon{1 1"},
+      {"/config/gpon{\"a", "refused: a brace is not closed in the path /config/gpon{\"a"},
+      {"/config/interface{1}",
+       "refused: keys behind 'interface', which is no list, in the path "
+       "/config/interface{1}"},
+      {"/config/service-port{1}{2}",
+       "refused: '/' expected in the path /config/service-port{1}{2}"},
+      {"/config/service-port{1}/{2}",
+       "refused: keys without a list in the path /config/service-port{1}/{2}"}};
+  for (const Row& row : rows) EXPECT_EQ(reread(row.text), row.read_as) << row.text;
+}
 
 TEST(PathTest, KnowsEntriesThatCannotExist) {
   const auto impossible = [](const char* text) {

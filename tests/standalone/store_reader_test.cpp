@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,10 @@ struct Refused {
   std::size_t line;
   std::string message;
 };
+
+void PrintTo(const Refused& row, std::ostream* out) {
+  *out << row.what;
+}
 
 std::string name_of(const testing::TestParamInfo<Refused>& info) {
   return info.param.what;

@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -77,9 +78,14 @@ TEST_F(BeforeLibInitDeathTest, AFailedFmLocalSlotChangesNothing) {
 }
 
 struct Initialised {
+  const char* name;
   CardDescription card;
   Values values;
 };
+
+void PrintTo(const Initialised& row, std::ostream* out) {
+  *out << row.name;
+}
 
 TEST(BoardCounts, AreAskedForWithZero) {
   const InPlace in_place;
@@ -122,15 +128,17 @@ CardDescription card(std::optional<bool> bw_check, std::optional<std::uint32_t> 
 INSTANTIATE_TEST_SUITE_P(
     Cards, LibInit,
     ::testing::Values(
-        // Nothing defined: the check is on, all counts are 0, no compiled-in count is left.
-        Initialised{card({}, {}, {}, {}), {true, 0, 0, 0, 3, 3}},
-        Initialised{card(true, 128, 16, 12), {true, 128, 16, 12, 3, 3}},
-        Initialised{card(false, 64, 16, 12), {false, 64, 16, 12, 4, 3}},
-        // Manageable links not defined: all links are manageable.
-        Initialised{card(true, 128, 16, {}), {true, 128, 16, 16, 3, 3}},
-        Initialised{card(true, {}, {}, 4), {true, 0, 0, 4, 3, 3}},
-        Initialised{card(true, 4294967295U, 4294967295U, 0),
-                    {true, 4294967295U, 4294967295U, 0, 3, 3}}));
+        // The check is on, and no compiled-in count is left.
+        Initialised{"NothingDefined", card({}, {}, {}, {}), {true, 0, 0, 0, 3, 3}},
+        Initialised{"AllDefined", card(true, 128, 16, 12), {true, 128, 16, 12, 3, 3}},
+        Initialised{"WithoutBandwidthCheck", card(false, 64, 16, 12), {false, 64, 16, 12, 4, 3}},
+        // Then all links are manageable.
+        Initialised{"NoManageableLinks", card(true, 128, 16, {}), {true, 128, 16, 16, 3, 3}},
+        Initialised{"OnlyManageableLinks", card(true, {}, {}, 4), {true, 0, 0, 4, 3, 3}},
+        Initialised{"LargestCounts",
+                    card(true, 4294967295U, 4294967295U, 0),
+                    {true, 4294967295U, 4294967295U, 0, 3, 3}}),
+    [](const auto& tested) { return tested.param.name; });
 
 TEST(LibInitAgain, ReplacesTheValuesOfTheCardBefore) {
   insert_card(card(false, 64, 16, 12));
