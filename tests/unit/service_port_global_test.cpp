@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -550,6 +551,33 @@ TEST_F(ServicePortDeleteAllWarningCheck, ThePlatformIsAskedInThisOrder) {
                                    "maapi_init_cursor", "maapi_get_next", "maapi_num_instances",
                                    "maapi_get_next", "maapi_destroy_cursor",
                                    "qzconfd_config_session_end", "confd_trans_seterr"));
+}
+
+TEST_F(ServicePortDeleteAllWarningCheck, TheRecordsAndTheSessionComeInThisOrder) {
+  using testing::HasSubstr;
+  running(link_with_onu() + own_ports(1, 2));
+  open(deleted_service_port(1) + deleted_service_port(2));
+  const auto lines_with = [this](std::optional<PlatformCall> failing) {
+    TraceCapture trace(TraceLevel::kDetail);
+    const CallsAmongRecords recorded(failing);
+    service_port_delete_all_warning(sock(), tctx(), nullptr, nullptr);
+    return trace.records();
+  };
+  const auto begin = HasSubstr(" service_port_delete_all_warning begin");
+  const std::vector<std::string> lines = lines_with(std::nullopt);
+  ASSERT_GE(lines.size(), 6U);
+  EXPECT_THAT(
+      std::vector(lines.begin(), lines.begin() + 3),
+      testing::ElementsAre(begin, "CALL qzconfd_config_session_start", "CALL cdb_num_instances"));
+  EXPECT_THAT(
+      std::vector(lines.end() - 5, lines.end()),
+      testing::ElementsAre("CALL maapi_destroy_cursor", HasSubstr(" num_inst_in_running = "),
+                           "CALL qzconfd_config_session_end", "CALL confd_trans_seterr",
+                           HasSubstr(" service_port_delete_all_warning end - WARNING - ")));
+  EXPECT_THAT(lines_with(PlatformCall::qzconfd_config_session_start),
+              testing::ElementsAre(begin, "CALL qzconfd_config_session_start",
+                                   "CALL qzconfd_config_session_end",
+                                   HasSubstr(" service_port_delete_all_warning end - OK - ")));
 }
 
 TEST_F(ServicePortDeleteAllWarningCheck, TheFiguresAreTraced) {

@@ -153,6 +153,12 @@ TEST_F(VlanLimitCheck, EveryPortValueIsReleased) {
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 12U);
 }
 
+TEST_F(VlanLimitCheck, OfPortsThatCannotBeReadNothingIsReleased) {
+  fail_call(PlatformCall::maapi_get_list_elem);
+  EXPECT_THAT(answer_for(vlan_mapping("a", on_ethernet({1}))), Rejected(kUnreadable));
+  EXPECT_EQ(calls(PlatformCall::confd_free_value), 0U);
+}
+
 TEST_F(VlanLimitCheck, ThePlatformIsCalledInOrder) {
   running(service_profile("sp",
                           vlan_mapping("a1", on_ethernet({1, 2})) + mappings(21, "b", on_veip())));
