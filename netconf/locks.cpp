@@ -5,6 +5,7 @@
 namespace tarnd::netconf {
 namespace {
 
+// cppcheck-suppress constParameter; the caller may change the lock
 std::optional<SessionId>& lock_of(Card& card, Target target) {
   return target == Target::kRunning ? card.running_lock : card.candidate_lock;
 }
@@ -18,10 +19,10 @@ std::optional<SessionId>& lock_of(Card& card, Target target) {
 }  // namespace
 
 void check_not_locked_by_another(const Run& run, Target target) {
-  const auto& lock = lock_of(run.card, target);
-  if (!lock.has_value() || *lock == run.caller.id) return;
+  const auto& holder = lock_of(run.card, target);
+  if (!holder.has_value() || *holder == run.caller.id) return;
   refuse(error_of("protocol", "in-use",
-                  "session " + std::to_string(*lock) + " has locked the " +
+                  "session " + std::to_string(*holder) + " has locked the " +
                       std::string(to_string(target)) + " configuration"));
 }
 

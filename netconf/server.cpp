@@ -29,6 +29,8 @@ constexpr const char* kNoHello = "its client said no hello in time";
 constexpr const char* kServerEnds = "the server ends";
 
 std::string name_of(uid_t user) {
+  // There is one thread.
+  // cppcheck-suppress getpwuidCalled
   const passwd* entry = getpwuid(user);
   return entry != nullptr ? entry->pw_name : std::to_string(user);
 }
