@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "standalone/store/base_type.h"
 #include "standalone/store/libyang_compat.h"
 #include "standalone/store/tree_keeper.h"
 
@@ -111,20 +112,7 @@ ValueKind value_kind(const lyd_node* leaf) {
   const ValueKind declared = schema_of(leaf).value;
   if (declared != ValueKind::kUnion) return declared;
   const lyd_value& value = reinterpret_cast<const lyd_node_term*>(leaf)->value;
-  switch (value.subvalue->value.realtype->basetype) {
-    case LY_TYPE_ENUM:
-      return ValueKind::kEnumeration;
-    case LY_TYPE_INT32:
-      return ValueKind::kInt32;
-    case LY_TYPE_UINT8:
-      return ValueKind::kUint8;
-    case LY_TYPE_UINT16:
-      return ValueKind::kUint16;
-    case LY_TYPE_UINT32:
-      return ValueKind::kUint32;
-    default:
-      return ValueKind::kString;
-  }
+  return kind_of_base_type(value.subvalue->value.realtype->basetype);
 }
 
 void TreeKeeper::insert(lyd_node* parent, lyd_node* node) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "standalone/store/base_type.h"
 #include "standalone/store/libyang_compat.h"
 
 namespace tarnd::store {
@@ -41,37 +42,6 @@ std::string_view type_name(const lysc_node* node) {
     return without_prefix(reinterpret_cast<const lysp_node_leaflist*>(parsed)->type.name);
   }
   return {};
-}
-
-ValueKind kind_of_base_type(LY_DATA_TYPE type) {
-  switch (type) {
-    case LY_TYPE_EMPTY:
-      return ValueKind::kEmpty;
-    case LY_TYPE_BOOL:
-      return ValueKind::kBoolean;
-    case LY_TYPE_ENUM:
-      return ValueKind::kEnumeration;
-    case LY_TYPE_INT8:
-      return ValueKind::kInt8;
-    case LY_TYPE_INT16:
-      return ValueKind::kInt16;
-    case LY_TYPE_INT32:
-      return ValueKind::kInt32;
-    case LY_TYPE_INT64:
-      return ValueKind::kInt64;
-    case LY_TYPE_UINT8:
-      return ValueKind::kUint8;
-    case LY_TYPE_UINT16:
-      return ValueKind::kUint16;
-    case LY_TYPE_UINT32:
-      return ValueKind::kUint32;
-    case LY_TYPE_UINT64:
-      return ValueKind::kUint64;
-    case LY_TYPE_UNION:
-      return ValueKind::kUnion;
-    default:
-      return ValueKind::kString;
-  }
 }
 
 const lysc_type* type_of(const lysc_node* node) {
