@@ -1,10 +1,14 @@
 // A disabled level costs nothing: its records are neither written nor composed.
 
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <map>
 
 #include "gpon_vald_trace_itf.h"
 #include "tests/catalogue/expected_trace.h"
+#include "tests/support/recorded_calls.h"
+#include "tests/support/trace_capture.h"
 
 namespace tarnd::test {
 namespace {
@@ -88,6 +92,22 @@ TEST_P(TraceLevels, LeaveOutWhatIsBelowThem) {
         });
     expect_records(at(kEveryLevel[shown]), expected);
   }
+}
+
+// Only a session that its guard closes ends after the record of the end.
+TEST_P(TraceLevels, EncloseTheCallsOfAValidatorInItsRecords) {
+  ValidationSession& session = open(GetParam().change);
+  TraceCapture trace(TraceLevel::kFlow);
+  const CallsAmongRecords calls;
+  dispatch(session, GetParam());
+  const std::vector<std::string>& lines = trace.records();
+  ASSERT_FALSE(lines.empty());
+  EXPECT_EQ(lines.front(), "CALL qzconfd_maapi_socket_get");
+  if (!trace.has(" trace_validation_begin ")) return;
+  EXPECT_THAT(lines.at(1), testing::HasSubstr(" trace_validation_begin "));
+  const bool session_ends_last = lines.back() == "CALL qzconfd_config_session_end";
+  EXPECT_THAT(*(lines.end() - (session_ends_last ? 2 : 1)),
+              testing::HasSubstr(" trace_validation_end "));
 }
 
 TEST_P(TraceLevels, ChangeNoAnswer) {

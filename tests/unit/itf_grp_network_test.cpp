@@ -263,6 +263,33 @@ TEST_F(ItfGrpValidationOfNetworks, ThePlatformIsCalledInOrder) {
                 "maapi_get_ipv4_elem", "maapi_get_ipv4_elem", "confd_trans_seterr"}));
 }
 
+TEST_F(ItfGrpValidationOfNetworks, TheRecordOfAStepComesBeforeItsCalls) {
+  using Lines = std::vector<testing::Matcher<std::string>>;
+  const auto record = [](const std::string& text) { return testing::EndsWith(" " + text); };
+  const Lines list{"CALL maapi_init_cursor", "CALL maapi_get_next", "CALL maapi_destroy_cursor"};
+  Lines expected;
+  const auto then = [&expected](const Lines& lines) {
+    expected.insert(expected.end(), lines.begin(), lines.end());
+  };
+  const Lines time{"CALL confd_pp_value", testing::HasSubstr(" Took ")};
+  then({"CALL qzconfd_maapi_socket_get", record("validate_itf_grp begin")});
+  then({record("Checking port+vlan Itf Grp"), "CALL confd_pp_kpath"});
+  for (int i = 0; i < 3; ++i) then(list);
+  then(time);
+  then({record("Checking port vlan itf grp"), "CALL confd_pp_kpath"});
+  for (int i = 0; i < 3; ++i) {
+    then({record("Checking Itf Grouping DHCP")});
+    then(list);
+  }
+  then(time);
+  then({testing::HasSubstr(" validate_itf_grp end - OK - ")});
+
+  TraceCapture trace(TraceLevel::kDetail);
+  const CallsAmongRecords recorded;
+  answer_of(kRequest, rg_profile("home", ""));
+  EXPECT_THAT(trace.records(), testing::ElementsAreArray(expected));
+}
+
 TEST_F(ItfGrpValidationOfNetworks, OneListIsComparedWithTheNetworksFoundBefore) {
   ValidationSession& session = open(rg_profile("home", wan(kIp, "a", network("10.0.0.1/24"))));
   valid::GroupedNetworks networks;

@@ -27,7 +27,7 @@ TEST_F(OnuGatewayIpCheck, TheGatewayIsAnotherHostOfTheNetwork) {
     const char* gateway;
     const char* text;  // empty: accepted
   };
-  const std::array<Row, 12> rows{{
+  const std::array<Row, 14> rows{{
       {"10.0.0.5/24", "10.0.0.1", ""},
       {"10.0.0.5/24", "10.0.1.1", kOtherNetwork},
       {"10.0.0.5/24", "10.0.0.5", kSameAddress},
@@ -35,6 +35,9 @@ TEST_F(OnuGatewayIpCheck, TheGatewayIsAnotherHostOfTheNetwork) {
       {"10.0.0.5/0", "10.0.0.5", kSameAddress},
       {"10.0.0.5/32", "10.0.0.6", kOtherNetwork},
       {"10.0.0.5/32", "10.0.0.5", kSameAddress},
+      // Only the first bit differs.
+      {"10.0.0.5/0", "138.0.0.5", kOtherNetwork},
+      {"10.0.0.5/32", "138.0.0.5", kOtherNetwork},
       {"10.0.0.5/31", "10.0.0.4", ""},
       {"10.0.0.5/31", "10.0.0.6", kOtherNetwork},
       {"10.0.0.5/1", "127.255.255.255", ""},
