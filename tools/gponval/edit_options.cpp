@@ -1,5 +1,6 @@
 #include "tools/gponval/edit_options.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cstddef>

@@ -1,11 +1,16 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "standalone/store/transaction.h"
+
+// The header of CLI11 takes seconds to compile.
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 namespace gponval {
 

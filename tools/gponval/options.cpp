@@ -1,5 +1,6 @@
 #include "tools/gponval/options.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
 #include <string_view>
