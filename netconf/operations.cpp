@@ -29,7 +29,9 @@ constexpr std::array kCapabilities{
 };
 
 struct Parameter {
-  // NOLINTNEXTLINE(google-explicit-constructor): most are of the base protocol
+  // Implicit, since most are of the base protocol.
+  // cppcheck-suppress noExplicitConstructor
+  // NOLINTNEXTLINE(google-explicit-constructor)
   constexpr Parameter(const char* name_, std::string_view name_space_ = kBaseNamespace)
       : name(name_), name_space(name_space_) {}
 

@@ -21,9 +21,9 @@ constexpr std::array kModes{
 }  // namespace
 
 Defaults defaults_asked_for(const Run& run) {
-  const Element* parameter = find_parameter(run, "with-defaults");
-  if (parameter == nullptr) return Defaults::kExplicit;
-  const std::string_view name = trimmed(parameter->text);
+  const Element* asked = find_parameter(run, "with-defaults");
+  if (asked == nullptr) return Defaults::kExplicit;
+  const std::string_view name = trimmed(asked->text);
   const auto* mode = std::find_if(kModes.begin(), kModes.end(),
                                   [name](const Mode& known) { return known.name == name; });
   if (mode != kModes.end()) return mode->defaults;

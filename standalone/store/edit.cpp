@@ -1,5 +1,6 @@
 #include "standalone/store/edit.h"
 
+#include <exception>
 #include <map>
 
 #include "standalone/store/defaults.h"
@@ -293,7 +294,8 @@ void drop_empty_cases(EditLog& log) {
 }  // namespace
 
 void apply_edit(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const ReadChange& change) {
-  apply_edit(datastore, keeper, log, change, [](const InputError& /*error*/) { throw; });
+  apply_edit(datastore, keeper, log, change,
+             [](const InputError& /*error*/) { std::rethrow_exception(std::current_exception()); });
 }
 
 void apply_edit(Datastore& datastore, TreeKeeper& keeper, EditLog& log, const ReadChange& change,

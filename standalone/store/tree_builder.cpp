@@ -486,9 +486,9 @@ void TreeBuilder::note_removal(Frame& parent, const LeafRemoval& removal) {
 
 // It is one of the last.
 void TreeBuilder::forget_line(const lyd_node* node) {
-  const auto line = std::find_if(notes_.lines.rbegin(), notes_.lines.rend(),
+  const auto last = std::find_if(notes_.lines.rbegin(), notes_.lines.rend(),
                                  [node](const auto& known) { return known.first == node; });
-  notes_.lines.erase(std::next(line).base());
+  notes_.lines.erase(std::next(last).base());
 }
 
 // Metadata of a leaf, or of a leaf-list's value, after its whole parent was read.
