@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -29,6 +30,13 @@ struct SessionInfo {
   bool is_killed = false;
 };
 
+/// A commit that is taken back unless another one confirms it (RFC 6241, section 8.4).
+struct PendingCommit {
+  SessionId session = 0;
+  std::string persist;  ///< empty: the commit ends with its session
+  std::chrono::steady_clock::time_point deadline;
+};
+
 /// What all sessions share: the configuration, whose open transaction is the candidate, who has
 /// locked what, and the sessions themselves.
 struct Card {
@@ -47,10 +55,11 @@ struct Card {
   std::optional<SessionId> running_lock;
   std::optional<SessionId> candidate_lock;
   std::map<SessionId, SessionInfo> sessions;
+  std::optional<PendingCommit> pending;
 };
 
-/// Forgets the session. Its locks are free again; the changes of a candidate that it had locked
-/// are gone.
+/// Forgets the session. A confirmed commit of its own is taken back, its locks are free again, and
+/// the changes of a candidate that it had locked are gone.
 void end_session(Card& card, SessionId id);
 
 }  // namespace tarnd::netconf

@@ -1,5 +1,6 @@
 #include "netconf/committing.h"
 
+#include "netconf/confirmed_commit.h"
 #include "netconf/editing.h"
 #include "netconf/locks.h"
 #include "netconf/verdicts.h"
@@ -99,6 +100,7 @@ std::string check_candidate(const Run& run) {
 void check_running_may_be_edited(const Run& run) {
   check_not_locked_by_another(run, Target::kRunning);
   check_not_locked_by_another(run, Target::kCandidate);
+  check_pending_allows(run);
   if (!run.card.candidate.is_edited()) return;
   refuse(error_of("protocol", "in-use",
                   "the candidate configuration has changes that are not committed"));
@@ -124,10 +126,17 @@ std::string validate(const Run& run) {
   return check_candidate(run);
 }
 
+std::string copy_candidate_to_running(const Run& run) {
+  check_not_locked_by_another(run, Target::kRunning);
+  check_not_locked_by_another(run, Target::kCandidate);
+  check_pending_allows(run);
+  return commit_candidate(run);
+}
+
 std::string commit(const Run& run) {
   check_not_locked_by_another(run, Target::kRunning);
   check_not_locked_by_another(run, Target::kCandidate);
-  return commit_candidate(run);
+  return commit_with_return(run, &commit_candidate);
 }
 
 }  // namespace tarnd::netconf

@@ -116,7 +116,7 @@ std::string copy_to_running(const Run& run, const Element* config) {
     return commit_at_once(run, [&] { replace_candidate(run, *config); });
   }
   if (datastore_in(run, "source") == Target::kRunning) refuse_copy_to_itself(Target::kRunning);
-  return commit(run);
+  return copy_candidate_to_running(run);
 }
 
 std::string copy_to_candidate(const Run& run, const Element* config) {

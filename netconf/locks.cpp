@@ -16,6 +16,19 @@ std::optional<SessionId>& lock_of(Card& card, Target target) {
   refuse(error);
 }
 
+// A commit that outlives its session has no holder.
+SessionId holder_of_pending(const Card& card) {
+  const SessionId session = card.pending->session;
+  return card.sessions.contains(session) ? session : 0;
+}
+
+void check_no_pending_of_another(const Run& run) {
+  const auto& pending = run.card.pending;
+  if (!pending.has_value() || pending->session == run.caller.id) return;
+  deny_lock(holder_of_pending(run.card), "a commit of session " + std::to_string(pending->session) +
+                                             " has to be confirmed first");
+}
+
 }  // namespace
 
 void check_not_locked_by_another(const Run& run, Target target) {
@@ -35,6 +48,7 @@ std::string lock(const Run& run) {
   if (target == Target::kCandidate && run.card.candidate.is_edited()) {
     deny_lock(0, "the candidate configuration has changes that are not committed");
   }
+  if (target == Target::kRunning) check_no_pending_of_another(run);
   holder = run.caller.id;
   return kOk;
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "netconf/committing.h"
+#include "netconf/confirmed_commit.h"
 #include "netconf/editing.h"
 #include "netconf/ending.h"
 #include "netconf/locks.h"
@@ -20,6 +21,7 @@ constexpr std::array kCapabilities{
     "urn:ietf:params:netconf:base:1.1",
     "urn:ietf:params:netconf:capability:writable-running:1.0",
     "urn:ietf:params:netconf:capability:candidate:1.0",
+    "urn:ietf:params:netconf:capability:confirmed-commit:1.1",
     "urn:ietf:params:netconf:capability:validate:1.0",
     "urn:ietf:params:netconf:capability:validate:1.1",
     "urn:ietf:params:netconf:capability:rollback-on-error:1.0",
@@ -58,7 +60,8 @@ const std::vector<Operation>& operations() {
       {"lock", {"target"}, &lock},
       {"unlock", {"target"}, &unlock},
       {"validate", {"source"}, &validate},
-      {"commit", {}, &commit},
+      {"commit", {"confirmed", "confirm-timeout", "persist", "persist-id"}, &commit},
+      {"cancel-commit", {"persist-id"}, &cancel_commit},
       {"discard-changes", {}, &discard_changes},
       {"close-session", {}, &close_session},
       {"kill-session", {"session-id"}, &kill_session},

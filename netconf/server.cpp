@@ -12,6 +12,8 @@
 #include <system_error>
 #include <utility>
 
+#include "netconf/confirmed_commit.h"
+
 namespace tarnd::netconf {
 namespace {
 
@@ -21,6 +23,9 @@ constexpr std::size_t kReadSize = std::size_t{1} << 16;
 constexpr std::size_t kMostWaiting = std::size_t{1} << 20;
 // An ended session may take its last replies for so long.
 constexpr std::chrono::seconds kTimeToTakeReplies{10};
+
+// A confirmed commit may have years; poll() counts milliseconds in an int.
+constexpr std::chrono::milliseconds kLongestWait = std::chrono::hours{24};
 
 // Why a connection ends.
 constexpr const char* kLost = "its connection is lost";
@@ -80,6 +85,7 @@ void Server::run(const std::vector<Watch>& watches) {
     for (const Watch& watch : watches) {
       if ((next++)->revents != 0 && !watch.take()) return;
     }
+    end_late_commit(card_, Clock::now());
     for (Connection& connection : connections_) serve(connection, (next++)->revents);
     drop_ended();
     if (polled[0].revents != 0) accept_one();
@@ -94,9 +100,10 @@ int Server::milliseconds_to_wait() const {
       next = std::min(next, connection.deadline);
     }
   }
+  if (card_.pending.has_value()) next = std::min(next, card_.pending->deadline);
   if (next == Clock::time_point::max()) return -1;
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
-  return static_cast<int>(std::max(left, std::chrono::milliseconds{0}).count());
+  return static_cast<int>(std::clamp(left, std::chrono::milliseconds{0}, kLongestWait).count());
 }
 
 void Server::accept_one() {

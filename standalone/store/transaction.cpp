@@ -50,6 +50,8 @@ class Transaction::Impl {
   TreeKeeper& keeper;
   lyd_node*& root;
   EditLog log;
+  /// What was committed since set_return().
+  std::unique_ptr<EditLog> since_return;
   std::optional<Change> changes;
   /// Reading a whole new configuration has validated it already.
   bool valid_as_read = false;
@@ -73,6 +75,7 @@ Transaction::Transaction(Datastore& datastore)
 
 Transaction::~Transaction() {
   discard();
+  forget_return();
 }
 
 void Transaction::edit(const std::string& text, Format format) {
@@ -148,7 +151,40 @@ const Change* Transaction::changes() const {
 
 void Transaction::commit() {
   impl_->changes.reset();
-  impl_->log.keep();
+  if (has_return()) {
+    impl_->since_return->take_over(impl_->log);
+  } else {
+    impl_->log.keep();
+  }
+}
+
+void Transaction::set_return() {
+  if (has_return()) return;
+  impl_->since_return = std::make_unique<EditLog>(impl_->keeper, impl_->root);
+}
+
+bool Transaction::has_return() const {
+  return impl_->since_return != nullptr;
+}
+
+void Transaction::forget_return() {
+  if (!has_return()) return;
+  impl_->since_return->keep();
+  impl_->since_return.reset();
+}
+
+void Transaction::go_back() {
+  if (!has_return()) return;
+  EditLog& since = *impl_->since_return;
+  impl_->changes.reset();
+  impl_->valid_as_read = false;
+  if (is_edited()) {
+    since.take_over(impl_->log);
+    impl_->log.take_over(since);
+  } else {
+    since.undo();
+  }
+  impl_->since_return.reset();
 }
 
 void Transaction::discard() {

@@ -76,6 +76,17 @@ class Transaction {
   /// Undoes all edits since the last commit.
   void discard();
 
+  /// Makes the committed configuration, as it is now, the one to which go_back() returns, if there
+  /// is none yet. From now on commits keep what they changed.
+  void set_return();
+  [[nodiscard]] bool has_return() const;
+  /// The commits since then stay for good.
+  void forget_return();
+  /// Makes the configuration of set_return() the committed one again. If there are edits, the tree
+  /// stays as it is, and what was taken back is one of the edits; if there are none, there are none
+  /// afterwards either.
+  void go_back();
+
   /// Whether there were edits since the last commit, even if they left no difference.
   [[nodiscard]] bool is_edited() const;
 

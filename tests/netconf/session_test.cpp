@@ -6,12 +6,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "netconf/confirmed_commit.h"
 #include "netconf/message.h"
 #include "tests/support/model.h"
 
@@ -210,7 +212,7 @@ TEST_F(SessionTest, RefusesWhatIsNoOperation) {
            Row{"unknown operation", rpc("<nix/>"), "operation-not-supported"},
            Row{"foreign operation", rpc("<commit xmlns='urn:x'/>"), "operation-not-supported"},
            Row{"not offered", rpc("<delete-config/>"), "operation-not-supported"},
-           Row{"unknown parameter", rpc("<commit><confirmed/></commit>"), "unknown-element"},
+           Row{"unknown parameter", rpc("<commit><nix/></commit>"), "unknown-element"},
            Row{"parameter twice", rpc("<lock><target/><target/></lock>"), "unknown-element"},
            Row{"missing parameter", rpc("<lock/>"), "missing-element"},
            Row{"no datastore", rpc("<lock><target/></lock>"), "missing-element"},
@@ -524,6 +526,176 @@ TEST_F(SessionTest, ValidatesAConfigurationInTheMessage) {
   }
   EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
   EXPECT_THAT(client(1).ask(given), IsError("in-use"));
+}
+
+std::string confirmed(const std::string& parameters = "") {
+  return "<commit><confirmed/>" + parameters + "</commit>";
+}
+
+class ConfirmedCommitTest : public SessionTest {
+ protected:
+  // Session 1 adds service port 3 by a confirmed commit.
+  void commit_confirmed(const std::string& parameters = "") {
+    EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+    EXPECT_THAT(client(1).ask(confirmed(parameters)), IsOk());
+    EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2", "3"));
+  }
+  void pass(std::chrono::seconds time) {
+    end_late_commit(card_, std::chrono::steady_clock::now() + time);
+  }
+  void expect_ports(const std::vector<std::string>& ids) {
+    EXPECT_EQ(client(9).ports("running"), ids);
+    EXPECT_EQ(client(9).ports("candidate"), ids);
+  }
+  void expect_log(const std::string& text) {
+    EXPECT_THAT(log_, ::testing::Contains(HasSubstr(text)));
+  }
+};
+
+TEST_F(ConfirmedCommitTest, IsTakenBackUnlessItIsConfirmedInTime) {
+  commit_confirmed();
+  pass(std::chrono::seconds(590));
+  expect_ports({"1", "2", "3"});
+  pass(std::chrono::seconds(600));
+  expect_ports({"1", "2"});
+  expect_log("session 1: confirmed commit begins, to be confirmed within 600 s");
+  expect_log("confirmed commit taken back: it was not confirmed in time");
+  EXPECT_THAT(client(2).ask("<lock><target><candidate/></target></lock>"), IsOk());
+}
+
+TEST_F(ConfirmedCommitTest, StaysWhenItIsConfirmed) {
+  commit_confirmed(option("confirm-timeout", "5"));
+  EXPECT_THAT(client(1).ask(edit(port("4"))), IsOk());
+  EXPECT_THAT(client(1).ask("<commit/>"), IsOk());
+  pass(std::chrono::seconds(10));
+  close(1);
+  expect_ports({"1", "2", "3", "4"});
+  expect_log("session 1: confirmed commit confirmed");
+}
+
+TEST_F(ConfirmedCommitTest, ASecondOneMovesTheTimeAndGoesBackToBeforeTheFirst) {
+  commit_confirmed(option("confirm-timeout", "10"));
+  EXPECT_THAT(client(1).ask(edit(port("4") + port("1", kDelete))), IsOk());
+  EXPECT_THAT(client(1).ask(confirmed(option("confirm-timeout", "100"))), IsOk());
+  pass(std::chrono::seconds(50));
+  expect_ports({"2", "3", "4"});
+  pass(std::chrono::seconds(100));
+  expect_ports({"1", "2"});
+  expect_log("session 1: confirmed commit goes on, to be confirmed within 100 s");
+}
+
+TEST_F(ConfirmedCommitTest, TheEndOfItsSessionTakesItBack) {
+  commit_confirmed();
+  close(2);
+  expect_ports({"1", "2", "3"});
+  close(1);
+  expect_ports({"1", "2"});
+  expect_log("confirmed commit taken back: session 1 ends");
+}
+
+TEST_F(ConfirmedCommitTest, CanBeCancelled) {
+  commit_confirmed();
+  EXPECT_THAT(client(2).ask("<cancel-commit/>"), IsError("in-use"));
+  EXPECT_THAT(client(1).ask("<cancel-commit/>"), IsOk());
+  expect_ports({"1", "2"});
+  expect_log("confirmed commit taken back: session 1 cancelled it");
+  EXPECT_THAT(client(1).ask("<cancel-commit/>"), IsError("operation-failed"));
+}
+
+TEST_F(ConfirmedCommitTest, WithPersistOutlivesItsSession) {
+  const std::string id = option("persist-id", "a b");
+  for (const char* end : {"<commit>", "<cancel-commit>"}) {
+    commit_confirmed(option("persist", " a b "));
+    close(1);
+    expect_ports({"1", "2", "3"});
+    const std::string name = std::string(end).substr(1);
+    EXPECT_THAT(client(2).ask("<" + name + "</" + name), IsError("in-use"));
+    EXPECT_THAT(client(2).ask("<" + name + option("persist-id", "other") + "</" + name),
+                IsError("invalid-value"));
+    EXPECT_THAT(client(2).ask("<lock><target><running/></target></lock>"),
+                AllOf(IsError("lock-denied"), HasSubstr("<session-id>0</session-id>")));
+    EXPECT_THAT(client(2).ask("<commit><confirmed/>" + option("persist", "a b") + id + "</commit>"),
+                IsOk());
+    EXPECT_THAT(client(3).ask("<" + name + id + "</" + name), IsOk());
+    close(2);
+    pass(std::chrono::seconds(1000));
+    if (std::string(end) == "<commit>") {
+      expect_ports({"1", "2", "3"});
+      EXPECT_THAT(client(3).ask(edit_running(port("3", kDelete))), IsOk());
+    }
+    expect_ports({"1", "2"});
+  }
+}
+
+TEST_F(ConfirmedCommitTest, KeepsTheChangesOfOthersOut) {
+  commit_confirmed();
+  EXPECT_THAT(client(2).ask("<commit/>"), IsError("in-use"));
+  EXPECT_THAT(client(2).ask(confirmed()), IsError("in-use"));
+  EXPECT_THAT(client(2).ask(edit_running(port("4"))), IsError("in-use"));
+  EXPECT_THAT(client(2).ask(copy("running", "<candidate/>")), IsError("in-use"));
+  EXPECT_THAT(client(2).ask("<lock><target><running/></target></lock>"),
+              AllOf(IsError("lock-denied"), HasSubstr("<session-id>1</session-id>")));
+  EXPECT_THAT(client(2).ask(edit(port("4"))), IsOk());
+  EXPECT_THAT(client(2).ask("<discard-changes/>"), IsOk());
+  // What its own session does to running goes back, too.
+  EXPECT_THAT(client(1).ask(edit_running(port("4"))), IsOk());
+  EXPECT_THAT(client(1).ask(copy("running", "<config/>")), IsOk());
+  EXPECT_THAT(client(1).ask(copy("running", "<candidate/>")), IsOk());
+  EXPECT_THAT(client(1).ask("<cancel-commit/>"), IsOk());
+  expect_ports({"1", "2"});
+}
+
+TEST_F(ConfirmedCommitTest, ACandidateThatIsEditedKeepsItsContent) {
+  commit_confirmed();
+  EXPECT_THAT(client(2).ask(edit(port("4"))), IsOk());
+  pass(std::chrono::seconds(600));
+  EXPECT_THAT(client(2).ports("running"), ElementsAre("1", "2"));
+  EXPECT_THAT(client(2).ports("candidate"), ElementsAre("1", "2", "3", "4"));
+  EXPECT_THAT(client(2).ask("<commit/>"), IsOk());
+  expect_ports({"1", "2", "3", "4"});
+}
+
+TEST_F(ConfirmedCommitTest, ARefusedCommitBeginsAndConfirmsNothing) {
+  results = {{"sp_gem_check", CONFD_ERR}};
+  EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+  EXPECT_THAT(client(1).ask(confirmed()), IsError("operation-failed"));
+  results.clear();
+  EXPECT_THAT(client(2).ask("<cancel-commit/>"), IsError("operation-failed"));
+  EXPECT_THAT(client(1).ask(confirmed()), IsOk());
+  EXPECT_THAT(client(1).ask(edit(port("4"))), IsOk());
+  results = {{"sp_gem_check", CONFD_ERR}};
+  EXPECT_THAT(client(1).ask("<commit/>"), IsError("operation-failed"));
+  EXPECT_THAT(client(1).ask(confirmed(option("confirm-timeout", "9999"))),
+              IsError("operation-failed"));
+  results.clear();
+  EXPECT_THAT(client(1).ask("<discard-changes/>"), IsOk());
+  pass(std::chrono::seconds(600));
+  expect_ports({"1", "2"});
+}
+
+TEST_F(ConfirmedCommitTest, RefusesWrongParameters) {
+  struct Row {
+    const char* name;
+    std::string operation;
+    const char* tag;
+  };
+  for (const Row& row : {
+           Row{"no time", confirmed(option("confirm-timeout", "0")), "invalid-value"},
+           Row{"no number", confirmed(option("confirm-timeout", "soon")), "invalid-value"},
+           Row{"too long", confirmed(option("confirm-timeout", "4294967296")), "invalid-value"},
+           Row{"an empty persist", confirmed("<persist/>"), "invalid-value"},
+           Row{"a time for no confirmed commit",
+               "<commit>" + option("confirm-timeout", "5") + "</commit>", "missing-element"},
+           Row{"persist for no confirmed commit", "<commit>" + option("persist", "5") + "</commit>",
+               "missing-element"},
+           Row{"nothing has the id", "<commit>" + option("persist-id", "5") + "</commit>",
+               "invalid-value"},
+           Row{"nothing to cancel has the id",
+               "<cancel-commit>" + option("persist-id", "5") + "</cancel-commit>", "invalid-value"},
+       }) {
+    EXPECT_THAT(client(1).ask(row.operation), IsError(row.tag)) << row.name;
+  }
+  EXPECT_THAT(client(1).ask(confirmed(option("confirm-timeout", " 4294967295 "))), IsOk());
 }
 
 TEST_F(SessionTest, ReportsWhatTheModelMissesWithItsPath) {
