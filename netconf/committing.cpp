@@ -4,6 +4,7 @@
 #include "netconf/editing.h"
 #include "netconf/locks.h"
 #include "netconf/verdicts.h"
+#include "netconf/warnings.h"
 
 namespace tarnd::netconf {
 namespace {
@@ -58,21 +59,20 @@ std::string conclude(const Run& run, const CommitReport& report) {
     case CommitResult::kUnconfirmed:
       break;
   }
-  throw RpcFailure(unconfirmed(run.card.datastore.schema(), run.card.warnings, report));
+  throw RpcFailure(unconfirmed(run.card.datastore.schema(), warning_policy(run), report));
 }
 
-CommitOptions commit_options(const Card& card) {
+CommitOptions commit_options(const Run& run) {
   CommitOptions options;
   options.all = true;
-  options.confirm = [accept = card.warnings == WarningPolicy::kAccept](const auto& /*warnings*/) {
-    return accept;
-  };
+  options.confirm = [accept = warning_policy(run) ==
+                              WarningPolicy::kAccept](const auto& /*warnings*/) { return accept; };
   return options;
 }
 
 std::string commit_candidate(const Run& run) {
   prepare_candidate(run);
-  return conclude(run, run.card.daemon.commit(run.card.candidate, commit_options(run.card)));
+  return conclude(run, run.card.daemon.commit(run.card.candidate, commit_options(run)));
 }
 
 // A whole configuration that is in the message.
@@ -94,7 +94,7 @@ std::string validate_given(const Run& run, const Element& config) {
 
 std::string check_candidate(const Run& run) {
   prepare_candidate(run);
-  return conclude(run, run.card.daemon.check(run.card.candidate, commit_options(run.card)));
+  return conclude(run, run.card.daemon.check(run.card.candidate, commit_options(run)));
 }
 
 void check_running_may_be_edited(const Run& run) {

@@ -10,6 +10,7 @@
 #include "netconf/ending.h"
 #include "netconf/locks.h"
 #include "netconf/reading.h"
+#include "netconf/warnings.h"
 #include "netconf/with_defaults.h"
 #include "netconf/xml_text.h"
 
@@ -41,6 +42,7 @@ struct Parameter {
   std::string_view name_space;
 };
 
+constexpr Parameter kWarnings{"warnings", kWarningsNamespace};
 constexpr Parameter kWithDefaults{"with-defaults", kWithDefaultsNamespace};
 
 struct Operation {
@@ -59,8 +61,8 @@ const std::vector<Operation>& operations() {
       {"copy-config", {"target", "source"}, &copy_config},
       {"lock", {"target"}, &lock},
       {"unlock", {"target"}, &unlock},
-      {"validate", {"source"}, &validate},
-      {"commit", {"confirmed", "confirm-timeout", "persist", "persist-id"}, &commit},
+      {"validate", {"source", kWarnings}, &validate},
+      {"commit", {"confirmed", "confirm-timeout", "persist", "persist-id", kWarnings}, &commit},
       {"cancel-commit", {"persist-id"}, &cancel_commit},
       {"discard-changes", {}, &discard_changes},
       {"close-session", {}, &close_session},
@@ -112,7 +114,8 @@ std::string capabilities(const store::Schema& schema) {
   const lys_module* module = schema.root().lysc->module;
   std::string of_model = std::string(module->ns) + "?module=" + module->name;
   if (module->revision != nullptr) of_model += std::string("&revision=") + module->revision;
-  return text + "<capability>" + escaped(of_model) + "</capability></capabilities>";
+  text += "<capability>" + escaped(of_model) + "</capability>";
+  return text + "<capability>" + escaped(kWarningsModule) + "</capability></capabilities>";
 }
 
 }  // namespace tarnd::netconf

@@ -756,6 +756,30 @@ TEST_F(SessionTest, TreatsWarningsAsThePolicySays) {
   EXPECT_THAT(log_, ::testing::Contains(HasSubstr("sp_gem_check warns: sp_gem_check says")));
 }
 
+TEST_F(SessionTest, AClientChoosesWhatWarningsDoToOneCommit) {
+  const auto with = [](const std::string& word) {
+    return "<warnings xmlns='urn:gponval:netconf'>" + word + "</warnings>";
+  };
+  results = {{"sp_gem_check", CONFD_VALIDATION_WARN}};
+  EXPECT_THAT(client(1).ask(edit(port("3"))), IsOk());
+  EXPECT_THAT(client(1).ask("<commit>" + with("nix") + "</commit>"), IsError("invalid-value"));
+  EXPECT_THAT(client(1).ask("<commit><warnings>accept</warnings></commit>"),
+              IsError("unknown-element"));
+  EXPECT_THAT(client(1).ask("<commit>" + with("reject") + "</commit>"),
+              HasSubstr("needs to be confirmed: "));
+  EXPECT_THAT(client(1).ask("<commit>" + with("report") + "</commit>"),
+              HasSubstr("<error-severity>warning"));
+  card_.warnings = WarningPolicy::kReject;
+  const std::string candidate = "<source><candidate/></source>";
+  EXPECT_THAT(client(1).ask("<validate>" + candidate + "</validate>"),
+              HasSubstr("needs to be confirmed: "));
+  EXPECT_THAT(client(1).ask("<validate>" + candidate + with(" accept ") + "</validate>"), IsOk());
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2"));
+  EXPECT_THAT(client(1).ask("<commit>" + with("accept") + "</commit>"), IsOk());
+  EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2", "3"));
+  EXPECT_THAT(client(1).hello(), HasSubstr("urn:gponval:netconf?module=gponval-netconf&amp;"));
+}
+
 TEST_F(SessionTest, LocksKeepTheOthersOut) {
   const std::string lock = "<lock><target><candidate/></target></lock>";
   const std::string unlock = "<unlock><target><candidate/></target></unlock>";
