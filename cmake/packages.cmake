@@ -36,6 +36,8 @@ and the manual.
 ${zlog_origin}")
 
 set(CPACK_DEBIAN_GPONVAL_PACKAGE_NAME gponval)
+# The modules of NETCONF that gponval serve hands out.
+set(CPACK_DEBIAN_GPONVAL_PACKAGE_DEPENDS libyuma-base)
 set(CPACK_DEBIAN_GPONVAL_DESCRIPTION
 "commits line-card configuration changes away from the card
 Commits a change of the configuration of a GPON or XGS-PON line card through

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <map>
 #include <optional>
@@ -24,10 +25,28 @@ enum class WarningPolicy {
 enum class LogLevel { kError, kWarning, kInfo };
 using Log = std::function<void(LogLevel, const std::string&)>;
 
+class YangModules;
+
+struct MessageCounts {
+  std::uint64_t rpcs = 0;
+  std::uint64_t bad_rpcs = 0;  ///< that could not be read
+  std::uint64_t errors = 0;    ///< rpc-errors in replies
+};
+
+struct ServerCounts {
+  std::time_t start = std::time(nullptr);
+  std::uint64_t bad_hellos = 0;
+  std::uint64_t sessions = 0;
+  std::uint64_t dropped = 0;  ///< sessions that their clients did not close
+  MessageCounts messages;     ///< of all sessions
+};
+
 /// A session as the other sessions see it.
 struct SessionInfo {
   std::string user;
   bool is_killed = false;
+  std::time_t login = std::time(nullptr);
+  MessageCounts counts;
 };
 
 /// A commit that is taken back unless another one confirms it (RFC 6241, section 8.4).
@@ -56,6 +75,11 @@ struct Card {
   std::optional<SessionId> candidate_lock;
   std::map<SessionId, SessionInfo> sessions;
   std::optional<PendingCommit> pending;
+  /// What get-schema returns; null if the server does without.
+  const YangModules* modules = nullptr;
+  std::time_t running_locked = 0;
+  std::time_t candidate_locked = 0;
+  ServerCounts counts;
 };
 
 /// Forgets the session. A confirmed commit of its own is taken back, its locks are free again, and

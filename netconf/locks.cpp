@@ -1,5 +1,6 @@
 #include "netconf/locks.h"
 
+#include <ctime>
 #include <optional>
 
 namespace tarnd::netconf {
@@ -50,6 +51,8 @@ std::string lock(const Run& run) {
   }
   if (target == Target::kRunning) check_no_pending_of_another(run);
   holder = run.caller.id;
+  (target == Target::kRunning ? run.card.running_locked : run.card.candidate_locked) =
+      std::time(nullptr);
   return kOk;
 }
 

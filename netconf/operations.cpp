@@ -9,10 +9,12 @@
 #include "netconf/editing.h"
 #include "netconf/ending.h"
 #include "netconf/locks.h"
+#include "netconf/monitoring.h"
 #include "netconf/reading.h"
 #include "netconf/warnings.h"
 #include "netconf/with_defaults.h"
 #include "netconf/xml_text.h"
+#include "netconf/yang_modules.h"
 
 namespace tarnd::netconf {
 namespace {
@@ -49,11 +51,20 @@ struct Operation {
   std::string_view name;
   std::vector<Parameter> parameters;
   std::string (*run)(const Run&);
+  std::string_view name_space = kBaseNamespace;
 };
+
+constexpr std::string_view kMonitoringModule =
+    "urn:ietf:params:xml:ns:yang:ietf-netconf-monitoring?module=ietf-netconf-monitoring"
+    "&revision=2010-10-04";
+
+std::string get_all(const Run& run) {
+  return get(run, capabilities(run.card));
+}
 
 const std::vector<Operation>& operations() {
   static const std::vector<Operation> table = {
-      {"get", {"filter", kWithDefaults}, &get},
+      {"get", {"filter", kWithDefaults}, &get_all},
       {"get-config", {"source", "filter", kWithDefaults}, &get_config},
       {"edit-config",
        {"target", "default-operation", "test-option", "error-option", "config"},
@@ -67,13 +78,24 @@ const std::vector<Operation>& operations() {
       {"discard-changes", {}, &discard_changes},
       {"close-session", {}, &close_session},
       {"kill-session", {"session-id"}, &kill_session},
+      {"get-schema",
+       {{"identifier", kMonitoringNamespace},
+        {"version", kMonitoringNamespace},
+        {"format", kMonitoringNamespace}},
+       &get_schema,
+       kMonitoringNamespace},
   };
   return table;
 }
 
-const Operation& operation_named(const Element& element) {
+bool is_offered(const Card& card, const Operation& operation) {
+  return card.modules != nullptr || operation.name_space != kMonitoringNamespace;
+}
+
+const Operation& operation_named(const Card& card, const Element& element) {
   for (const Operation& operation : operations()) {
-    if (element.is(kBaseNamespace, operation.name)) return operation;
+    if (!element.is(operation.name_space, operation.name)) continue;
+    if (is_offered(card, operation)) return operation;
   }
   RpcError error = error_of("protocol", "operation-not-supported",
                             "this server has no operation '" + element.name + "'");
@@ -94,6 +116,16 @@ void check_parameters(const Element& operation, const std::vector<Parameter>& kn
   }
 }
 
+void append_capability(std::string& text, std::string_view capability) {
+  text += "<capability>" + escaped(capability) + "</capability>";
+}
+
+std::string of_module(const lys_module& module) {
+  std::string text = std::string(module.ns) + "?module=" + module.name;
+  if (module.revision != nullptr) text += std::string("&revision=") + module.revision;
+  return text;
+}
+
 }  // namespace
 
 std::string run_operation(Card& card, Caller& caller, const Element& rpc,
@@ -101,21 +133,24 @@ std::string run_operation(Card& card, Caller& caller, const Element& rpc,
   if (rpc.children.empty()) refuse(missing_element("an operation"));
   if (rpc.children.size() > 1) refuse(unknown_element(rpc.children[1].name));
   const Element& element = rpc.children.front();
-  const Operation& operation = operation_named(element);
+  const Operation& operation = operation_named(card, element);
   check_parameters(element, operation.parameters);
   return operation.run({card, caller, element, message});
 }
 
-std::string capabilities(const store::Schema& schema) {
-  std::string text = "<capabilities>";
-  for (const char* capability : kCapabilities) {
-    text += "<capability>" + escaped(capability) + "</capability>";
+std::string capabilities(const Card& card) {
+  std::string text;
+  for (const char* capability : kCapabilities) append_capability(text, capability);
+  append_capability(text, of_module(*card.datastore.schema().root().lysc->module));
+  append_capability(text, kWarningsModule);
+  if (card.modules != nullptr) {
+    append_capability(text, kMonitoringModule);
+    append_capability(text,
+                      "urn:ietf:params:netconf:capability:yang-library:1.0?revision="
+                      "2016-06-21&module-set-id=" +
+                          card.modules->set_id());
   }
-  const lys_module* module = schema.root().lysc->module;
-  std::string of_model = std::string(module->ns) + "?module=" + module->name;
-  if (module->revision != nullptr) of_model += std::string("&revision=") + module->revision;
-  text += "<capability>" + escaped(of_model) + "</capability>";
-  return text + "<capability>" + escaped(kWarningsModule) + "</capability></capabilities>";
+  return "<capabilities>" + text + "</capabilities>";
 }
 
 }  // namespace tarnd::netconf

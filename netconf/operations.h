@@ -13,6 +13,6 @@ std::string run_operation(Card& card, Caller& caller, const Element& rpc,
                           const std::string& message);
 
 /// What a server's hello announces.
-std::string capabilities(const store::Schema& schema);
+std::string capabilities(const Card& card);
 
 }  // namespace tarnd::netconf

@@ -6,7 +6,8 @@
 
 namespace tarnd::netconf {
 
-std::string get(const Run& run);
+/// Running and the server's own state, which holds the capabilities that the server offers.
+std::string get(const Run& run, const std::string& offered);
 std::string get_config(const Run& run);
 
 }  // namespace tarnd::netconf

@@ -76,14 +76,15 @@ bool offers(const Element& hello, std::string_view capability) {
 Session::Session(Card& card, SessionId id, std::string user, std::size_t most_of_message)
     : card_(card), caller_{id}, frames_(most_of_message) {
   card_.log(LogLevel::kInfo, "session " + std::to_string(id) + " begins, user " + user);
-  card_.sessions[id] = {std::move(user)};
-  send(in_base_namespace("hello", "",
-                         capabilities(card_.datastore.schema()) + "<session-id>" +
-                             std::to_string(id) + "</session-id>"));
+  card_.sessions[id].user = std::move(user);
+  ++card_.counts.sessions;
+  send(in_base_namespace(
+      "hello", "", capabilities(card_) + "<session-id>" + std::to_string(id) + "</session-id>"));
 }
 
 Session::~Session() {
   const std::string why = why_it_ends();
+  if (!caller_.closes) ++card_.counts.dropped;
   end_session(card_, caller_.id);
   card_.log(LogLevel::kInfo, "session " + std::to_string(caller_.id) + " ends: " + why);
 }
@@ -125,14 +126,22 @@ bool Session::answer_next() {
       take_rpc(element, *message);
     } else {
       take_hello(element);
+      if (!is_open_) ++card_.counts.bad_hellos;
     }
     return true;
   } catch (const FramingError& error) {
     end_with_reply(error.what());
   } catch (const MalformedMessage& error) {
+    if (is_open_) count(&MessageCounts::bad_rpcs);
     end_with_reply(error.what());
   }
+  if (!is_open_) ++card_.counts.bad_hellos;
   return false;
+}
+
+void Session::count(std::uint64_t MessageCounts::*what, std::uint64_t more) {
+  card_.sessions.at(caller_.id).counts.*what += more;
+  card_.counts.messages.*what += more;
 }
 
 void Session::take_hello(const Element& hello) {
@@ -151,20 +160,24 @@ void Session::take_rpc(const Element& rpc, const std::string& message) {
   if (!rpc.is(kBaseNamespace, "rpc")) {
     throw MalformedMessage("the message is no rpc, but '" + rpc.name + "'");
   }
+  count(&MessageCounts::rpcs);
   const store::Schema& schema = card_.datastore.schema();
   const PathPrefix prefix{schema.prefix(), schema.namespace_uri()};
   if (rpc.attribute(kMessageId) == nullptr) {
+    count(&MessageCounts::errors);
     return reply(rpc, to_xml(missing_message_id(), prefix));
   }
   try {
     reply(rpc, run_operation(card_, caller_, rpc, message));
   } catch (const RpcFailure& failure) {
+    count(&MessageCounts::errors, failure.errors().size());
     std::string errors;
     for (const RpcError& error : failure.errors()) errors += to_xml(error, prefix);
     reply(rpc, errors);
   } catch (const std::exception& error) {
     card_.log(LogLevel::kError,
               "session " + std::to_string(caller_.id) + ": " + std::string(error.what()));
+    count(&MessageCounts::errors);
     reply(rpc, to_xml(internal_error(), prefix));
   }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -41,6 +42,7 @@ class Session {
  private:
   void take_hello(const Element& hello);
   void take_rpc(const Element& rpc, const std::string& message);
+  void count(std::uint64_t MessageCounts::*what, std::uint64_t more = 1);
   void reply(const Element& rpc, std::string_view content);
   void send(const std::string& message);
   void end_with_reply(const std::string& why);

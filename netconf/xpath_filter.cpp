@@ -6,6 +6,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "netconf/rpc_error.h"
 #include "netconf/xml_text.h"
@@ -47,10 +48,11 @@ class PrefixWriter {
                const ly_ctx* context)
       : text_(text), namespaces_(namespaces), context_(context) {}
 
-  std::string written() {
+  // Nothing if the context has no module for one of the prefixes.
+  std::optional<std::string> written() {
     if (text_.size() > kMostLength) refuse_expression("it is too long");
     while (pos_ < text_.size()) take_token();
-    return result_;
+    return is_foreign_ ? std::nullopt : std::optional(std::move(result_));
   }
 
  private:
@@ -92,12 +94,12 @@ class PrefixWriter {
     pos_ += taken.size();
   }
 
-  [[nodiscard]] std::string_view module_of(std::string_view prefix) const {
+  std::string_view module_of(std::string_view prefix) {
     for (auto known = namespaces_.rbegin(); known != namespaces_.rend(); ++known) {
       if (known->prefix != prefix) continue;
       const lys_module* module = ly_ctx_get_module_implemented_ns(context_, known->name.c_str());
-      if (module != nullptr) return module->name;
-      refuse_expression("no module has the namespace '" + known->name + "'");
+      if (module == nullptr) is_foreign_ = true;
+      return module != nullptr ? module->name : "";
     }
     refuse_expression("the prefix '" + std::string(prefix) + "' is not declared");
   }
@@ -108,6 +110,7 @@ class PrefixWriter {
   std::string result_;
   std::size_t pos_ = 0;
   std::size_t depth_ = 0;
+  bool is_foreign_ = false;
 };
 
 using Nodes = std::vector<const lyd_node*>;
@@ -161,29 +164,36 @@ class Excerpt {
   void link(lyd_node* parent, lyd_node* node) {
     if (parent != nullptr) {
       lyd_insert_child(parent, node);
-    } else {
+    } else if (made_ == nullptr) {
       made_.reset(node);
+    } else {
+      lyd_node* first = nullptr;
+      lyd_insert_sibling(made_.get(), node, &first);
+      static_cast<void>(made_.release());
+      made_.reset(first);
     }
   }
 
   std::unordered_set<const lyd_node*> chosen_;
   std::unordered_map<const lyd_node*, lyd_node*> copies_;
-  store::TreeOwner made_{nullptr, &lyd_free_tree};
+  store::TreeOwner made_{nullptr, &lyd_free_all};
 };
 
 }  // namespace
 
-store::TreeOwner select_by_xpath(const Element& filter, const store::Datastore& datastore) {
-  const std::string& expression = expression_of(filter);
-  Nodes nodes{datastore.root()};
-  if (trimmed(expression) != kDocument) {
-    store::XPath xpath(datastore, nullptr);
-    const auto found = xpath.nodes(
-        PrefixWriter(expression, filter.namespaces, datastore.schema().context()).written());
-    if (!found.has_value()) refuse_expression(xpath.error());
-    nodes = *found;
+std::optional<store::TreeOwner> select_by_xpath(const Element& filter, const lyd_node* tree) {
+  const std::string& select = expression_of(filter);
+  Nodes nodes;
+  if (trimmed(select) == kDocument) {
+    for (const lyd_node* root = tree; root != nullptr; root = root->next) nodes.push_back(root);
+    return Excerpt(nodes).take(nodes);
   }
-  return Excerpt(nodes).take(nodes);
+  const auto expression = PrefixWriter(select, filter.namespaces, LYD_CTX(tree)).written();
+  if (!expression.has_value()) return std::nullopt;
+  store::XPath xpath(tree);
+  const auto found = xpath.nodes(*expression);
+  if (!found.has_value()) refuse_expression(xpath.error());
+  return Excerpt(*found).take(*found);
 }
 
 }  // namespace tarnd::netconf

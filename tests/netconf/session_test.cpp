@@ -15,6 +15,8 @@
 
 #include "netconf/confirmed_commit.h"
 #include "netconf/message.h"
+#include "netconf/monitoring.h"
+#include "netconf/yang_modules.h"
 #include "tests/support/model.h"
 
 namespace tarnd::netconf {
@@ -778,6 +780,121 @@ TEST_F(SessionTest, AClientChoosesWhatWarningsDoToOneCommit) {
   EXPECT_THAT(client(1).ask("<commit>" + with("accept") + "</commit>"), IsOk());
   EXPECT_THAT(client(1).ports("running"), ElementsAre("1", "2", "3"));
   EXPECT_THAT(client(1).hello(), HasSubstr("urn:gponval:netconf?module=gponval-netconf&amp;"));
+}
+
+// The server with the modules of the protocol.
+class MonitoringTest : public SessionTest {
+ protected:
+  MonitoringTest() { card_.modules = &modules(); }
+
+  static const YangModules& modules() {
+    static const YangModules all("/usr/share/yuma/modules/ietf", TARND_MODEL_DIR);
+    return all;
+  }
+  std::string schema(const std::string& name, const std::string& more = "") {
+    return client(1).ask("<get-schema xmlns='" + std::string(kMonitoringNamespace) +
+                         "'><identifier>" + name + "</identifier>" + more + "</get-schema>");
+  }
+};
+
+TEST_F(MonitoringTest, ReturnsSchemasThatCompile) {
+  static std::map<std::string, std::string> texts;  // as a client got them
+  for (const YangModule& module : modules().all()) {
+    texts[module.name] = read_message(schema(module.name, "<version>" + module.revision +
+                                                              "</version>"
+                                                              "<format>yang</format>"))
+                             .children.at(0)
+                             .text;
+  }
+  for (const char* name : {"base", "tailf-common", "ietf-netconf", "ietf-yang-types",
+                           "ietf-yang-library", "gponval-netconf"}) {
+    EXPECT_TRUE(texts.contains(name)) << name;
+  }
+  ly_ctx* made = nullptr;
+  ASSERT_EQ(ly_ctx_new(nullptr, LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD, &made),
+            LY_SUCCESS);
+  const std::unique_ptr<ly_ctx, decltype(&ly_ctx_destroy)> context(made, &ly_ctx_destroy);
+  const auto fetched = [](const char* name, const char*, const char*, const char*, void*,
+                          LYS_INFORMAT* format, const char** text, auto* free_text) {
+    const auto found = texts.find(name);
+    if (found == texts.end()) return LY_ENOTFOUND;
+    *format = LYS_IN_YANG;
+    *text = found->second.c_str();
+    *free_text = nullptr;
+    return LY_SUCCESS;
+  };
+  ly_ctx_set_module_imp_clb(made, fetched, nullptr);
+  for (const YangModule& module : modules().all()) {
+    EXPECT_NE(ly_ctx_load_module(made, module.name.c_str(), nullptr, nullptr), nullptr)
+        << module.name;
+  }
+}
+
+TEST_F(MonitoringTest, RefusesSchemasThatItDoesNotHave) {
+  EXPECT_THAT(schema("nix"), IsError("invalid-value"));
+  EXPECT_THAT(schema("base", "<version>1999-01-01</version>"), IsError("invalid-value"));
+  EXPECT_THAT(schema("base", "<format>yin</format>"), IsError("invalid-value"));
+  EXPECT_THAT(schema("base", "<format xmlns:m='urn:m'>m:yang</format>"),
+              HasSubstr("module base {"));
+  card_.modules = nullptr;
+  EXPECT_THAT(schema("base"), IsError("operation-not-supported"));
+  EXPECT_THAT(client(2).hello(), AllOf(Not(HasSubstr("monitoring")), Not(HasSubstr("library"))));
+  EXPECT_THAT(client(2).ask("<get/>"), Not(HasSubstr("netconf-state")));
+}
+
+TEST_F(MonitoringTest, ReportsItsStateBesidesTheConfiguration) {
+  EXPECT_THAT(client(4).ask("<lock><target><candidate/></target></lock>"), IsOk());
+  EXPECT_THAT(client(4).ask("<unlock><target><running/></target></unlock>"),
+              IsError("operation-failed"));
+  const std::string all = client(1).ask("<get/>");
+  EXPECT_THAT(
+      all,
+      AllOf(HasSubstr("<config xmlns=\"urn:tarnd:base\">"),
+            HasSubstr("<capability>urn:ietf:params:netconf:capability:xpath:1.0</capability>"),
+            HasSubstr("<name>candidate</name><locks><global-lock><locked-by-session>4<"),
+            HasSubstr("<identifier>base</identifier>"), HasSubstr("<username>somebody</username>"),
+            HasSubstr("<in-rpcs>2</in-rpcs><in-bad-rpcs>0</in-bad-rpcs>"
+                      "<out-rpc-errors>1</out-rpc-errors>"),
+            HasSubstr("<in-sessions>2</in-sessions>"),
+            HasSubstr("<module-set-id>" + modules().set_id() + "</module-set-id>")));
+  EXPECT_THAT(client(1).ask("<get-config><source><running/></source></get-config>"),
+              Not(HasSubstr("netconf-state")));
+  EXPECT_THAT(client(1).hello(),
+              AllOf(HasSubstr("ietf-netconf-monitoring&amp;revision=2010-10-04"),
+                    HasSubstr("yang-library:1.0?revision=2016-06-21&amp;module-set-id=" +
+                              modules().set_id())));
+}
+
+TEST_F(MonitoringTest, FiltersSelectOfTheState) {
+  const std::string state = "xmlns:m='" + std::string(kMonitoringNamespace) + "'";
+  const std::string sessions = "<session><session-id>1</session-id>";
+  struct Row {
+    const char* name;
+    std::string filter;
+    bool has_sessions;
+    bool has_ports;
+  };
+  client(2);
+  for (const Row& row : {
+           Row{"subtree",
+               "<filter><m:netconf-state " + state + "><m:sessions/></m:netconf-state></filter>",
+               true, false},
+           Row{"xpath", "<filter type='xpath' " + state + " select='/m:netconf-state/m:sessions'/>",
+               true, false},
+           Row{"both",
+               "<filter type='xpath' select='/config/service-port | /netconf-state/sessions'/>",
+               true, true},
+           Row{"the configuration",
+               "<filter type='xpath' xmlns:t='urn:tarnd:base' select='/t:config'/>", false, true},
+           Row{"everything", "<filter type='xpath' select='/'/>", true, true},
+       }) {
+    const std::string reply = client(1).ask("<get>" + row.filter + "</get>");
+    EXPECT_THAT(reply, HasSubstr("<data>")) << row.name;
+    EXPECT_EQ(reply.find(sessions) != std::string::npos, row.has_sessions) << row.name << reply;
+    EXPECT_EQ(reply.find("<service-port>") != std::string::npos, row.has_ports) << row.name;
+  }
+  EXPECT_THAT(client(1).ask("<get><filter type='xpath' xmlns:x='urn:x' select='/x:y'/></get>"),
+              IsError("invalid-value"));
 }
 
 TEST_F(SessionTest, LocksKeepTheOthersOut) {

@@ -17,10 +17,12 @@
 #include "netconf/ssh_address.h"
 #include "netconf/ssh_daemon.h"
 #include "netconf/unix_socket.h"
+#include "netconf/yang_modules.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/host.h"
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
+#include "tools/gponval/plugin_location.h"
 #include "tools/gponval/serve_ssh.h"
 #include "tools/gponval/server_log.h"
 #include "tools/gponval/service_manager.h"
@@ -47,6 +49,9 @@ constexpr const char* kExamples =
     "  gponval serve --running card.xml --ssh 8300 --authorized-keys key.pub\n"
     "  gponval netconf --socket card.socket < session.xml\n"
     "\n";
+
+// NETCONF's own modules, of Debian's package libyuma-base.
+constexpr const char* kProtocolModules = "/usr/share/yuma/modules/ietf";
 
 constexpr const char* kServerGroup = "Server";
 constexpr std::size_t kMebibyte = std::size_t{1} << 20;
@@ -130,6 +135,18 @@ void print_where_to_connect(const std::filesystem::path& socket, const SshArgume
   finish_output();
 }
 
+// Without the folder the server does without what needs it.
+std::unique_ptr<netconf::YangModules> read_modules(const netconf::Log& log) {
+  try {
+    return std::make_unique<netconf::YangModules>(kProtocolModules, find_model());
+  } catch (const tarnd::InputError& error) {
+    log(netconf::LogLevel::kWarning,
+        std::string(error.what()) +
+            "; no get-schema, ietf-netconf-monitoring and ietf-yang-library");
+    return nullptr;
+  }
+}
+
 ExitStatus serve(const ServeArguments& arguments) {
   const netconf::ServerOptions options = server_options(arguments);
   std::optional<netconf::SshOptions> ssh_server;
@@ -144,6 +161,8 @@ ExitStatus serve(const ServeArguments& arguments) {
     server_log.write(level, text);
   };
   netconf::Card card(host.datastore(), host.daemon(), warning_policy(arguments.warnings), log);
+  const auto modules = read_modules(log);
+  card.modules = modules.get();
   netconf::Server server(card, options);
   Ssh ssh;
   if (ssh_server.has_value()) ssh.emplace(*ssh_server, log);
