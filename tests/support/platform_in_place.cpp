@@ -27,6 +27,8 @@ std::optional<int> InPlace::iteration_flags;
 std::vector<confd_tag_value_t> InPlace::requested;
 std::vector<int> InPlace::text_sizes;
 bool InPlace::notes = false;
+std::optional<int> InPlace::text_result;
+std::vector<std::string> InPlace::freed;
 std::string InPlace::message_to;
 
 void InPlace::take_back() {
@@ -45,6 +47,8 @@ void InPlace::take_back() {
   iteration_flags.reset();
   requested.clear();
   text_sizes.clear();
+  text_result.reset();
+  freed.clear();
   message_to.clear();
 }
 
@@ -166,7 +170,18 @@ int confd_val2str(confd_type* type, const confd_value_t* val, char* buf, int buf
   static auto* const platform =
       of_platform<int(confd_type*, const confd_value_t*, char*, int)>("confd_val2str");
   if (InPlace::notes) InPlace::text_sizes.push_back(bufsiz);
-  return platform(type, val, buf, bufsiz);
+  const int result = platform(type, val, buf, bufsiz);
+  return InPlace::text_result.value_or(result);
+}
+
+void confd_free_value(confd_value_t* v) {
+  static auto* const platform = of_platform<void(confd_value_t*)>("confd_free_value");
+  if (!InPlace::notes || v == nullptr) return platform(v);
+  confd_value_t copy = *v;
+  if (copy.type == C_BUF && CONFD_GET_BUFPTR(&copy) != nullptr) {
+    InPlace::freed.emplace_back(CONFD_GET_CBUFPTR(&copy));
+  }
+  platform(&copy);
 }
 
 int maapi_prio_message(int sock, const char* to, const char* message) {

@@ -65,6 +65,11 @@ struct InPlace {
   static std::vector<int> text_sizes;
   /// A guard exists. Without one, notes of every call would only grow.
   static bool notes;
+  /// The result of the next texts of values, in addition to the text itself.
+  static std::optional<int> text_result;
+  /// The texts that were freed. While a guard exists, a freed value stays as it was, as with ConfD;
+  /// the stand-alone platform marks it.
+  static std::vector<std::string> freed;
   /// To whom the last message was sent.
   static std::string message_to;
 

@@ -18,5 +18,18 @@ TEST_F(EntryPoints, TheSocketIsAskedForBeforeTheRequestIsLookedUp) {
   EXPECT_EQ(recorded.names(), Names{"qzconfd_maapi_socket_get"});
 }
 
+TEST_F(EntryPoints, TheNameThatIsLookedUpIsTheOneAfterTheSocketWasFetched) {
+  ValidationSession& session = open();
+  session.begin_request("no_such_request");
+  std::string other = "interface_gpon_validation";
+  set_call_hook([&](PlatformCall call) {
+    if (call == PlatformCall::qzconfd_maapi_socket_get) tctx()->validate_opaque = other.data();
+    return true;
+  });
+  validate(tctx(), nullptr, nullptr);
+  set_call_hook({});
+  EXPECT_EQ(calls(PlatformCall::maapi_num_instances), 1U);
+}
+
 }  // namespace
 }  // namespace tarnd::test

@@ -136,6 +136,15 @@ TEST_F(InterfaceXgsValidation, ThePlatformIsCalledInOrder) {
                                      "maapi_num_instances", "confd_trans_seterr"}));
 }
 
+TEST_F(InterfaceGponValidation, TheTimeIsTracedInMilliseconds) {
+  running(gpon_link(1));
+  TraceCapture trace(TraceLevel::kFlow);
+  const SlowCalls slow(PlatformCall::maapi_num_instances, 20);
+  answer_of(kGponRequest, gpon_link(1, onu(1)));
+  EXPECT_GE(trace.figure("elapsed time "), 20);
+  EXPECT_LT(trace.figure("elapsed time "), 20'000);
+}
+
 TEST_F(InterfaceGponValidation, ARefusalIsTracedAsAnError) {
   manage(2);
   running(gpon_link(1));

@@ -305,6 +305,22 @@ TEST_P(EveryProfileConfirmation, TheRecordComesBeforeTheText) {
   EXPECT_THAT(last_three(std::nullopt), count_failed);
 }
 
+TEST_P(EveryProfileConfirmation, TheNameIsTracedBeforeTheCommittedConfigurationIsRead) {
+  const Kind& kind = GetParam();
+  running(profile(kind, "gold"));
+  TraceCapture trace(TraceLevel::kDetail);
+  const CallsAmongRecords calls;
+  answer_of(kind.request, edit_of(kind));
+  const std::vector<std::string>& lines = trace.records();
+  ASSERT_GE(lines.size(), 7U);
+  EXPECT_THAT(
+      std::vector(lines.begin(), lines.begin() + 7),
+      testing::ElementsAre("CALL qzconfd_maapi_socket_get", testing::HasSubstr(" begin"),
+                           "CALL confd_pp_value", testing::EndsWith(" gold has been edited."),
+                           "CALL qzconfd_config_session_start", "CALL cdb_exists",
+                           "CALL qzconfd_config_session_end"));
+}
+
 TEST_P(EveryProfileConfirmation, AnyPositiveAnswerMeansThatTheProfileIsCommitted) {
   const Kind& kind = GetParam();
   InPlace::committed_exists = 2;

@@ -219,6 +219,13 @@ TEST_F(SingleServicePort, OfAnUnknownKindOfLinkFailsByThatAlone) {
   EXPECT_EQ(session_text(CONFD_ERR, 1, 1, nullptr), "no text");
 }
 
+TEST_F(SingleServicePort, OfAnUnknownKindOfLinkIsLookedUpWithoutAKind) {
+  open();
+  const RecordedPaths recorded;
+  gem_check_single_sp(sock(), tctx(), 1, 1, 9, "1 1 1", nullptr);
+  EXPECT_THAT(recorded.calls(), testing::Contains("maapi_exists /config/interface/{1 1 1}/onu{1}"));
+}
+
 TEST_F(SingleServicePort, OfAnUnknownKindOfLinkFails) {
   TraceCapture trace(TraceLevel::kFlow);
   EXPECT_EQ(session_text(CONFD_ERR, 1, 1, nullptr), gem_missing(9, 1, 1));
@@ -267,7 +274,8 @@ TEST_F(SpGemCheck, RecordsOfAChangeEndWithALineOfTheirOwn) {
   confd_hkeypath_t path = service_port_keypath(7);
   TraceCapture trace(TraceLevel::kDetail);
   sp_gem_check_state state{true, sock(), tctx()};
-  iterate_sp_for_gem_check_validation(&path, MOP_DELETED, nullptr, nullptr, &state);
+  EXPECT_EQ(iterate_sp_for_gem_check_validation(&path, MOP_DELETED, nullptr, nullptr, &state),
+            ITER_CONTINUE);
   EXPECT_THAT(trace.records(),
               testing::ElementsAre(
                   testing::HasSubstr(" Validating keypath: /config/service-port{7}"),
@@ -289,6 +297,15 @@ TEST_F(SpGemCheck, AnIdThatCannotBeReadEndsTheIteration) {
       keypath({{tag(base_id)}, {number(7)}, {tag(base_service_port)}, {tag(base_config)}});
   sp_gem_check_state state;
   EXPECT_EQ(iterate_sp_for_gem_check_validation(&leaf, MOP_CREATED, nullptr, nullptr, &state),
+            ITER_STOP);
+  EXPECT_FALSE(state.all_good);
+}
+
+TEST_F(SpGemCheck, AnIncompletePortEndsTheIteration) {
+  open(element("service-port", element("id", "7") + element("gpon", element("id", "1/1/1"))));
+  confd_hkeypath_t path = service_port_keypath(7);
+  sp_gem_check_state state{true, sock(), tctx()};
+  EXPECT_EQ(iterate_sp_for_gem_check_validation(&path, MOP_CREATED, nullptr, nullptr, &state),
             ITER_STOP);
   EXPECT_FALSE(state.all_good);
 }

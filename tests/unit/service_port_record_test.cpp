@@ -7,6 +7,7 @@
 #include "confd_get_str.h"
 #include "service_port_batches.h"
 #include "tests/support/card_fixture.h"
+#include "tests/support/platform_in_place.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/support/trace_capture.h"
 #include "valid_service_port.h"
@@ -188,6 +189,7 @@ TEST_F(ServicePortRecord, AValueOfAnotherTypeMakesNoRecordAndNoTrace) {
 }
 
 TEST_F(ServicePortRecord, OnlyTheNameThatIsTakenIsFreedAndOnce) {
+  const InPlace in_place;
   Object object;
   object.gpon("1/1/1").xgspon("1/1/2");
   ASSERT_EQ(object.get_leafs(), 0);
@@ -196,6 +198,7 @@ TEST_F(ServicePortRecord, OnlyTheNameThatIsTakenIsFreedAndOnce) {
   EXPECT_STREQ(CONFD_GET_CBUFPTR(&other), "1/1/2");
   valid::free_interface_name(&object.values[SP_CONFD_VAL_OFFSET_GPON_INTERFACE]);
   EXPECT_EQ(calls(PlatformCall::confd_free_value), 1U);
+  EXPECT_EQ(InPlace::freed, std::vector<std::string>{"1/1/1"});
 
   Object incomplete;
   incomplete.gpon("1/1/1").values[SP_CONFD_VAL_OFFSET_GPON_ONU] = none();
@@ -408,6 +411,19 @@ TEST_F(ServicePortValues, TheTimeIsTracedInMicroseconds) {
   ASSERT_EQ(request.get(limid_type_xgspon), 0);
   EXPECT_GE(trace.figure("Took "), 3000);
   EXPECT_TRUE(trace.has(" usecs to get SP 7 (xgspon=1 1 4, onu=5, gem=6) from ConfD"));
+}
+
+TEST_F(ServicePortValues, TheKeypathIsTracedFirstAndTheValuesLast) {
+  Request request;
+  TraceCapture trace(TraceLevel::kDetail);
+  const CallsAmongRecords recorded;
+  ASSERT_EQ(request.get(limid_type_gpon), 0);
+  EXPECT_THAT(trace.records(),
+              testing::ElementsAre(
+                  "CALL confd_pp_kpath",
+                  testing::HasSubstr(" Retrieving information from service port from confd. "),
+                  "CALL limid_type_compare", "CALL confd_free_value",
+                  testing::HasSubstr(" usecs to get SP 7 (gpon=1 1 1, onu=2, gem=3) from ConfD")));
 }
 
 TEST_F(ServicePortValues, OnlyTheNameThatIsTakenIsFreed) {

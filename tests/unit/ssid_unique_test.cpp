@@ -162,6 +162,22 @@ TEST_F(RgProfileSsidUniqueCheck, ThePlatformIsCalledInOrder) {
                   "maapi_get_str_elem", "confd_lasterr", "confd_trans_seterr"}));
 }
 
+TEST_F(RgProfileSsidUniqueCheck, RecordsAndCallsComeInThisOrder) {
+  using testing::EndsWith;
+  TraceCapture trace(TraceLevel::kDetail);
+  const CallsAmongRecords recorded;
+  answer_of(kRequest, rg_profile("home", custom(1, "home") + element("wlan", element("id", "2"))));
+  EXPECT_THAT(
+      trace.records(),
+      testing::ElementsAre("CALL qzconfd_maapi_socket_get", "CALL confd_pp_value",
+                           EndsWith(" Checking if SSID is unique for (home) RG-Profile"),
+                           "CALL confd_pp_kpath", "CALL maapi_init_cursor", "CALL maapi_get_next",
+                           "CALL maapi_exists", "CALL maapi_get_str_elem", EndsWith(" wlan."),
+                           "CALL maapi_get_next", "CALL maapi_exists", "CALL maapi_exists",
+                           EndsWith(" SSID not configured"), "CALL maapi_get_next",
+                           "CALL confd_trans_seterr"));
+}
+
 TEST_F(RgProfileSsidUniqueCheck, ACustomSsidThatCannotBeReadIsRejected) {
   EXPECT_EQ(text_for(custom(1, thirty_two_wide_letters())), kUnreadable);
 

@@ -190,6 +190,18 @@ TEST_F(VlanMatchCheck, LongNumbersAreDistinguishedToTheirLastDigit) {
               Accepted());
 }
 
+TEST_F(VlanMatchCheck, OnlyANegativeResultMeansThatAValueHasNoText) {
+  const InPlace in_place;
+  for (const int result : {0, 1}) {
+    InPlace::text_result = result;
+    EXPECT_THAT(answer_for({{"1", "3"}, {"1", "3"}}, on_ethernet({1}), on_ethernet({1})),
+                Rejected(kSameMatch));
+  }
+  InPlace::text_result = -1;
+  EXPECT_THAT(answer_for(vlan_mapping("a", matching("1", "3") + on_ethernet({1}))),
+              Rejected(kUnreadable));
+}
+
 TEST_F(VlanMatchCheck, TheVlanIsReadBeforeTheCosEachIntoAHundredCharacters) {
   const InPlace in_place;
   running(service_profile("sp", vlan_mapping("a", matching("100", "3") + on_ethernet({1}))));
