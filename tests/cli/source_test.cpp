@@ -118,7 +118,8 @@ TEST_F(SourceTest, AnAcceptedCommitHasNone) {
   const Outcome run = gponval({"commit", "--running", "card.xml", "--change", "fec.xml",
                                "--confirm", "yes", "--format", "json"});
   EXPECT_EQ(run.status, 0);
-  for (const json& answer : run.json().at("answers")) EXPECT_FALSE(answer.contains("source"));
+  const json report = run.json();
+  for (const json& answer : report.at("answers")) EXPECT_FALSE(answer.contains("source"));
 }
 
 }  // namespace
