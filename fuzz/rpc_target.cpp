@@ -75,7 +75,7 @@ Attributes attributes_of(const Element& element) {
   return attributes;
 }
 
-// No value if the message is none that a session answers with more than its end.
+// No value if the message is not an rpc; the session then ends.
 std::optional<Element> read_rpc(const std::string& message) {
   try {
     Element element = netconf::read_message(message);

@@ -17,7 +17,7 @@ struct Attribute {
   std::string value;
 };
 
-/// What a prefix stands for.
+/// A prefix and its namespace.
 struct Namespace {
   std::string prefix;
   std::string name;

@@ -14,7 +14,7 @@ struct SshAddress {
 };
 
 /// Reads "[ADDRESS:]PORT", with an IPv6 address in brackets. Without an address it is 127.0.0.1, so
-/// that only this machine can connect. No value if the text is none.
+/// that only this machine can connect. No value for any other text.
 std::optional<SshAddress> ssh_address(std::string_view text);
 
 /// The host for a client on this machine: that of the address unless it is "every address".

@@ -9,8 +9,8 @@ namespace tarnd::netconf {
 /// not UTF-8) becomes the replacement character.
 std::string escaped(std::string_view text);
 
-/// The same as the value of an attribute in double quotes, where a reader takes a bare tab or line
-/// end for a blank.
+/// The same for an attribute's value in double quotes, in which parsers replace a bare tab or line
+/// end by a blank.
 std::string escaped_value(std::string_view text);
 
 /// The text without white space before and after it.

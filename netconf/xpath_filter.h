@@ -9,9 +9,9 @@ namespace tarnd::netconf {
 
 /// A copy of what an XPath filter (RFC 6241, section 8.9) selects of a tree and its siblings: the
 /// nodes that its attribute `select` names, with all below them, inside the nodes around them,
-/// entries with their keys. Null when it selects nothing; no value when a prefix of the expression
-/// stands for a namespace that none of the tree's modules has. Throws RpcFailure for an expression
-/// that is malformed or names no nodes.
+/// entries with their keys. Null if it selects nothing; no value if the expression has a prefix of
+/// a namespace that is not in the tree. Throws RpcFailure for an expression that is malformed or
+/// names no nodes.
 std::optional<store::TreeOwner> select_by_xpath(const Element& filter, const lyd_node* tree);
 
 }  // namespace tarnd::netconf

@@ -76,8 +76,8 @@ class Transaction {
   /// Undoes all edits since the last commit.
   void discard();
 
-  /// Makes the committed configuration, as it is now, the one to which go_back() returns, if there
-  /// is none yet. From now on commits keep what they changed.
+  /// go_back() will return to the committed configuration as it is now, unless a point of return is
+  /// set already. From now on commits keep what they changed.
   void set_return();
   [[nodiscard]] bool has_return() const;
   /// The commits since then stay for good.
