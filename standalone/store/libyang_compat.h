@@ -13,6 +13,10 @@
 // nowhere else.
 namespace tarnd::store {
 
+/// libyang 3 keeps entries sorted by their keys, with a tree of its own beside the list, so nothing
+/// else may insert one.
+constexpr bool kKeepsListsSorted = LY_VERSION_MAJOR >= 3;
+
 /// libyang's last error as one line, with the place that it names. Clears the error.
 std::string take_libyang_error(ly_ctx* context);
 

@@ -116,7 +116,7 @@ lyd_node* make_container(lyd_node* parent, const SchemaNode& container) {
 
 lyd_node* make_entry(lyd_node* parent, const SchemaNode& list, std::span<const std::string> keys,
                      bool canonical) {
-  if (has_table(parent)) return new_entry(parent, list.lysc, keys, canonical);
+  if (has_table(parent) || kKeepsListsSorted) return new_entry(parent, list.lysc, keys, canonical);
   // Below a parent of its own, libyang makes it without a look at siblings.
   lyd_node_inner alone{};
   alone.node.schema = parent->schema;

@@ -151,17 +151,18 @@ TEST_F(ConditionalEditTest, AnEditThatCannotBeAppliedIsNotTested) {
 TEST_F(ConditionalEditTest, AppliesWhatFitsAndReturnsTheRest) {
   Transaction transaction(datastore_);
   const auto failures = transaction.edit_what_fits(
-      config(port("9", "delete", "1") + port("3", "create", "4") + port("1", "create", "4") +
+      config(port("1", "create", "4") + port("2", "delete", "1") + port("3", "create", "4") +
+             port("9", "delete", "1") +
              link("<onu><id>1</id><description nc:operation=\"create\">c</description></onu>"
-                  "<onu><id>4</id></onu>") +
-             port("2", "delete", "1")),
+                  "<onu><id>4</id></onu>")),
       Format::kXml);
   ASSERT_EQ(failures.size(), 3U);
   EXPECT_EQ(failures[0].fault(), InputFault::kExists);
   EXPECT_THAT(failures[0].what(), HasSubstr("description"));
-  EXPECT_EQ(failures[1].fault(), InputFault::kMissing);
-  EXPECT_THAT(failures[1].what(), HasSubstr("service-port{9}"));
-  EXPECT_THAT(failures[2].what(), HasSubstr("service-port{1}"));
+  EXPECT_EQ(failures[1].fault(), InputFault::kExists);
+  EXPECT_THAT(failures[1].what(), HasSubstr("service-port{1}"));
+  EXPECT_EQ(failures[2].fault(), InputFault::kMissing);
+  EXPECT_THAT(failures[2].what(), HasSubstr("service-port{9}"));
   Datastore expected(test::model());
   expected.load(config("<service-port><id>1</id><upstream-rate>1</upstream-rate></service-port>"
                        "<service-port><id>3</id><upstream-rate>4</upstream-rate></service-port>" +
