@@ -3,27 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "standalone/store/transaction.h"
+#include "tests/standalone/small_edits.h"
 #include "tests/support/model.h"
 
 namespace tarnd::store {
 namespace {
 
 using test::config;
-
-std::string port(const std::string& id, const std::string& operation, const std::string& rate) {
-  return "<service-port nc:operation=\"" + operation + "\"><id>" + id + "</id><upstream-rate>" +
-         rate + "</upstream-rate></service-port>";
-}
-
-std::string link(const std::string& content) {
-  return "<interface><gpon><chassis-id>1</chassis-id><slot-id>1</slot-id><port-id>3</port-id>" +
-         content + "</gpon></interface>";
-}
-
-const std::string kLoaded =
-    "<service-port><id>1</id><upstream-rate>1</upstream-rate></service-port>"
-    "<service-port><id>2</id><upstream-rate>1</upstream-rate></service-port>" +
-    link("<onu><id>1</id><description>a</description></onu><onu><id>2</id></onu>");
 
 // Edits that come one after the other; "WHOLE" replaces the configuration.
 struct Row {
