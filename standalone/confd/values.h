@@ -48,7 +48,7 @@ class OwnedValue {
   confd_value_t take();
 
  private:
-  confd_value_t value_;
+  confd_value_t value_{};
 };
 
 /// A leaf's value from its text, in the lexical form of a configuration file: clear text of an

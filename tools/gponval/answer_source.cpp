@@ -29,6 +29,7 @@ store::ReadChange read(const store::Schema& schema, const AppliedEdit& edit) {
 
 std::vector<ReadEdit> read_all(const store::Schema& schema, const std::vector<AppliedEdit>& edits) {
   std::vector<ReadEdit> all;
+  all.reserve(edits.size());
   for (const AppliedEdit& edit : edits) {
     all.push_back({edit.file, store::EditPlaces(read(schema, edit))});
   }

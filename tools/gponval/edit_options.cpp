@@ -59,7 +59,7 @@ std::vector<Edit> edits_given(const CLI::App& app) {
   std::vector<Edit> edits;
   std::map<const CLI::Option*, std::size_t> taken;
   for (const CLI::Option* option : app.parse_order()) {
-    const auto edit =
+    const auto* edit =
         std::find_if(kEditOptions.begin(), kEditOptions.end(),
                      [option](const EditOption& known) { return option->check_name(known.name); });
     if (edit == kEditOptions.end()) continue;

@@ -22,7 +22,7 @@ namespace store = tarnd::store;
 constexpr std::string_view kStandardInput = "-";
 
 // More than any card needs; a longer input, such as /dev/zero, is no configuration.
-constexpr std::size_t kMegabyte = 1000 * 1000;
+constexpr std::size_t kMegabyte = 1'000'000;
 constexpr std::size_t kMostOfConfiguration = 250 * kMegabyte;
 constexpr std::size_t kMostOfCardFile = kMegabyte;
 
@@ -49,7 +49,7 @@ class InputText : public store::TextSource {
   std::string_view next() override {
     std::istream& in = name_ == kStandardInput ? std::cin : file_;
     errno = 0;
-    in.read(piece_.data(), piece_.size());
+    in.read(piece_.data(), static_cast<std::streamsize>(piece_.size()));
     if (in.bad()) cannot_read(name_, std::strerror(errno));
     const auto size = static_cast<std::size_t>(in.gcount());
     size_ += size;
