@@ -138,6 +138,7 @@ void try_session(const std::string& stream, const PieceSizes& sizes, bool says_h
   in_pieces(stream, sizes, [&session](std::string_view bytes) {
     session.receive(bytes);
     while (session.answer_next()) {
+      if (const auto make = session.take_long_reply()) session.finish(make());
     }
   });
   if (session.has_ended()) require(!session.answer_next(), "an ended session reads nothing");

@@ -126,6 +126,7 @@ class Client {
   Element reply_to(const std::string& message) {
     session_->receive(netconf::framed(message, netconf::Framing::kChunked));
     while (session_->answer_next()) {
+      if (const auto make = session_->take_long_reply()) session_->finish(make());
     }
     const std::string output = std::exchange(session_->output(), {});
     if (has_secret_) {

@@ -138,6 +138,14 @@ std::string run_operation(Card& card, Caller& caller, const Element& rpc,
   return operation.run({card, caller, element, message});
 }
 
+bool may_take_long(const Element& rpc) {
+  if (rpc.children.size() != 1) return false;
+  const Element& operation = rpc.children.front();
+  const bool reads =
+      operation.is(kBaseNamespace, "get") || operation.is(kBaseNamespace, "get-config");
+  return reads && has_costly_filter(operation);
+}
+
 std::string capabilities(const Card& card) {
   std::string text;
   for (const char* capability : kCapabilities) append_capability(text, capability);

@@ -12,6 +12,9 @@ namespace tarnd::netconf {
 std::string run_operation(Card& card, Caller& caller, const Element& rpc,
                           const std::string& message);
 
+/// Whether an `rpc` may take much longer than to read the whole configuration. It then only reads.
+bool may_take_long(const Element& rpc);
+
 /// What a server's hello announces.
 std::string capabilities(const Card& card);
 

@@ -1,5 +1,6 @@
 #include "netconf/reading.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "netconf/data_text.h"
@@ -60,6 +61,13 @@ std::string selected(const store::Datastore& datastore, const lyd_node* state,
   return text;
 }
 
+bool is_costly(const Element& parameter) {
+  if (parameter.name != "filter") return false;
+  const std::string* type = parameter.attribute("type");
+  return type != nullptr && *type == "xpath" ? !is_plain_path(parameter)
+                                             : is_many_subtrees(parameter);
+}
+
 std::string data_of(const Run& run, const lyd_node* state) {
   const Defaults defaults = defaults_asked_for(run);
   const Element* filter = find_parameter(run, "filter");
@@ -90,6 +98,10 @@ std::string get(const Run& run, const std::string& offered) {
 std::string get_config(const Run& run) {
   return datastore_in(run, "source") == Target::kCandidate ? data_of(run, nullptr)
                                                            : running_with(run, nullptr);
+}
+
+bool has_costly_filter(const Element& operation) {
+  return std::any_of(operation.children.begin(), operation.children.end(), &is_costly);
 }
 
 }  // namespace tarnd::netconf

@@ -10,4 +10,7 @@ namespace tarnd::netconf {
 std::string get(const Run& run, const std::string& offered);
 std::string get_config(const Run& run);
 
+/// Whether one of these has a filter that may cost much more than to read everything.
+bool has_costly_filter(const Element& operation);
+
 }  // namespace tarnd::netconf

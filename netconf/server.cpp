@@ -55,7 +55,8 @@ Server::Connection::Connection(Descriptor socket_, Card& card, SessionId id,
 Server::Server(Card& card, ServerOptions options)
     : card_(card),
       options_(std::move(options)),
-      listener_(listen_at(options_.socket, !options_.users.empty())) {}
+      listener_(listen_at(options_.socket, !options_.users.empty())),
+      long_replies_(options_.filters) {}
 
 Server::~Server() {
   for (Connection& connection : connections_) connection.session.set_end(kServerEnds);
@@ -77,6 +78,7 @@ void Server::run(const std::vector<Watch>& watches) {
       polled.push_back({connection.socket.get(),
                         static_cast<short>((reads ? POLLIN : 0) | (writes ? POLLOUT : 0)), 0});
     }
+    long_replies_.add_to(polled);
     if (poll(polled.data(), polled.size(), milliseconds_to_wait()) < 0) {
       if (errno == EINTR) continue;
       throw std::system_error(errno, std::generic_category(), "poll");
@@ -87,15 +89,16 @@ void Server::run(const std::vector<Watch>& watches) {
     }
     end_late_commit(card_, Clock::now());
     for (Connection& connection : connections_) serve(connection, (next++)->revents);
+    finish_replies();
     drop_ended();
     if (polled[0].revents != 0) accept_one();
   }
 }
 
 int Server::milliseconds_to_wait() const {
-  auto next = Clock::time_point::max();
+  auto next = long_replies_.deadline();
   for (const Connection& connection : connections_) {
-    if (connection.has_more && connection.session.output().size() < kMostWaiting) return 0;
+    if (can_answer(connection)) return 0;
     if (!connection.session.is_open() || connection.is_ending) {
       next = std::min(next, connection.deadline);
     }
@@ -128,11 +131,19 @@ void Server::accept_one() {
   connections_.emplace_back(std::move(socket), card_, ++last_id_, name_of(user), options_);
 }
 
+bool Server::can_answer(const Connection& connection) {
+  const Session& session = connection.session;
+  return connection.has_more && !session.is_waiting() && session.output().size() < kMostWaiting;
+}
+
 void Server::serve(Connection& connection, short events) {
   Session& session = connection.session;
   if ((events & (POLLIN | POLLHUP | POLLERR)) != 0 && !connection.has_more) receive(connection);
-  if (connection.has_more && session.output().size() < kMostWaiting) {
-    connection.has_more = session.answer_next();
+  // Its client has closed both ways, and takes no reply.
+  if ((events & (POLLHUP | POLLERR)) != 0 && session.is_waiting()) connection.is_lost = true;
+  if (can_answer(connection)) connection.has_more = session.answer_next();
+  if (MakeReply make = session.take_long_reply()) {
+    long_replies_.begin(session.id(), std::move(make));
   }
   if (session.has_ended() && !connection.is_ending) {
     connection.is_ending = true;
@@ -178,11 +189,26 @@ std::optional<std::string> Server::end_of(const Connection& connection,
   return std::nullopt;
 }
 
+void Server::finish_replies() {
+  for (const auto& [id, reply, given_up] : long_replies_.proceed(Clock::now())) {
+    if (!given_up.empty()) {
+      card_.log(LogLevel::kWarning, "session " + std::to_string(id) + ": " + given_up);
+    }
+    const auto asked = std::find_if(
+        connections_.begin(), connections_.end(),
+        [wanted = id](const Connection& connection) { return connection.session.id() == wanted; });
+    asked->session.finish(reply);
+  }
+}
+
 void Server::drop_ended() {
   const auto now = Clock::now();
   std::erase_if(connections_, [&](Connection& connection) {
     const auto why = end_of(connection, now);
-    if (why.has_value()) connection.session.set_end(*why);
+    if (why.has_value()) {
+      connection.session.set_end(*why);
+      long_replies_.cancel(connection.session.id());
+    }
     return why.has_value();
   });
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "netconf/card.h"
+#include "netconf/forked_replies.h"
 #include "netconf/session.h"
 #include "netconf/unix_socket.h"
 
@@ -23,6 +24,7 @@ struct ServerOptions {
   std::size_t most_of_message = std::size_t{64} << 20;
   std::size_t most_sessions = 64;
   std::chrono::seconds hello_within{10};
+  ReplyLimits filters;  ///< of a get or get-config whose filter may take long
 };
 
 /// A descriptor that the server waits for besides its clients.
@@ -62,9 +64,11 @@ class Server {
   };
 
   void accept_one();
+  [[nodiscard]] static bool can_answer(const Connection& connection);
   void serve(Connection& connection, short events);
   static void receive(Connection& connection);
   static void send(Connection& connection);
+  void finish_replies();
   void drop_ended();
   /// Why the connection ends now; no value if it goes on.
   [[nodiscard]] std::optional<std::string> end_of(const Connection& connection,
@@ -75,6 +79,7 @@ class Server {
   const ServerOptions options_;
   Descriptor listener_;
   std::list<Connection> connections_;
+  ForkedReplies long_replies_;
   SessionId last_id_ = 0;
 };
 

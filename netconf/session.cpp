@@ -1,8 +1,11 @@
 #include "netconf/session.h"
 
 #include <algorithm>
+#include <exception>
+#include <new>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "netconf/message.h"
 #include "netconf/rpc_error.h"
@@ -61,6 +64,34 @@ RpcError internal_error() {
   return error;
 }
 
+RpcError no_memory() {
+  return error_of("application", "resource-denied",
+                  "the operation needs more memory than this server has for it");
+}
+
+Reply errors_in(const Card& card, const std::vector<RpcError>& errors) {
+  const store::Schema& schema = card.datastore.schema();
+  const PathPrefix prefix{schema.prefix(), schema.namespace_uri()};
+  Reply reply;
+  for (const RpcError& error : errors) reply.content += to_xml(error, prefix);
+  reply.errors = errors.size();
+  return reply;
+}
+
+Reply reply_to(Card& card, Caller& caller, const Element& rpc, const std::string& message) {
+  try {
+    return {run_operation(card, caller, rpc, message), 0, {}};
+  } catch (const RpcFailure& failure) {
+    return errors_in(card, failure.errors());
+  } catch (const std::bad_alloc&) {
+    return errors_in(card, {no_memory()});
+  } catch (const std::exception& error) {
+    Reply reply = errors_in(card, {internal_error()});
+    reply.failure = error.what();
+    return reply;
+  }
+}
+
 bool offers(const Element& hello, std::string_view capability) {
   for (const Element& child : hello.children) {
     if (!child.is(kBaseNamespace, "capabilities")) continue;
@@ -112,12 +143,13 @@ void Session::end(const std::string& why) {
 
 // base:1.0 has no error for a message that cannot be read.
 void Session::end_with_reply(const std::string& why) {
-  if (frames_.framing() == Framing::kChunked) reply({}, to_xml(malformed_message(why), {}));
+  attributes_.clear();
+  if (frames_.framing() == Framing::kChunked) send_reply(to_xml(malformed_message(why), {}));
   end(why);
 }
 
 bool Session::answer_next() {
-  if (has_ended()) return false;
+  if (has_ended() || is_waiting_) return false;
   try {
     const std::optional<std::string> message = frames_.next();
     if (!message.has_value()) return false;
@@ -161,29 +193,28 @@ void Session::take_rpc(const Element& rpc, const std::string& message) {
     throw MalformedMessage("the message is no rpc, but '" + rpc.name + "'");
   }
   count(&MessageCounts::rpcs);
-  const store::Schema& schema = card_.datastore.schema();
-  const PathPrefix prefix{schema.prefix(), schema.namespace_uri()};
+  attributes_ = attributes_of(rpc);
   if (rpc.attribute(kMessageId) == nullptr) {
-    count(&MessageCounts::errors);
-    return reply(rpc, to_xml(missing_message_id(), prefix));
+    return finish(errors_in(card_, {missing_message_id()}));
   }
-  try {
-    reply(rpc, run_operation(card_, caller_, rpc, message));
-  } catch (const RpcFailure& failure) {
-    count(&MessageCounts::errors, failure.errors().size());
-    std::string errors;
-    for (const RpcError& error : failure.errors()) errors += to_xml(error, prefix);
-    reply(rpc, errors);
-  } catch (const std::exception& error) {
-    card_.log(LogLevel::kError,
-              "session " + std::to_string(caller_.id) + ": " + std::string(error.what()));
-    count(&MessageCounts::errors);
-    reply(rpc, to_xml(internal_error(), prefix));
-  }
+  if (!may_take_long(rpc)) return finish(reply_to(card_, caller_, rpc, message));
+  is_waiting_ = true;
+  long_reply_ = [&card = card_, caller = caller_, rpc, message]() mutable {
+    return reply_to(card, caller, rpc, message);
+  };
 }
 
-void Session::reply(const Element& rpc, std::string_view content) {
-  send(in_base_namespace("rpc-reply", attributes_of(rpc), content));
+void Session::finish(const Reply& reply) {
+  is_waiting_ = false;
+  if (!reply.failure.empty()) {
+    card_.log(LogLevel::kError, "session " + std::to_string(caller_.id) + ": " + reply.failure);
+  }
+  count(&MessageCounts::errors, reply.errors);
+  send_reply(reply.content);
+}
+
+void Session::send_reply(std::string_view content) {
+  send(in_base_namespace("rpc-reply", attributes_, content));
 }
 
 }  // namespace tarnd::netconf

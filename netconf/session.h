@@ -9,6 +9,7 @@
 #include "netconf/card.h"
 #include "netconf/framing.h"
 #include "netconf/operations.h"
+#include "netconf/reply.h"
 
 namespace tarnd::netconf {
 
@@ -28,8 +29,18 @@ class Session {
 
   /// Takes what the client sent.
   void receive(std::string_view bytes) { frames_.append(bytes); }
-  /// Answers the next message, if all of it has come. Returns false if there was none.
+  /// Answers the next message, if all of it has come. Returns false if there was none, or if the
+  /// session still waits for the reply to the last one.
   bool answer_next();
+
+  /// A message was taken whose reply may take long. Whoever runs the session makes the reply, where
+  /// nobody waits for it, and finishes the session's answer with it. Until then no other message
+  /// is answered.
+  [[nodiscard]] bool is_waiting() const { return is_waiting_; }
+  /// Makes that reply. Empty if the session does not wait, or when it was taken already.
+  MakeReply take_long_reply() { return std::exchange(long_reply_, nullptr); }
+  void finish(const Reply& reply);
+
   /// What is to be sent to the client; the caller takes from its front what was sent.
   std::string& output() { return output_; }
   [[nodiscard]] const std::string& output() const { return output_; }
@@ -43,7 +54,7 @@ class Session {
   void take_hello(const Element& hello);
   void take_rpc(const Element& rpc, const std::string& message);
   void count(std::uint64_t MessageCounts::*what, std::uint64_t more = 1);
-  void reply(const Element& rpc, std::string_view content);
+  void send_reply(std::string_view content);
   void send(const std::string& message);
   void end_with_reply(const std::string& why);
   void end(const std::string& why);
@@ -53,6 +64,9 @@ class Session {
   Caller caller_;
   FrameReader frames_;
   std::string output_;
+  std::string attributes_;  // of the rpc that is being answered
+  MakeReply long_reply_;
+  bool is_waiting_ = false;
   bool is_open_ = false;
   bool has_failed_ = false;
   std::string why_failed_;

@@ -18,6 +18,8 @@
 #include <system_error>
 #include <utility>
 
+#include "netconf/pipe.h"
+
 namespace tarnd::netconf {
 namespace {
 
@@ -31,19 +33,8 @@ constexpr std::string_view kCannotBind = "Bind to port ";
 constexpr std::chrono::seconds kTimeToStart{60};
 constexpr int kCannotRun = 127;
 
-struct Pipe {
-  Descriptor read;
-  Descriptor write;
-};
-
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
-}
-
-Pipe new_pipe() {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) fail("pipe");
-  return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
 // A word of sshd's configuration.

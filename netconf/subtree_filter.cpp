@@ -1,6 +1,7 @@
 #include "netconf/subtree_filter.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
 #include "netconf/xml_text.h"
@@ -9,6 +10,14 @@ namespace tarnd::netconf {
 namespace {
 
 using Filters = std::vector<const Element*>;
+
+constexpr std::size_t kManyElements = 64;
+
+std::size_t elements_in(const Element& element) {
+  std::size_t number = element.children.size();
+  for (const Element& child : element.children) number += elements_in(child);
+  return number;
+}
 
 bool is_content_match(const Element& filter) {
   return filter.children.empty() && !trimmed(filter.text).empty();
@@ -107,6 +116,10 @@ store::TreeOwner select_subtrees(const Element& filter, const lyd_node* root, De
     if (names(child, root)) of_root.push_back(&child);
   }
   return {of_root.empty() ? nullptr : Selection(defaults).select(of_root, root), &lyd_free_tree};
+}
+
+bool is_many_subtrees(const Element& filter) {
+  return elements_in(filter) >= kManyElements;
 }
 
 }  // namespace tarnd::netconf

@@ -11,4 +11,8 @@ namespace tarnd::netconf {
 /// is not reported does not match a value.
 store::TreeOwner select_subtrees(const Element& filter, const lyd_node* root, Defaults defaults);
 
+/// Whether the filter has so many elements that to apply it may take much longer than to read
+/// everything: each of them is compared with all nodes at its place.
+bool is_many_subtrees(const Element& filter);
+
 }  // namespace tarnd::netconf

@@ -1,8 +1,12 @@
 #include "netconf/xpath_filter.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstddef>
+#include <new>
 #include <optional>
+#include <regex>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
@@ -20,6 +24,19 @@ constexpr std::size_t kMostLength = 4096;
 constexpr std::size_t kMostDepth = 50;
 
 constexpr std::string_view kDocument = "/";
+
+// Each condition may be tried at every node. A path to an ONU's innermost entry needs seven.
+constexpr std::ptrdiff_t kMostConditions = 8;
+constexpr std::size_t kMostOfPlainPath = 512;
+
+std::regex regex_of_plain_path() {
+  const std::string name = "[A-Za-z_][A-Za-z0-9_.-]*(?::[A-Za-z_][A-Za-z0-9_.-]*)?";
+  const std::string blanks = "[ \\t\\r\\n]*";
+  const std::string condition = name + blanks + "=" + blanks + "(?:'[^']*'|\"[^\"]*\"|[0-9]+)";
+  const std::string predicate =
+      R"(\[)" + blanks + condition + "(?: +and +" + condition + ")*" + blanks + R"(\])";
+  return std::regex(blanks + "(?:/|(?:/" + name + "(?:" + predicate + ")*)+)" + blanks);
+}
 
 [[noreturn]] void refuse_expression(const std::string& why) {
   throw RpcFailure(invalid_value("the filter's XPath expression: " + why));
@@ -157,7 +174,7 @@ class Excerpt {
   static lyd_node* duplicate(const lyd_node* node, std::uint32_t options) {
     lyd_node* made = nullptr;
     lyd_dup_single(node, nullptr, options | LYD_DUP_NO_META | LYD_DUP_WITH_FLAGS, &made);
-    if (made == nullptr) throw RpcFailure(RpcError{});
+    if (made == nullptr) throw std::bad_alloc();
     return made;
   }
 
@@ -194,6 +211,15 @@ std::optional<store::TreeOwner> select_by_xpath(const Element& filter, const lyd
   const auto found = xpath.nodes(*expression);
   if (!found.has_value()) refuse_expression(xpath.error());
   return Excerpt(*found).take(*found);
+}
+
+bool is_plain_path(const Element& filter) {
+  static const std::regex plain_path = regex_of_plain_path();
+  const std::string* select = filter.attribute("select");
+  if (select == nullptr) return true;  // it is refused
+  const auto conditions = std::count(select->begin(), select->end(), '=');
+  return select->size() <= kMostOfPlainPath && conditions <= kMostConditions &&
+         std::regex_match(*select, plain_path);
 }
 
 }  // namespace tarnd::netconf

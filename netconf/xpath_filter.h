@@ -14,4 +14,9 @@ namespace tarnd::netconf {
 /// names no nodes.
 std::optional<store::TreeOwner> select_by_xpath(const Element& filter, const lyd_node* tree);
 
+/// Whether the filter's expression is a path of names with a few conditions such as [name='value'].
+/// To evaluate it takes at most as long as to read a whole configuration a few times; of any other
+/// expression that cannot be said.
+bool is_plain_path(const Element& filter);
+
 }  // namespace tarnd::netconf

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <memory>
+#include <new>
 
 #include "standalone/store/libyang_compat.h"
 #include "standalone/store/xpath_text.h"
@@ -108,6 +109,7 @@ XPath::Outcome XPath::find(const std::string& expression, std::vector<const lyd_
   const LY_ERR result = find_xpath(context_, tree_, safe.c_str(), &found);
   const auto free_set = [](ly_set* set) { ly_set_free(set, nullptr); };
   const std::unique_ptr<ly_set, decltype(free_set)> set(found, free_set);
+  if (result == LY_EMEM) throw std::bad_alloc();
   if (result != LY_SUCCESS) {
     error_ = take_libyang_error(libyang_of(tree_));
     if (names_nothing(expression)) return Outcome::kNodes;

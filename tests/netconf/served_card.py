@@ -44,6 +44,11 @@ def get_config(datastore="running", content=None):
     return f"<get-config><source><{datastore}/></source>{selected}</get-config>"
 
 
+def get_by_xpath(expression):
+    return ("<get-config><source><running/></source><filter type='xpath' xmlns:t='urn:tarnd:base' "
+            f'select="{expression}"/></get-config>')
+
+
 def free_port():
     with socket.socket() as any_port:
         any_port.bind(("127.0.0.1", 0))
@@ -56,6 +61,26 @@ def wait_for(condition, what):
         if time.monotonic() > deadline:
             raise AssertionError(f"waited {PATIENCE} s in vain until {what}")
         time.sleep(0.02)
+
+
+def state_and_parent(process):
+    """A process that does not exist is as one that has ended."""
+    try:
+        with open(f"/proc/{process}/stat", encoding="utf-8", errors="replace") as fields:
+            state, parent = fields.read().rpartition(")")[2].split()[:2]
+            return state, int(parent)
+    except (FileNotFoundError, ProcessLookupError):
+        return "Z", 0
+
+
+def runs(process):
+    return state_and_parent(process)[0] != "Z"
+
+
+def children_of(process):
+    """The processes that it started and that have not ended."""
+    return [int(name) for name in filter(str.isdigit, os.listdir("/proc"))
+            if state_and_parent(name)[1] == process and runs(name)]
 
 
 class ServedCard:

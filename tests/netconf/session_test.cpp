@@ -86,6 +86,7 @@ class Client {
     hello_ = take().front();
     session_.receive(kHello11);
     while (session_.answer_next()) {
+      if (const auto make = session_.take_long_reply()) session_.finish(make());
     }
     frames_.use(Framing::kChunked);
   }
@@ -98,6 +99,7 @@ class Client {
   std::string ask_bytes(const std::string& bytes) {
     session_.receive(bytes);
     while (session_.answer_next()) {
+      if (const auto make = session_.take_long_reply()) session_.finish(make());
     }
     const std::vector<std::string> replies = take();
     return replies.empty() ? "none" : replies.back();

@@ -99,5 +99,16 @@ TEST(SubtreeFilterTest, SelectsAsTheRfcSays) {
   }
 }
 
+TEST(SubtreeFilterTest, CountsItsElements) {
+  const auto filter = [](int entries) {
+    std::string content;
+    for (int i = 0; i < entries; ++i) content += "<service-port><id>1</id></service-port>";
+    return read_message("<filter><config>" + content + "</config></filter>");
+  };
+  EXPECT_FALSE(is_many_subtrees(filter(0)));
+  EXPECT_FALSE(is_many_subtrees(filter(30)));
+  EXPECT_TRUE(is_many_subtrees(filter(33)));
+}
+
 }  // namespace
 }  // namespace tarnd::netconf

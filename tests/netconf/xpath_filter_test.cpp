@@ -126,5 +126,46 @@ TEST(XPathFilterTest, RefusesWhatNamesNoNodes) {
   }
 }
 
+TEST(XPathFilterTest, APlainPathIsNamesWithAFewConditions) {
+  struct Row {
+    const char* expression;
+    bool is_plain;
+  };
+  const std::string condition = "[t:id='1']";
+  std::string eight = "/t:config/t:service-port";
+  for (int i = 0; i < 8; ++i) eight += condition;
+  const std::string nine = eight + condition;
+  const std::string long_path = "/t:config[t:id='" + std::string(600, 'x') + "']";
+  for (const Row& row : {
+           Row{"/", true},
+           Row{"/t:config", true},
+           Row{" /t:config/service-port ", true},
+           Row{"/t:config/t:service-port[t:id='1']/t:upstream-rate", true},
+           Row{"/t:config/t:service-port[ t:id = 1 ][t:upstream-rate='//*']", true},
+           Row{"/t:config/t:service-port[t:id='1' and t:upstream-rate=5]", true},
+           Row{eight.c_str(), true},
+           Row{nine.c_str(), false},
+           Row{long_path.c_str(), false},
+           Row{"//t:service-port", false},
+           Row{"/t:config//t:id", false},
+           Row{"/*", false},
+           Row{"/t:config/child::t:service-port", false},
+           Row{"/t:config/..", false},
+           Row{"/t:config|/t:config", false},
+           Row{"/t:config/t:service-port[2]", false},
+           Row{"/t:config/t:service-port[t:id > 1]", false},
+           Row{"/t:config/t:service-port[t:id=//t:id]", false},
+           Row{"/t:config/t:service-port[t:id=t:id]", false},
+           Row{"/t:config/t:service-port[t:id='1' or t:id='2']", false},
+           Row{"/t:config/t:service-port[count(//*)=1]", false},
+           Row{"t:config", false},
+           Row{"", false},
+       }) {
+    const Element filter = read_message("<filter xmlns:t='urn:tarnd:base' select=\"" +
+                                        std::string(row.expression) + "\"/>");
+    EXPECT_EQ(is_plain_path(filter), row.is_plain) << row.expression;
+  }
+}
+
 }  // namespace
 }  // namespace tarnd::netconf

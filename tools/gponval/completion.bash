@@ -16,7 +16,7 @@ _gponval_options() {
     serve)
       echo "--running --card --input-format --plugin --socket --warnings --allow --ssh" \
         "--authorized-keys --sshd --log --log-level --log-config --max-message --max-sessions" \
-        "--hello-timeout --help"
+        "--hello-timeout --filter-time --help"
       ;;
     netconf) echo "--socket --help" ;;
     *) echo "--help --version" ;;

@@ -64,3 +64,4 @@ complete -c gponval -n '__fish_seen_subcommand_from serve' -l log-config -r -F -
 complete -c gponval -n '__fish_seen_subcommand_from serve' -l max-message -x -d 'The longest message in MiB'
 complete -c gponval -n '__fish_seen_subcommand_from serve' -l max-sessions -x -d 'Number of sessions'
 complete -c gponval -n '__fish_seen_subcommand_from serve' -l hello-timeout -x -d 'Seconds for the hello'
+complete -c gponval -n '__fish_seen_subcommand_from serve' -l filter-time -x -d 'Seconds for a filter'

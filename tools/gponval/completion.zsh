@@ -68,7 +68,7 @@ _gponval() {
         '(--log-config)--log-level[the least that is logged]:level:(error warning info)' \
         '(--log --log-level)--log-config[a configuration of zlog]:file:_files' \
         '--max-message:number: ' \
-        '--max-sessions:number: ' '--hello-timeout:number: ' \
+        '--max-sessions:number: ' '--hello-timeout:number: ' '--filter-time:number: ' \
         '(-h --help)'{-h,--help}'[print the help]'
       ;;
     netconf)

@@ -67,6 +67,7 @@ struct ServeArguments {
   std::size_t most_of_message = 64;  // MiB
   std::size_t most_sessions = 64;
   unsigned hello_within = 10;  // seconds
+  unsigned filter_time = 10;   // seconds
 };
 
 netconf::WarningPolicy warning_policy(const std::string& word) {
@@ -92,6 +93,7 @@ netconf::ServerOptions server_options(const ServeArguments& arguments) {
   options.most_of_message = arguments.most_of_message * kMebibyte;
   options.most_sessions = arguments.most_sessions;
   options.hello_within = std::chrono::seconds(arguments.hello_within);
+  options.filters.time = std::chrono::seconds(arguments.filter_time);
   return options;
 }
 
@@ -194,6 +196,11 @@ void add_limits(CLI::App& app, ServeArguments& arguments) {
       ->group(kServerGroup);
   app.add_option("--hello-timeout", arguments.hello_within,
                  "How many seconds a client has for its hello (10)")
+      ->type_name("N")
+      ->check(CLI::Range(1, 3600))
+      ->group(kServerGroup);
+  app.add_option("--filter-time", arguments.filter_time,
+                 "How many seconds the filter of a get or get-config may take (10)")
       ->type_name("N")
       ->check(CLI::Range(1, 3600))
       ->group(kServerGroup);
