@@ -22,12 +22,9 @@ void prepare_candidate(const Run& run) {
   Card& card = run.card;
   try {
     card.candidate.prepare();
-  } catch (const store::InvalidNode& error) {
-    log_refusal(run);
-    refuse(rpc_error(card.datastore.schema(), error));
   } catch (const InputError& error) {
     log_refusal(run);
-    refuse(rpc_error(error));
+    refuse(rpc_error(card.datastore.schema(), error));
   }
 }
 

@@ -71,7 +71,7 @@ EditOptions edit_options(const Run& run) {
 std::vector<RpcError> edit_what_fits(const Run& run, const std::string& text) {
   std::vector<RpcError> errors;
   for (const InputError& error : run.card.candidate.edit_what_fits(text, Format::kXml)) {
-    errors.push_back(rpc_error(error));
+    errors.push_back(rpc_error(run.card.datastore.schema(), error));
   }
   return errors;
 }
@@ -93,7 +93,7 @@ std::vector<RpcError> edit_candidate(const Run& run, const std::string& text,
       run.card.candidate.edit(text, Format::kXml);
     }
   } catch (const InputError& error) {
-    refuse(rpc_error(error));
+    refuse(rpc_error(run.card.datastore.schema(), error));
   }
   return {};
 }
@@ -147,7 +147,7 @@ void replace_candidate(const Run& run, const Element& config) {
     run.card.candidate.replace(config.unread.empty() ? empty : configuration_text(run, config),
                                Format::kXml);
   } catch (const InputError& error) {
-    refuse(rpc_error(error));
+    refuse(rpc_error(run.card.datastore.schema(), error));
   }
 }
 

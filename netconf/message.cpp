@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "netconf/xml_text.h"
 #include "standalone/xml_parser.h"
 
 namespace tarnd::netconf {
@@ -87,7 +88,7 @@ class MessageReader {
 
   void begin(const XmlName& name, const char** attributes) {
     if (unread_depth_ > 0) {
-      has_unread_element_ = true;
+      has_unread_content_ = true;
       ++unread_depth_;
       return;
     }
@@ -117,7 +118,7 @@ class MessageReader {
 
   void begin_unread(Element& element) {
     unread_depth_ = 1;
-    has_unread_element_ = false;
+    has_unread_content_ = false;
     element.unread.begin =
         position() + static_cast<std::size_t>(XML_GetCurrentByteCount(parser_.get()));
   }
@@ -126,7 +127,7 @@ class MessageReader {
     if (unread_depth_ > 0) {
       if (--unread_depth_ > 0) return;
       auto& unread = open_.back()->unread;
-      unread.end = has_unread_element_ ? position() : unread.begin;
+      unread.end = has_unread_content_ ? position() : unread.begin;
     }
     open_.pop_back();
   }
@@ -137,7 +138,11 @@ class MessageReader {
   }
 
   void add_text(std::string_view piece) {
-    if (unread_depth_ == 0 && !open_.empty()) open_.back()->text += piece;
+    if (unread_depth_ > 0) {
+      has_unread_content_ = has_unread_content_ || !trimmed(piece).empty();
+    } else if (!open_.empty()) {
+      open_.back()->text += piece;
+    }
   }
 
   std::string_view text_;
@@ -146,7 +151,7 @@ class MessageReader {
   std::vector<Element*> open_;         // a parent's children do not move while one of them is open
   std::vector<Namespace> namespaces_;  // in scope
   std::size_t elements_ = 0;
-  bool has_unread_element_ = false;
+  bool has_unread_content_ = false;
   std::size_t unread_depth_ = 0;  // how many elements are open from an unread `config` on
 };
 

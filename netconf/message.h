@@ -34,7 +34,7 @@ struct Element {
   /// expression, which is the value of its attribute `select`, and for one with unread content.
   std::vector<Namespace> namespaces;
   /// Where in the message the content of a `config` is, which the store reads. Empty if there is
-  /// no element in it.
+  /// nothing in it but white space.
   struct {
     std::size_t begin = 0;
     std::size_t end = 0;

@@ -2,7 +2,25 @@
 
 #include <utility>
 
+#include "netconf/parameters.h"
+
 namespace tarnd::netconf {
+
+namespace {
+
+Target target_named(const Element& element) {
+  for (const Target target : {Target::kRunning, Target::kCandidate}) {
+    if (!element.is(kBaseNamespace, to_string(target))) continue;
+    check_nothing_in(element);
+    return target;
+  }
+  if (element.name_space != kBaseNamespace) {
+    refuse(unknown_namespace(element.name, element.name_space));
+  }
+  refuse(unknown_element(element.name));
+}
+
+}  // namespace
 
 void refuse(RpcError error) {
   throw RpcFailure(std::move(error));
@@ -27,12 +45,11 @@ std::string_view to_string(Target target) {
 
 Target datastore_in(const Run& run, std::string_view name) {
   const Element& element = parameter(run, name);
-  if (element.children.size() != 1) refuse(missing_element("running or candidate"));
-  const Element& named = element.children.front();
-  if (named.is(kBaseNamespace, "running")) return Target::kRunning;
-  if (named.is(kBaseNamespace, "candidate")) return Target::kCandidate;
-  refuse(invalid_value("the datastore '" + named.name +
-                       "' does not exist; there are running and candidate"));
+  if (element.children.empty()) refuse(missing_element("running"));
+  for (const Element& child : element.children) target_named(child);
+  if (element.children.size() == 1) return target_named(element.children.front());
+  refuse(bad_element(element.children[1].name,
+                     "'" + element.name + "' names several datastores; it takes one"));
 }
 
 std::string session_name(const Run& run) {

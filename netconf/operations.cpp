@@ -1,6 +1,5 @@
 #include "netconf/operations.h"
 
-#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -10,6 +9,7 @@
 #include "netconf/ending.h"
 #include "netconf/locks.h"
 #include "netconf/monitoring.h"
+#include "netconf/parameters.h"
 #include "netconf/reading.h"
 #include "netconf/warnings.h"
 #include "netconf/with_defaults.h"
@@ -33,19 +33,11 @@ constexpr std::array kCapabilities{
     "&also-supported=report-all,report-all-tagged,trim",
 };
 
-struct Parameter {
-  // Implicit, since most are of the base protocol.
-  // cppcheck-suppress noExplicitConstructor
-  // NOLINTNEXTLINE(google-explicit-constructor)
-  constexpr Parameter(const char* name_, std::string_view name_space_ = kBaseNamespace)
-      : name(name_), name_space(name_space_) {}
-
-  std::string_view name;
-  std::string_view name_space;
-};
-
-constexpr Parameter kWarnings{"warnings", kWarningsNamespace};
-constexpr Parameter kWithDefaults{"with-defaults", kWithDefaultsNamespace};
+constexpr Parameter kTarget{"target", Content::kDatastore};
+constexpr Parameter kSource{"source", Content::kDatastore};
+constexpr Parameter kFilter{"filter", Content::kFilter};
+constexpr Parameter kWarnings{"warnings", Content::kWord, kWarningsNamespace};
+constexpr Parameter kWithDefaults{"with-defaults", Content::kWord, kWithDefaultsNamespace};
 
 struct Operation {
   std::string_view name;
@@ -64,24 +56,34 @@ std::string get_all(const Run& run) {
 
 const std::vector<Operation>& operations() {
   static const std::vector<Operation> table = {
-      {"get", {"filter", kWithDefaults}, &get_all},
-      {"get-config", {"source", "filter", kWithDefaults}, &get_config},
+      {"get", {kFilter, kWithDefaults}, &get_all},
+      {"get-config", {kSource, kFilter, kWithDefaults}, &get_config},
       {"edit-config",
-       {"target", "default-operation", "test-option", "error-option", "config"},
+       {kTarget,
+        {"default-operation"},
+        {"test-option"},
+        {"error-option"},
+        {"config", Content::kConfiguration}},
        &edit_config},
-      {"copy-config", {"target", "source"}, &copy_config},
-      {"lock", {"target"}, &lock},
-      {"unlock", {"target"}, &unlock},
-      {"validate", {"source", kWarnings}, &validate},
-      {"commit", {"confirmed", "confirm-timeout", "persist", "persist-id", kWarnings}, &commit},
-      {"cancel-commit", {"persist-id"}, &cancel_commit},
+      {"copy-config", {kTarget, kSource}, &copy_config},
+      {"lock", {kTarget}, &lock},
+      {"unlock", {kTarget}, &unlock},
+      {"validate", {kSource, kWarnings}, &validate},
+      {"commit",
+       {{"confirmed", Content::kNothing},
+        {"confirm-timeout"},
+        {"persist"},
+        {"persist-id"},
+        kWarnings},
+       &commit},
+      {"cancel-commit", {{"persist-id"}}, &cancel_commit},
       {"discard-changes", {}, &discard_changes},
       {"close-session", {}, &close_session},
-      {"kill-session", {"session-id"}, &kill_session},
+      {"kill-session", {{"session-id"}}, &kill_session},
       {"get-schema",
-       {{"identifier", kMonitoringNamespace},
-        {"version", kMonitoringNamespace},
-        {"format", kMonitoringNamespace}},
+       {{"identifier", Content::kWord, kMonitoringNamespace},
+        {"version", Content::kWord, kMonitoringNamespace},
+        {"format", Content::kWord, kMonitoringNamespace}},
        &get_schema,
        kMonitoringNamespace},
   };
@@ -99,21 +101,7 @@ const Operation& operation_named(const Card& card, const Element& element) {
   }
   RpcError error = error_of("protocol", "operation-not-supported",
                             "this server has no operation '" + element.name + "'");
-  error.info = "<bad-element>" + escaped(element.name) + "</bad-element>";
   refuse(error);
-}
-
-void check_parameters(const Element& operation, const std::vector<Parameter>& known) {
-  std::vector<std::string_view> seen;
-  for (const Element& child : operation.children) {
-    const bool is_known =
-        std::any_of(known.begin(), known.end(), [&child](const Parameter& parameter) {
-          return child.is(parameter.name_space, parameter.name);
-        });
-    const bool again = std::find(seen.begin(), seen.end(), child.name) != seen.end();
-    if (!is_known || again) refuse(unknown_element(child.name));
-    seen.push_back(child.name);
-  }
 }
 
 void append_capability(std::string& text, std::string_view capability) {
@@ -132,6 +120,7 @@ std::string run_operation(Card& card, Caller& caller, const Element& rpc,
                           const std::string& message) {
   if (rpc.children.empty()) refuse(missing_element("an operation"));
   if (rpc.children.size() > 1) refuse(unknown_element(rpc.children[1].name));
+  check_no_text(rpc);
   const Element& element = rpc.children.front();
   const Operation& operation = operation_named(card, element);
   check_parameters(element, operation.parameters);

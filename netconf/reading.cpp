@@ -14,10 +14,7 @@ namespace tarnd::netconf {
 namespace {
 
 [[noreturn]] void refuse_type() {
-  RpcError error =
-      error_of("protocol", "bad-attribute", "a filter has the type 'subtree' or 'xpath'");
-  error.info = "<bad-attribute>type</bad-attribute><bad-element>filter</bad-element>";
-  refuse(error);
+  refuse(bad_attribute("type", "filter", "a filter has the type 'subtree' or 'xpath'"));
 }
 
 bool is_by_xpath(const Element& filter) {

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "standalone/input_error.h"
+
 namespace tarnd::netconf {
 
 /// One rpc-error of a reply (RFC 6241, section 4.3).
@@ -39,9 +41,19 @@ struct PathPrefix {
 std::string to_xml(const RpcError& error, const PathPrefix& prefix);
 
 RpcError error_of(std::string_view type, std::string_view tag, std::string_view message);
-// What clients do wrong most.
+/// An error of a kind that has its tags and its error-info in RFC 6241, Appendix A, or in RFC 7950.
+/// Of the subject it takes all but the path.
+RpcError error_of(std::string_view type, InputFault fault, const InputSubject& subject,
+                  const std::string& message);
+// What clients do wrong with the elements of the protocol itself.
 RpcError missing_element(const std::string& element);
 RpcError unknown_element(const std::string& element);
+RpcError bad_element(const std::string& element, const std::string& message);
+RpcError unknown_namespace(const std::string& element, const std::string& name_space);
+RpcError missing_attribute(const std::string& attribute, const std::string& element);
+RpcError unknown_attribute(const std::string& attribute, const std::string& element);
+RpcError bad_attribute(const std::string& attribute, const std::string& element,
+                       const std::string& message);
 RpcError invalid_value(const std::string& message);
 
 }  // namespace tarnd::netconf

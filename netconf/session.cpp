@@ -51,10 +51,8 @@ RpcError malformed_message(const std::string& why) {
 }
 
 RpcError missing_message_id() {
-  RpcError error = error_of("rpc", "missing-attribute", "the attribute 'message-id' is missing");
-  error.info =
-      "<bad-attribute>message-id</bad-attribute>"
-      "<bad-element>rpc</bad-element>";
+  RpcError error = missing_attribute(std::string(kMessageId), "rpc");
+  error.type = "rpc";
   return error;
 }
 

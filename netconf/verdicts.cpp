@@ -1,27 +1,12 @@
 #include "netconf/verdicts.h"
 
 #include "netconf/instance_path.h"
-#include "standalone/store/path.h"
 
 namespace tarnd::netconf {
 namespace {
 
 constexpr const char* kNoText = "validation failed";
 constexpr const char* kNeedsConfirmation = "needs to be confirmed: ";
-
-constexpr std::string_view tag_of(InputFault fault) {
-  switch (fault) {
-    case InputFault::kUnknownNode:
-      return "unknown-element";
-    case InputFault::kExists:
-      return "data-exists";
-    case InputFault::kMissing:
-      return "data-missing";
-    case InputFault::kOther:
-      break;
-  }
-  return "invalid-value";
-}
 
 RpcError rpc_error(const store::Schema& schema, const Answer& answer) {
   RpcError error;
@@ -34,13 +19,10 @@ RpcError rpc_error(const store::Schema& schema, const Answer& answer) {
 
 }  // namespace
 
-RpcError rpc_error(const InputError& error) {
-  return error_of("application", std::string(tag_of(error.fault())), error.what());
-}
-
-RpcError rpc_error(const store::Schema& schema, const store::InvalidNode& error) {
-  RpcError result = rpc_error(static_cast<const InputError&>(error));
-  result.path = instance_path(schema, store::path_of(error.node()));
+RpcError rpc_error(const store::Schema& schema, const InputError& error) {
+  const InputSubject& subject = error.subject();
+  RpcError result = error_of("application", error.fault(), subject, error.what());
+  if (!subject.path.empty()) result.path = instance_path(schema, subject.path);
   return result;
 }
 

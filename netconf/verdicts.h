@@ -5,13 +5,12 @@
 #include "netconf/card.h"
 #include "netconf/rpc_error.h"
 #include "standalone/input_error.h"
-#include "standalone/store/validity.h"
+#include "standalone/store/schema.h"
 
 namespace tarnd::netconf {
 
 /// What the model refuses, as an error of a reply.
-RpcError rpc_error(const InputError& error);
-RpcError rpc_error(const store::Schema& schema, const store::InvalidNode& error);
+RpcError rpc_error(const store::Schema& schema, const InputError& error);
 
 /// What validators refuse and warn of. The errors before the warnings: clients look at the first
 /// one.

@@ -45,9 +45,7 @@ std::regex regex_of_plain_path() {
 const std::string& expression_of(const Element& filter) {
   const std::string* select = filter.attribute("select");
   if (select != nullptr) return *select;
-  RpcError error = error_of("protocol", "missing-attribute", "the attribute 'select' is missing");
-  error.info = "<bad-attribute>select</bad-attribute><bad-element>filter</bad-element>";
-  throw RpcFailure(error);
+  throw RpcFailure(missing_attribute("select", "filter"));
 }
 
 bool begins_name(char c) {

@@ -23,10 +23,11 @@ using LinesOfNodes = std::vector<std::pair<const lyd_node*, std::size_t>>;
 /// The line of the node, or of its nearest ancestor that has one.
 std::optional<std::size_t> place_of(const LinesOfNodes& lines, const lyd_node* node);
 
-/// A leaf to be deleted. It needs no value, so the edit's tree has no node for it.
+/// A leaf that is to have no value of its own: one to be deleted, or one that is tagged as a
+/// default (RFC 6243, section 6). It needs no value, so the edit's tree has no node for it.
 struct LeafRemoval {
   const SchemaNode* leaf = nullptr;
-  bool must_exist = false;  ///< "delete" and not "remove"
+  std::optional<Operation> operation;  ///< none: that of the node around the leaf
   std::size_t line = 0;
 };
 

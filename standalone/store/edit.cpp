@@ -37,7 +37,7 @@ class Editor {
       case Operation::kNone:
         return apply_children(edit, datastore_.root(), Operation::kNone);
       case Operation::kCreate:
-        if (has_given_content(datastore_.root())) fail_exists(edit, datastore_.root());
+        if (has_given_content(datastore_.root())) fail_exists(edit);
         return apply_children(edit, datastore_.root(), Operation::kMerge);
       case Operation::kReplace:
         clear(datastore_.root());
@@ -69,8 +69,10 @@ class Editor {
       const lyd_node*& first = first_of_choice[around->parent];
       if (first == nullptr) first = child;
       if (case_around(first->schema) != around) {
-        fail(child, "'" + schema_of(first).name + "' and '" + schema_of(child).name +
-                        "' exclude each other below " + path_of(node));
+        fail(child,
+             "'" + schema_of(first).name + "' and '" + schema_of(child).name +
+                 "' exclude each other below " + path_of(node),
+             InputFault::kBadElement);
       }
     }
   }
@@ -81,7 +83,7 @@ class Editor {
     const auto removals = notes_.removals.find(edit);
     if (removals != notes_.removals.end()) {
       for (const LeafRemoval& removal : removals->second) {
-        attempt([&] { apply(removal, parent); });
+        attempt([&] { apply(removal, parent, inherited); });
       }
     }
     lyd_node* next = nullptr;
@@ -109,7 +111,7 @@ class Editor {
       case Operation::kMerge:
         return merge(edit, parent, target);
       case Operation::kCreate:
-        if (given) fail_exists(edit, target);
+        if (given) fail_exists(edit);
         return merge(edit, parent, target);
       case Operation::kReplace:
         if (target != nullptr) take_away(target);
@@ -127,15 +129,15 @@ class Editor {
     }
   }
 
-  void apply(const LeafRemoval& removal, lyd_node* parent) {
+  void apply(const LeafRemoval& removal, lyd_node* parent, Operation inherited) {
+    const Operation operation = removal.operation.value_or(inherited);
     lyd_node* target = datastore_.child(parent, *removal.leaf);
-    if (target != nullptr && !is_default(target)) {
-      take_away(target);
-    } else if (removal.must_exist) {
-      throw InputError(
-          "cannot delete " + path_of(parent) + "/" + removal.leaf->name + ": it does not exist",
-          removal.line, InputFault::kMissing);
+    const bool given = target != nullptr && !is_default(target);
+    if (operation == Operation::kDelete && !given) {
+      fail_missing(path_of(parent) + "/" + removal.leaf->name, removal.line);
     }
+    if (operation == Operation::kCreate && given) fail_exists(path_of(target), removal.line);
+    if (operation != Operation::kNone && given) take_away(target);
   }
 
   void merge(lyd_node* edit, lyd_node* parent, lyd_node* target) {
@@ -251,17 +253,29 @@ class Editor {
     return node;
   }
 
-  [[noreturn]] void fail(const lyd_node* edit, const std::string& what,
-                         InputFault fault = InputFault::kOther) const {
-    throw InputError(what, place_of(notes_.lines, edit).value_or(0), fault);
+  [[nodiscard]] std::size_t line_of(const lyd_node* edit) const {
+    return place_of(notes_.lines, edit).value_or(0);
   }
 
-  [[noreturn]] void fail_exists(const lyd_node* edit, const lyd_node* target) const {
-    fail(edit, "cannot create " + path_of(target) + ": it exists already", InputFault::kExists);
+  [[noreturn]] void fail(const lyd_node* edit, const std::string& what, InputFault fault) const {
+    throw InputError(what, line_of(edit), fault,
+                     {.path = path_of(edit), .element = schema_of(edit).name});
   }
 
+  [[noreturn]] static void fail_exists(const std::string& path, std::size_t line) {
+    throw InputError("cannot create " + path + ": it exists already", line, InputFault::kExists,
+                     {.path = path});
+  }
+  [[noreturn]] void fail_exists(const lyd_node* edit) const {
+    fail_exists(path_of(edit), line_of(edit));
+  }
+
+  [[noreturn]] static void fail_missing(const std::string& path, std::size_t line) {
+    throw InputError("cannot delete " + path + ": it does not exist", line, InputFault::kMissing,
+                     {.path = path});
+  }
   [[noreturn]] void fail_missing(const lyd_node* edit) const {
-    fail(edit, "cannot delete " + path_of(edit) + ": it does not exist", InputFault::kMissing);
+    fail_missing(path_of(edit), line_of(edit));
   }
 
   Datastore& datastore_;

@@ -64,14 +64,17 @@ std::string_view trimmed(std::string_view text) {
 
 }  // namespace
 
-void Envelope::fail(const std::string& what) const {
-  throw InputError(what, locator_.line());
+void Envelope::fail(const std::string& what, InputFault fault, const InputSubject& subject) const {
+  throw InputError(what, locator_.line(), fault, subject);
 }
 
 bool Envelope::enter(std::string_view name_space, std::string_view name) {
   const std::string_view parent = open_.empty() ? std::string_view() : open_.back();
   if (name == schema_.root().name && name_space == schema_.namespace_uri()) {
-    if (root_seen_) fail("a second top-level '" + schema_.root().name + "'; one is needed");
+    if (root_seen_) {
+      fail("a second top-level '" + schema_.root().name + "'; one is needed",
+           InputFault::kBadElement, {.element = schema_.root().name});
+    }
     if (!is_one_of(parent, kAroundRoot)) refuse(name_space, name);
     refuse_text();
     root_seen_ = true;
@@ -95,15 +98,26 @@ void Envelope::refuse(std::string_view name_space, std::string_view name) const 
   const std::string found =
       excerpt(name) +
       (name_space.empty() ? " in no namespace" : " in the namespace " + excerpt(name_space));
-  if (root_seen_) fail(found + " is a second top-level node, after '" + schema_.root().name + "'");
-  if (open_.empty()) fail("found " + found + " at the top level; " + needed);
-  fail("found " + found + " inside '" + open_.back() + "'; " + needed);
+  const InputFault fault = name_space == schema_.namespace_uri() ? InputFault::kUnknownElement
+                                                                 : InputFault::kUnknownNamespace;
+  const InputSubject subject{.element = std::string(name), .name_space = std::string(name_space)};
+  if (root_seen_) {
+    fail(found + " is a second top-level node, after '" + schema_.root().name + "'", fault,
+         subject);
+  }
+  if (open_.empty()) fail("found " + found + " at the top level; " + needed, fault, subject);
+  fail("found " + found + " inside '" + open_.back() + "'; " + needed, fault, subject);
+}
+
+void Envelope::fail_text(std::string_view element, std::string_view found) const {
+  fail("the text " + excerpt(found) + " is in no node of the model", InputFault::kBadElement,
+       {.element = std::string(element)});
 }
 
 // Text before an element, with both in the same element.
 void Envelope::refuse_text() {
   const std::string_view before = trimmed(text_);
-  if (!before.empty()) fail("the text " + excerpt(before) + " is in no node of the model");
+  if (!before.empty()) fail_text(open_.back(), before);
   text_.clear();
 }
 
@@ -144,7 +158,7 @@ void Envelope::take_parameter(std::string_view name, std::string_view value) {
            "; a change applies whole or not at all: stop-on-error or rollback-on-error is needed");
     }
   } else if (!value.empty()) {
-    fail("the text " + excerpt(value) + " is in no node of the model");
+    fail_text(name, value);
   }
 }
 

@@ -31,10 +31,12 @@ class Envelope {
   /// The edit's `default-operation`, or merge if it has none.
   [[nodiscard]] Operation default_operation() const { return default_operation_; }
 
-  [[noreturn]] void fail(const std::string& what) const;
+  [[noreturn]] void fail(const std::string& what, InputFault fault = InputFault::kOther,
+                         const InputSubject& subject = {}) const;
 
  private:
   [[noreturn]] void refuse(std::string_view name_space, std::string_view name) const;
+  [[noreturn]] void fail_text(std::string_view element, std::string_view found) const;
   void refuse_text();
   void check_parameter_once(std::string_view name);
   void take_parameter(std::string_view name, std::string_view value);

@@ -100,13 +100,19 @@ std::size_t TreeBuilder::line() const {
   return replayed_line_.has_value() ? *replayed_line_ : locator_.line();
 }
 
-void TreeBuilder::fail(const std::string& what, InputFault fault) const {
-  fail_at(line(), what, fault);
+void TreeBuilder::fail(const std::string& what, InputFault fault, InputSubject subject) const {
+  fail_at(line(), what, fault, std::move(subject));
 }
 
-void TreeBuilder::fail_at(std::size_t line, const std::string& what, InputFault fault) const {
+void TreeBuilder::fail_at(std::size_t line, const std::string& what, InputFault fault,
+                          InputSubject subject) const {
   const std::string place = path();
-  throw InputError(place.empty() ? what : place + ": " + what, line, fault);
+  subject.path = place;
+  throw InputError(place.empty() ? what : place + ": " + what, line, fault, std::move(subject));
+}
+
+void TreeBuilder::fail_twice(const SchemaNode& node, const std::string& what) const {
+  fail(what, InputFault::kBadElement, {.element = node.name});
 }
 
 std::string TreeBuilder::path() const {
@@ -124,9 +130,11 @@ std::string TreeBuilder::path_of_frame(std::size_t depth) const {
 
 const SchemaNode& TreeBuilder::child(std::string_view name) const {
   const SchemaNode& parent = *open_node();
-  if (is_leaf(parent))
+  const InputSubject unknown{.element = std::string(name)};
+  if (is_leaf(parent)) {
     fail("holds " + excerpt(name) + ", but " + parent.name + " is a leaf",
-         InputFault::kUnknownNode);
+         InputFault::kUnknownElement, unknown);
+  }
   // Most texts have the children in the order of the model.
   const std::vector<const SchemaNode*>& children = parent.children;
   const std::size_t next = top().early_open == nullptr ? top().next_rank : 0;
@@ -136,7 +144,7 @@ const SchemaNode& TreeBuilder::child(std::string_view name) const {
   const auto meant = nearest(name, names_below(parent));
   fail("there is no " + excerpt(name) + " here" +
            (meant.has_value() ? "; did you mean '" + std::string(*meant) + "'?" : ""),
-       InputFault::kUnknownNode);
+       InputFault::kUnknownElement, unknown);
 }
 
 TreeBuilder::Frame& TreeBuilder::push(const SchemaNode& schema) {
@@ -147,6 +155,7 @@ TreeBuilder::Frame& TreeBuilder::push(const SchemaNode& schema) {
   frame.node = nullptr;
   frame.operation.reset();
   frame.early_open = nullptr;
+  frame.tagged = false;
   if (is_leaf(schema)) return frame;
   frame.line = 0;
   frame.keys.resize(schema.num_keys);
@@ -211,7 +220,8 @@ void TreeBuilder::text(std::string_view piece) {
   const std::size_t begin = piece.find_first_not_of(kWhiteSpace);
   const std::size_t end = piece.find_last_not_of(kWhiteSpace);
   fail("holds the text " + excerpt(piece.substr(begin, end - begin + 1)) +
-       " where only elements can be");
+           " where only elements can be",
+       InputFault::kBadElement, {.element = open_node()->name});
 }
 
 void TreeBuilder::form(ValueForm form) {
@@ -232,12 +242,16 @@ Operation TreeBuilder::operation_named(std::string_view name) const {
     if (row.name == name) return row.operation;
   }
   fail("has the unknown operation " + excerpt(name) +
-       "; merge, replace, create, delete or remove is needed");
+           "; merge, replace, create, delete or remove is needed",
+       InputFault::kBadAttribute, {.element = open_node()->name, .attribute = "operation"});
 }
 
 void TreeBuilder::operation(Operation operation) {
   if (waits(nullptr)) return record({Event::Kind::kOperation, nullptr, {}, {}, operation, 0, 0});
-  if (top().schema->is_key()) fail("a key has no operation; the entry has");
+  if (top().schema->is_key()) {
+    fail("a key has no operation; the entry has", InputFault::kUnknownAttribute,
+         {.element = top().schema->name, .attribute = "operation"});
+  }
   top().operation = operation;
 }
 
@@ -247,6 +261,16 @@ void TreeBuilder::operation_of(const SchemaNode& leaf, std::size_t index, Operat
   }
   if (leaf.is_key()) fail("the key '" + leaf.name + "' has no operation; the entry has");
   top().child_operations.push_back({&leaf, index, operation, line()});
+}
+
+void TreeBuilder::tag_as_default() {
+  const SchemaNode& node = *open_node();
+  if (node.kind != NodeKind::kLeaf || node.is_key()) {
+    fail("is tagged as a default, but only a leaf that is no key can have one",
+         InputFault::kUnknownAttribute, {.element = node.name, .attribute = "default"});
+  }
+  if (waits(nullptr)) return record({Event::Kind::kTag, nullptr, {}, {}, {}, 0, 0});
+  top().tagged = true;
 }
 
 void TreeBuilder::leave() {
@@ -298,6 +322,9 @@ void TreeBuilder::replay(const std::vector<Event>& events) {
       case Event::Kind::kOperationOf:
         operation_of(*event.node, event.index, event.operation);
         break;
+      case Event::Kind::kTag:
+        tag_as_default();
+        break;
       case Event::Kind::kLeave:
         leave();
         break;
@@ -322,7 +349,7 @@ void TreeBuilder::check_once(Frame& parent, const SchemaNode& node) const {
   parent.next_rank = rank + 1;
   if (has_instances(node) || (use_ == TreeUse::kChange && !is_leaf(node))) return;
   if (parent.seen[rank] || (parent.again && was_given(parent.node, node))) {
-    fail("holds '" + node.name + "' twice");
+    fail_twice(node, "holds '" + node.name + "' twice");
   }
   parent.seen[rank] = true;
 }
@@ -392,7 +419,7 @@ void TreeBuilder::take_key(const SchemaNode& key, const std::string& value) {
   if (++entry.known_keys < entry.keys.size()) return;
   create_entry(entry, around().node);
   if (lyd_node* earlier = earlier_instance(around(), entry.node); earlier != nullptr) {
-    if (use_ == TreeUse::kConfiguration) fail("is given twice");
+    if (use_ == TreeUse::kConfiguration) fail_twice(*entry.schema, "is given twice");
     free_node(std::exchange(entry.node, earlier));
     entry.again = true;
   }
@@ -411,7 +438,10 @@ void TreeBuilder::leave_leaf() {
         value.empty() || lyd_value_validate(schema_.context(), leaf.lysc, value.data(),
                                             value.size(), nullptr, nullptr, nullptr) == LY_SUCCESS;
     if (!valid) refuse_value(leaf, value);
-    note_removal(parent, {&leaf, *own == Operation::kDelete, line()});
+    note_removal(parent, {&leaf, own, line()});
+  } else if (top().tagged) {
+    check_default(leaf, value);
+    if (use_ == TreeUse::kChange) note_removal(parent, {&leaf, own, line()});
   } else {
     lyd_node* node = create_value(parent, leaf, value);
     if (own.has_value()) {
@@ -421,6 +451,23 @@ void TreeBuilder::leave_leaf() {
     }
   }
   --depth_;
+}
+
+void TreeBuilder::check_default(const SchemaNode& leaf, const std::string& value) const {
+  const char* canonical = nullptr;
+  if (!is_yang_text(value) ||
+      lyd_value_validate(schema_.context(), leaf.lysc, value.data(), value.size(), nullptr, nullptr,
+                         &canonical) != LY_SUCCESS) {
+    refuse_value(leaf, value);
+  }
+  const std::string given = canonical;
+  lydict_remove(schema_.context(), canonical);
+  const lyd_value* standard = reinterpret_cast<const lysc_node_leaf*>(leaf.lysc)->dflt;
+  if (standard == nullptr) fail("is tagged as a default, but the model has none for it");
+  const std::string needed = lyd_value_get_canonical(schema_.context(), standard);
+  if (given != needed) {
+    fail(excerpt(given) + " is tagged as the default, which is " + excerpt(needed));
+  }
 }
 
 lyd_node* TreeBuilder::create_value(Frame& parent, const SchemaNode& leaf,
@@ -433,7 +480,9 @@ lyd_node* TreeBuilder::create_value(Frame& parent, const SchemaNode& leaf,
   if (node == nullptr) refuse_value(leaf, value);
   check_form(leaf, value_kind(node));
   if (leaf.kind != NodeKind::kLeafList) return node;
-  if (earlier_instance(parent, node) != nullptr) fail(excerpt(value) + " is given twice");
+  if (earlier_instance(parent, node) != nullptr) {
+    fail_twice(leaf, excerpt(value) + " is given twice");
+  }
   if (use_ == TreeUse::kChange) instances_of(parent, leaf).in_turn.push_back(node);
   return node;
 }
@@ -453,11 +502,14 @@ void TreeBuilder::leave_inner() {
   if (frame.node == nullptr) {
     for (std::size_t i = 0; i < frame.keys.size(); ++i) {
       if (frame.seen[i]) continue;
-      fail_at(frame.line, "the entry has no key '" + frame.schema->children[i]->name + "'");
+      const std::string& key = frame.schema->children[i]->name;
+      fail_at(frame.line, "the entry has no key '" + key + "'", InputFault::kMissingElement,
+              {.element = key});
     }
   }
   if (frame.again && (frame.operation.has_value() || notes_.operations.contains(frame.node))) {
-    fail_at(frame.line, "is given twice, with an operation");
+    fail_at(frame.line, "is given twice, with an operation", InputFault::kBadElement,
+            {.element = frame.schema->name});
   }
   for (const ChildOperation& of : frame.child_operations) settle(frame, of);
   // Other containers are identified by the entry around them.
@@ -509,7 +561,7 @@ void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
     const bool before = frame.again && !frame.seen[rank] && was_given(frame.node, leaf);
     if (before) fail_at(of.line, "holds '" + leaf.name + "' twice");
     if (node != nullptr) free_node(node);
-    note_removal(frame, {&leaf, of.operation == Operation::kDelete, of.line});
+    note_removal(frame, {&leaf, of.operation, of.line});
   } else if (node == nullptr) {
     fail_at(of.line, "'@" + leaf.name + "' needs a '" + leaf.name + "' beside it");
   } else {
@@ -519,15 +571,17 @@ void TreeBuilder::settle(Frame& frame, const ChildOperation& of) {
 
 void TreeBuilder::refuse_value(const SchemaNode& leaf, const std::string& value) const {
   const std::string why = why_refused(leaf, value);
+  const ModelWords words = words_of_model(leaf, value);
   ly_err_clean(schema_.context(), nullptr);
-  fail(why);
+  fail(why, InputFault::kOther, {.app_tag = words.app_tag, .message = words.message});
 }
 
 ReadConfiguration TreeBuilder::take_configuration() {
   try {
     check_subtree(root_.get());
   } catch (const InvalidNode& error) {
-    throw InputError(error.what(), place_of(notes_.lines, error.node()).value_or(1));
+    throw InputError(error.what(), place_of(notes_.lines, error.node()).value_or(1), error.fault(),
+                     error.subject());
   }
   notes_ = {};  // the tree needs the memory
   bring_defaults(root_.get());

@@ -53,6 +53,9 @@ class TreeBuilder {
   /// Sets the operation of a leaf of the open node, or of the value at `index` of its leaf-list;
   /// the leaf may follow later in the text.
   void operation_of(const SchemaNode& leaf, std::size_t index, Operation operation);
+  /// The open leaf is tagged as a default (RFC 6243, section 6): its value must be the default that
+  /// the model has, and it is not set.
+  void tag_as_default();
   /// Ends the open node.
   void leave();
 
@@ -64,7 +67,9 @@ class TreeBuilder {
   }
   [[nodiscard]] TreeUse use() const { return use_; }
 
-  [[noreturn]] void fail(const std::string& what, InputFault fault = InputFault::kOther) const;
+  /// The subject's path is that of the open node.
+  [[noreturn]] void fail(const std::string& what, InputFault fault = InputFault::kOther,
+                         InputSubject subject = {}) const;
   /// The path of the open node, with the keys that are known.
   [[nodiscard]] std::string path() const;
 
@@ -75,7 +80,7 @@ class TreeBuilder {
  private:
   // What a parser reported in an entry before the entry's keys.
   struct Event {
-    enum class Kind : std::uint8_t { kEnter, kText, kForm, kOperation, kOperationOf, kLeave };
+    enum class Kind : std::uint8_t { kEnter, kText, kForm, kOperation, kOperationOf, kTag, kLeave };
     Kind kind = Kind::kEnter;
     const SchemaNode* node = nullptr;
     std::string text;
@@ -110,8 +115,9 @@ class TreeBuilder {
     const SchemaNode* early_open = nullptr;  ///< the innermost open node of that
     std::size_t next_rank = 0;               ///< the place where the next child is expected
     std::optional<Operation> operation;
-    bool noted = false;  ///< it or a node below has a note
-    bool again = false;  ///< in a change: it was open before
+    bool tagged = false;  ///< as a default
+    bool noted = false;   ///< it or a node below has a note
+    bool again = false;   ///< in a change: it was open before
   };
 
   Frame& top() { return frames_[depth_ - 1]; }
@@ -121,7 +127,8 @@ class TreeBuilder {
   [[nodiscard]] std::size_t line() const;
   [[nodiscard]] std::string path_of_frame(std::size_t depth) const;
   [[noreturn]] void fail_at(std::size_t line, const std::string& what,
-                            InputFault fault = InputFault::kOther) const;
+                            InputFault fault = InputFault::kOther, InputSubject subject = {}) const;
+  [[noreturn]] void fail_twice(const SchemaNode& node, const std::string& what) const;
   [[noreturn]] void refuse_value(const SchemaNode& leaf, const std::string& value) const;
 
   [[nodiscard]] bool waits(const SchemaNode* entered) const;
@@ -136,6 +143,7 @@ class TreeBuilder {
   void create_entry(Frame& entry, lyd_node* parent);
   void leave_inner();
   void leave_leaf();
+  void check_default(const SchemaNode& leaf, const std::string& value) const;
   void take_key(const SchemaNode& key, const std::string& value);
   [[noreturn]] void refuse_keys(const Frame& entry);
   lyd_node* create_value(Frame& parent, const SchemaNode& leaf, const std::string& value);

@@ -11,8 +11,11 @@
 namespace tarnd::store {
 namespace {
 
-[[noreturn]] void refuse(const lyd_node* node, const std::string& reason) {
-  throw InvalidNode(node, path_of(node) + ": " + reason);
+// `element` is what the fault is about, besides the node.
+[[noreturn]] void refuse(const lyd_node* node, const std::string& reason, InputFault fault,
+                         const std::string& element) {
+  const std::string path = path_of(node);
+  throw InvalidNode(node, path + ": " + reason, fault, {.path = path, .element = element});
 }
 
 std::string in_quotes(const std::string& name) {
@@ -21,7 +24,8 @@ std::string in_quotes(const std::string& name) {
 
 [[noreturn]] void refuse_missing(const lyd_node* parent, const SchemaNode& node) {
   if (node.kind == NodeKind::kLeaf) {
-    refuse(parent, "mandatory node " + in_quotes(node.name) + " does not exist");
+    refuse(parent, "mandatory node " + in_quotes(node.name) + " does not exist",
+           InputFault::kMissing, node.name);
   }
   // A container is mandatory if it contains something mandatory.
   std::string name = node.name;
@@ -30,7 +34,8 @@ std::string in_quotes(const std::string& name) {
     holds = holds->rules.mandatory.front();
     name += "/" + holds->name;
   }
-  refuse(parent, "mandatory node " + in_quotes(name) + " does not exist");
+  refuse(parent, "mandatory node " + in_quotes(name) + " does not exist", InputFault::kMissing,
+         node.name);
 }
 
 // Which nodes of a case exist.
@@ -59,15 +64,18 @@ void check_choice(const lyd_node* parent, const ChoiceRule& choice) {
     const CaseNodes nodes = nodes_of(parent, one);
     if (nodes.first == nullptr) continue;
     if (existing.first != nullptr) {
-      refuse(parent, in_quotes(existing.first->name) + " and " + in_quotes(nodes.first->name) +
-                         " exclude each other");
+      refuse(parent,
+             in_quotes(existing.first->name) + " and " + in_quotes(nodes.first->name) +
+                 " exclude each other",
+             InputFault::kBadElement, nodes.first->name);
     }
     existing = nodes;
     in_use = &one;
   }
   if (existing.given) return check_rules(parent, in_use->rules);
   if (choice.mandatory) {
-    refuse(parent, "no node of the mandatory choice " + in_quotes(choice.name) + " exists");
+    refuse(parent, "no node of the mandatory choice " + in_quotes(choice.name) + " exists",
+           InputFault::kMissingChoice, choice.name);
   }
 }
 
@@ -79,6 +87,10 @@ void check_rules(const lyd_node* parent, const ChildRules& rules) {
     if (node->kind == NodeKind::kContainer) check_rules(instance, node->rules);
   }
   for (const ChoiceRule& choice : rules.choices) check_choice(parent, choice);
+}
+
+[[noreturn]] void refuse_second(const lyd_node* node) {
+  refuse(node, "exists twice", InputFault::kBadElement, schema_of(node).name);
 }
 
 // Checks all instances of one list or leaf-list, beginning with this one. Most are in order
@@ -99,7 +111,7 @@ void check_run(const lyd_node* first, Less less) {
   const auto twice =
       std::adjacent_find(run.begin(), run.end(),
                          [&](const auto* left, const auto* right) { return !less(left, right); });
-  if (twice != run.end()) refuse(*twice, "exists twice");
+  if (twice != run.end()) refuse_second(*twice);
 }
 
 void check_single(const lyd_node* first) {
@@ -112,7 +124,7 @@ void check_single(const lyd_node* first) {
     case NodeKind::kLeafList:
       return check_run(first, value_less);
     default:
-      refuse(first, "exists twice");
+      refuse_second(first);
   }
 }
 

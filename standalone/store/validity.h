@@ -13,8 +13,9 @@ struct EditRecord;
 /// A violation of the model in a tree, and the node that has it.
 class InvalidNode : public InputError {
  public:
-  InvalidNode(const lyd_node* node, const std::string& text)
-      : InputError(text, 0, InputFault::kMissing), node_(node) {}
+  InvalidNode(const lyd_node* node, const std::string& text, InputFault fault,
+              const InputSubject& subject)
+      : InputError(text, 0, fault, subject), node_(node) {}
   [[nodiscard]] const lyd_node* node() const { return node_; }
 
  private:

@@ -181,7 +181,59 @@ std::string why_text_is_refused(const SchemaNode& leaf, std::string_view text) {
   return shown + " is refused: " + words_of_pattern(type, context);
 }
 
+std::vector<const char*> messages_of(const lysc_range* range) {
+  if (range == nullptr) return {};
+  return {range->emsg};
+}
+
+// The error-messages that the model has for values of the type, and null for those that it has not.
+std::vector<const char*> messages_of(const lysc_type* type) {
+  switch (type->basetype) {
+    case LY_TYPE_STRING: {
+      const auto* string = reinterpret_cast<const lysc_type_str*>(type);
+      std::vector<const char*> messages = messages_of(string->length);
+      LY_ARRAY_COUNT_TYPE i = 0;
+      LY_ARRAY_FOR(string->patterns, i) {
+        messages.push_back(string->patterns[i]->emsg);
+      }
+      return messages;
+    }
+    case LY_TYPE_INT8:
+    case LY_TYPE_INT16:
+    case LY_TYPE_INT32:
+    case LY_TYPE_INT64:
+    case LY_TYPE_UINT8:
+    case LY_TYPE_UINT16:
+    case LY_TYPE_UINT32:
+    case LY_TYPE_UINT64:
+      return messages_of(reinterpret_cast<const lysc_type_num*>(type)->range);
+    default:
+      return {};
+  }
+}
+
+// Its own words are no error-message of the model.
+std::string message_of_model(const lysc_type* type, std::string_view message_of_libyang) {
+  for (const char* message : messages_of(type)) {
+    if (message != nullptr && message_of_libyang == message) return message;
+  }
+  return {};
+}
+
 }  // namespace
+
+ModelWords words_of_model(const SchemaNode& leaf, std::string_view text) {
+  if (!is_yang_text(text)) return {};
+  ly_ctx* context = leaf.lysc->module->ctx;
+  ly_err_clean(context, nullptr);
+  lyd_value_validate(context, leaf.lysc, text.data(), text.size(), nullptr, nullptr, nullptr);
+  const ly_err_item* error = ly_err_first(context);
+  if (error == nullptr) return {};
+  ModelWords words;
+  if (error->apptag != nullptr) words.app_tag = error->apptag;
+  if (error->msg != nullptr) words.message = message_of_model(type_of(leaf), error->msg);
+  return words;
+}
 
 std::string what_it_takes(const SchemaNode& leaf) {
   return taken(type_of(leaf));

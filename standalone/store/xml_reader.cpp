@@ -15,6 +15,9 @@ namespace tarnd::store {
 namespace {
 
 constexpr std::string_view kOperation = "operation";
+// That of RFC 6243, section 6.
+constexpr std::string_view kDefaultNamespace = "urn:ietf:params:xml:ns:netconf:default:1.0";
+constexpr std::string_view kDefault = "default";
 
 struct ErrorText {
   XML_Error code;
@@ -142,19 +145,25 @@ class XmlReader {
     }
     const XmlName name = XmlParser::split(full_name);
     builder_.fail("holds " + excerpt(name.local) +
-                  (name.name_space.empty() ? " in no namespace"
-                                           : " in the namespace " + excerpt(name.name_space)) +
-                  "; '" + std::string(schema_.namespace_uri()) + "' is needed");
+                      (name.name_space.empty() ? " in no namespace"
+                                               : " in the namespace " + excerpt(name.name_space)) +
+                      "; '" + std::string(schema_.namespace_uri()) + "' is needed",
+                  InputFault::kUnknownNamespace,
+                  {.element = std::string(name.local), .name_space = std::string(name.name_space)});
   }
 
   void take_attribute(const XmlName& name, std::string_view value) {
+    if (name.local == kDefault && name.name_space == kDefaultNamespace) return take_tag(value);
     if (builder_.use() == TreeUse::kConfiguration) {
-      builder_.fail("has the attribute " + excerpt(name.local) +
-                    "; a configuration has none, a change may");
+      refuse_attribute(name, "has the attribute " + excerpt(name.local) +
+                                 "; a configuration has none, a change may");
     }
-    if (name.local != kOperation) builder_.fail("has the unknown attribute " + excerpt(name.local));
+    if (name.local != kOperation) {
+      refuse_attribute(name, "has the unknown attribute " + excerpt(name.local));
+    }
     if (name.name_space != kNetconfNamespace) {
-      builder_.fail("has an attribute 'operation' " +
+      refuse_attribute(
+          name, "has an attribute 'operation' " +
                     (name.name_space.empty() ? std::string("without a prefix")
                                              : "in the namespace " + excerpt(name.name_space)) +
                     "; nc:operation with xmlns:nc=\"" + std::string(kNetconfNamespace) +
@@ -163,12 +172,29 @@ class XmlReader {
     builder_.operation(builder_.operation_named(value));
   }
 
+  [[noreturn]] void refuse_attribute(const XmlName& name, const std::string& what) const {
+    builder_.fail(what, InputFault::kUnknownAttribute,
+                  {.element = builder_.open_node()->name, .attribute = std::string(name.local)});
+  }
+
+  // A server that tags defaults in its replies accepts the tags (RFC 6243, section 3.4).
+  void take_tag(std::string_view value) {
+    if (value == "true" || value == "1") return builder_.tag_as_default();
+    if (value == "false" || value == "0") return;
+    builder_.fail(
+        "has the attribute 'default' with " + excerpt(value) + "; true, 1, false or 0 is needed",
+        InputFault::kBadAttribute,
+        {.element = builder_.open_node()->name, .attribute = std::string(kDefault)});
+  }
+
   // It would have no effect there, and the user might expect one.
   void refuse_operation(std::string_view element, const char** attributes) const {
     for (; *attributes != nullptr; attributes += 2) {
       if (XmlParser::split(attributes[0]).local == kOperation) {
         envelope_.fail("'" + std::string(element) +
-                       "' has an attribute 'operation', which only nodes of the model have");
+                           "' has an attribute 'operation', which only nodes of the model have",
+                       InputFault::kUnknownAttribute,
+                       {.element = std::string(element), .attribute = std::string(kOperation)});
       }
     }
   }

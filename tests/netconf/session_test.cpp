@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
@@ -17,6 +16,7 @@
 #include "netconf/message.h"
 #include "netconf/monitoring.h"
 #include "netconf/yang_modules.h"
+#include "tests/netconf/session_fixture.h"
 #include "tests/support/model.h"
 
 namespace tarnd::netconf {
@@ -30,138 +30,15 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-std::map<std::string, int> results;  // by request
-
-int begin() {
-  return 0;
-}
-
-int name_point(char* name, int size) {
-  std::snprintf(name, static_cast<std::size_t>(size), "gpon_validation_check");
-  return 0;
-}
-
-int answer(confd_trans_ctx* tctx, confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/) {
-  const std::string request = tctx->validate_opaque;
-  const auto result = results.find(request);
-  if (result == results.end()) return CONFD_OK;
-  confd_trans_seterr(tctx, "%s says <so> & more", request.c_str());
-  return result->second;
-}
-
 constexpr const char* kHello10 =
     "<hello xmlns='urn:ietf:params:xml:ns:netconf:base:1.0'><capabilities>"
     "<capability> urn:ietf:params:netconf:base:1.0 </capability></capabilities></hello>]]>]]>";
-constexpr const char* kHello11 =
-    "<hello xmlns='urn:ietf:params:xml:ns:netconf:base:1.0'><capabilities>"
-    "<capability>urn:ietf:params:netconf:base:1.1</capability></capabilities></hello>]]>]]>";
-constexpr std::size_t kMost = 100'000;
 
-std::string rpc(const std::string& operation, const std::string& attributes = "message-id='1'") {
-  return "<rpc xmlns='urn:ietf:params:xml:ns:netconf:base:1.0' " + attributes + ">" + operation +
-         "</rpc>";
-}
-
-std::string edit(const std::string& content, const std::string& parameters = "") {
-  return "<edit-config><target><candidate/></target>" + parameters + "<config>" +
-         (content.empty() ? "" : test::config(content)) + "</config></edit-config>";
-}
-
-std::string get(const std::string& datastore) {
-  return "<get-config><source><" + datastore +
-         "/></source><filter><config xmlns='urn:tarnd:base'><service-port><id/></service-port>"
-         "</config></filter></get-config>";
-}
-
-std::string port(const std::string& id, const std::string& attributes = "") {
-  return "<service-port" + attributes + "><id>" + id + "</id></service-port>";
-}
-
-const std::string kDelete = " nc:operation='delete'";
-
-// A client whose bytes reach the session at once.
-class Client {
- public:
-  Client(Card& card, SessionId id) : session_(card, id, "somebody", kMost) {
-    hello_ = take().front();
-    session_.receive(kHello11);
-    while (session_.answer_next()) {
-      if (const auto make = session_.take_long_reply()) session_.finish(make());
-    }
-    frames_.use(Framing::kChunked);
-  }
-
-  /// The reply to an operation; "none" if there was none.
-  std::string ask(const std::string& operation) { return ask_message(rpc(operation)); }
-  std::string ask_message(const std::string& message) {
-    return ask_bytes(framed(message, Framing::kChunked));
-  }
-  std::string ask_bytes(const std::string& bytes) {
-    session_.receive(bytes);
-    while (session_.answer_next()) {
-      if (const auto make = session_.take_long_reply()) session_.finish(make());
-    }
-    const std::vector<std::string> replies = take();
-    return replies.empty() ? "none" : replies.back();
-  }
-
-  /// The ids of the service ports of a datastore.
-  std::vector<std::string> ports(const std::string& datastore) {
-    std::vector<std::string> ids;
-    const Element reply = read_message(ask(get(datastore)));
-    for (const Element& config : reply.children.at(0).children) {
-      for (const Element& entry : config.children) ids.push_back(entry.children.at(0).text);
-    }
-    return ids;
-  }
-
-  [[nodiscard]] const std::string& hello() const { return hello_; }
-  [[nodiscard]] bool has_ended() const { return session_.has_ended(); }
-
- private:
-  std::vector<std::string> take() {
-    std::vector<std::string> messages;
-    frames_.append(session_.output());
-    session_.output().clear();
-    while (auto message = frames_.next()) messages.push_back(*message);
-    return messages;
-  }
-
-  Session session_;
-  FrameReader frames_{kMost};
-  std::string hello_;
-};
-
-class SessionTest : public ::testing::Test {
+// Two service ports are there.
+class SessionTest : public ServedCardTest {
  protected:
-  SessionTest() {
-    results.clear();
-    datastore_.load(test::config(port("1") + port("2")), store::Format::kXml);
-  }
-
-  Client& client(SessionId id) {
-    auto& client = clients_[id];
-    if (client == nullptr) client = std::make_unique<Client>(card_, id);
-    return *client;
-  }
-  void close(SessionId id) { clients_.erase(id); }
-
-  store::Datastore datastore_{test::model()};
-  Daemon daemon_{datastore_, {&begin, &name_point, &answer, &begin}};
-  std::vector<std::string> log_;
-  Card card_{datastore_, daemon_, WarningPolicy::kAccept,
-             [this](LogLevel, const std::string& text) { log_.push_back(text); }};
-  std::map<SessionId, std::unique_ptr<Client>> clients_;
+  SessionTest() { datastore_.load(test::config(port("1") + port("2")), store::Format::kXml); }
 };
-
-MATCHER(IsOk, "is <ok/>") {
-  return arg.find("<ok/>") != std::string::npos && arg.find("rpc-error") == std::string::npos;
-}
-
-MATCHER_P(IsError, tag, "") {
-  return arg.find("<error-tag>" + std::string(tag) + "</error-tag>") != std::string::npos &&
-         arg.find("<ok/>") == std::string::npos;
-}
 
 TEST_F(SessionTest, SaysHelloWithItsNumberAndWhatItOffers) {
   EXPECT_THAT(client(7).hello(),
@@ -217,11 +94,11 @@ TEST_F(SessionTest, RefusesWhatIsNoOperation) {
            Row{"foreign operation", rpc("<commit xmlns='urn:x'/>"), "operation-not-supported"},
            Row{"not offered", rpc("<delete-config/>"), "operation-not-supported"},
            Row{"unknown parameter", rpc("<commit><nix/></commit>"), "unknown-element"},
-           Row{"parameter twice", rpc("<lock><target/><target/></lock>"), "unknown-element"},
+           Row{"parameter twice", rpc("<lock><target/><target/></lock>"), "bad-element"},
            Row{"missing parameter", rpc("<lock/>"), "missing-element"},
            Row{"no datastore", rpc("<lock><target/></lock>"), "missing-element"},
            Row{"unknown datastore", rpc("<lock><target><startup/></target></lock>"),
-               "invalid-value"},
+               "unknown-element"},
            Row{"wrong test-option",
                rpc("<edit-config><target><running/></target><test-option>nix</test-option><config/>"
                    "</edit-config>"),
@@ -245,7 +122,7 @@ TEST_F(SessionTest, RefusesWhatIsNoOperation) {
            Row{"copy from a place that is not offered",
                rpc("<copy-config><target><candidate/></target><source><url>file:///x</url></source>"
                    "</copy-config>"),
-               "invalid-value"},
+               "unknown-element"},
            Row{"edit without config",
                rpc("<edit-config><target><candidate/></target></edit-config>"), "missing-element"},
            Row{"other filter", rpc("<get><filter type='regex' select='/'/></get>"),
@@ -359,7 +236,7 @@ TEST_F(SessionTest, SaysWhatIsWrongWithAnEditAndKeepsTheOnesBefore) {
            Row{"foreign configuration",
                "<edit-config><target><candidate/></target><config><config xmlns='urn:x'/></config>"
                "</edit-config>",
-               "invalid-value"},
+               "unknown-namespace"},
        }) {
     EXPECT_THAT(client(1).ask(row.edit), IsError(row.tag)) << row.name;
     EXPECT_THAT(client(1).ports("candidate"), ElementsAre("1", "2", "3")) << row.name;

@@ -64,6 +64,19 @@ TEST_P(RefusedChange, NamesLinePlaceAndWhatIsWrong) {
   }
 }
 
+// The attribute by which NETCONF servers say that a leaf has its default.
+std::string tag(const std::string& value) {
+  return " xmlns:wd=\"urn:ietf:params:xml:ns:netconf:default:1.0\" wd:default=\"" + value + "\"";
+}
+
+// A link whose upstream-fec, which is true by default, is tagged.
+std::string tagged_fec(const std::string& is_default, const std::string& value) {
+  return xml(
+      "<interface><gpon><chassis-id>1</chassis-id><slot-id>1</slot-id><port-id>3</port-id>\n"
+      "<upstream-fec" +
+      tag(is_default) + ">" + value + "</upstream-fec></gpon></interface>");
+}
+
 const std::string kNeedsNc =
     R"(; nc:operation with xmlns:nc="urn:ietf:params:xml:ns:netconf:base:1.0" is needed)";
 const std::string kNeedsConfig = "; 'config' in the namespace 'urn:tarnd:base' is needed";
@@ -204,6 +217,21 @@ INSTANTIATE_TEST_SUITE_P(
                 "delete or remove is needed"},
         Refused{"UnknownAttribute", Format::kXml, xml(R"(<interface a="b"/>)"), 2,
                 "/config/interface: has the unknown attribute 'a'"},
+        Refused{"AnotherValueThanTheDefault", Format::kXml, tagged_fec("true", "false"), 3,
+                "/config/interface/gpon{1 1 3}/upstream-fec: 'false' is tagged as the default, "
+                "which is 'true'"},
+        Refused{"WrongTag", Format::kXml, tagged_fec("yes", "true"), 3,
+                "/config/interface/gpon{1 1 3}/upstream-fec: has the attribute 'default' with "
+                "'yes'; true, 1, false or 0 is needed"},
+        Refused{"TaggedLeafWithoutDefault", Format::kXml,
+                xml("<service-port><id>5</id><upstream-rate" + tag("true") +
+                    ">7</upstream-rate></service-port>"),
+                2,
+                "/config/service-port{5}/upstream-rate: is tagged as a default, but the model has "
+                "none for it"},
+        Refused{"TaggedEntry", Format::kXml, xml("<service-port" + tag("true") + "/>"), 2,
+                "/config/service-port: is tagged as a default, but only a leaf that is no key can "
+                "have one"},
         Refused{"OperationAroundTheModel", Format::kXml,
                 "<config" + kNetconf + R"( operation="delete">)" + xml("") + "</config>", 1,
                 "'config' has an attribute 'operation', which only nodes of the model have"},
@@ -468,6 +496,19 @@ TEST(Reader, AcceptsAConfigurationInEachOfItsForms) {
     Datastore plain_one(test::model());
     plain_one.load(plain, Format::kXml);
     EXPECT_EQ(datastore.print(Format::kXml), plain_one.print(Format::kXml)) << text;
+  }
+}
+
+TEST(Reader, ALeafThatIsTaggedAsADefaultIsNotSet) {
+  struct Row {
+    const char* is_default;
+    bool is_set;
+  };
+  for (const Row& row : {Row{"true", false}, Row{"1", false}, Row{"false", true}, Row{"0", true}}) {
+    Datastore datastore(test::model());
+    datastore.load(tagged_fec(row.is_default, "true"), Format::kXml);
+    const bool is_set = datastore.print(Format::kXml).find("upstream-fec") != std::string::npos;
+    EXPECT_EQ(is_set, row.is_set) << row.is_default;
   }
 }
 
