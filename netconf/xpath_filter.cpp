@@ -31,8 +31,8 @@ constexpr std::size_t kMostOfPlainPath = 512;
 
 std::regex regex_of_plain_path() {
   const std::string name = "[A-Za-z_][A-Za-z0-9_.-]*(?::[A-Za-z_][A-Za-z0-9_.-]*)?";
-  const std::string blanks = "[ \\t\\r\\n]*";
-  const std::string condition = name + blanks + "=" + blanks + "(?:'[^']*'|\"[^\"]*\"|[0-9]+)";
+  const std::string blanks = R"([ \t\r\n]*)";
+  const std::string condition = name + blanks + "=" + blanks + R"((?:'[^']*'|"[^"]*"|[0-9]+))";
   const std::string predicate =
       R"(\[)" + blanks + condition + "(?: +and +" + condition + ")*" + blanks + R"(\])";
   return std::regex(blanks + "(?:/|(?:/" + name + "(?:" + predicate + ")*)+)" + blanks);
@@ -110,6 +110,7 @@ class PrefixWriter {
   }
 
   std::string_view module_of(std::string_view prefix) {
+    // NOLINTNEXTLINE(modernize-loop-convert): clang 14 does not compile libstdc++'s reversed views
     for (auto known = namespaces_.rbegin(); known != namespaces_.rend(); ++known) {
       if (known->prefix != prefix) continue;
       const lys_module* module = ly_ctx_get_module_implemented_ns(context_, known->name.c_str());

@@ -99,6 +99,13 @@ std::vector<PointInModel> validation_points(const store::Schema& schema, std::st
   return points;
 }
 
+std::vector<std::string_view> request_names(const std::vector<PointInModel>& points) {
+  std::vector<std::string_view> names;
+  names.reserve(points.size());
+  for (const PointInModel& in_model : points) names.emplace_back(in_model.point->request);
+  return names;
+}
+
 std::vector<ValidationCall> affected_calls(const std::vector<PointInModel>& points,
                                            const store::Transaction& transaction) {
   if (transaction.changes() == nullptr) return {};

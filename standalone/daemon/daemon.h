@@ -61,6 +61,9 @@ struct PointInModel {
 /// The points that name `gpon_validation_check`, in the order in which a commit calls them.
 std::vector<PointInModel> validation_points(const store::Schema& schema, std::string_view name);
 
+/// The points' requests, in the same order.
+std::vector<std::string_view> request_names(const std::vector<PointInModel>& points);
+
 /// The calls that the prepared transaction needs, in order.
 std::vector<ValidationCall> affected_calls(const std::vector<PointInModel>& points,
                                            const store::Transaction& transaction);

@@ -39,13 +39,13 @@ class JsonPrinter : public ChangeTaker, private ContentTaker {
 
   void changed(const std::string& path, const lyd_node* before, const lyd_node* after) override {
     begin(path, "change");
-    out_ << value_of(before) << ", \"new\": " << value_of(after) << '}';
+    out_ << value_of(before) << R"(, "new": )" << value_of(after) << '}';
   }
 
  private:
   void begin(const std::string& path, std::string_view operation) {
-    out_ << (is_first_ ? "" : ",") << "\n    {\"path\": " << quoted(path) << ", \"op\": \""
-         << operation << "\", \"old\": ";
+    out_ << (is_first_ ? "" : ",") << "\n    {\"path\": " << quoted(path) << R"(, "op": ")"
+         << operation << R"(", "old": )";
     is_first_ = false;
   }
 

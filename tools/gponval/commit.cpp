@@ -49,8 +49,7 @@ struct CommitArguments {
 
 void check_names(const std::vector<std::string>& only,
                  const std::vector<tarnd::PointInModel>& points) {
-  std::vector<std::string_view> known;
-  for (const tarnd::PointInModel& in_model : points) known.push_back(in_model.point->request);
+  const std::vector<std::string_view> known = request_names(points);
   for (const std::string& name : only) {
     if (std::find(known.begin(), known.end(), name) != known.end()) continue;
     throw UsageError("--only: the model has no request '" + name + "'" +

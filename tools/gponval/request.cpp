@@ -45,10 +45,8 @@ void warn_of_unknown_name(const std::string& name, const std::vector<tarnd::Poin
     return in_model.point->request.starts_with(name);
   };
   if (std::any_of(points.begin(), points.end(), begins_with_name)) return;
-  std::vector<std::string_view> requests;
-  for (const tarnd::PointInModel& in_model : points) requests.push_back(in_model.point->request);
   print_error("no request of the model begins with '" + name + "'" +
-              tarnd::did_you_mean(name, requests));
+              tarnd::did_you_mean(name, request_names(points)));
 }
 
 ExitStatus request(const RequestArguments& arguments) {

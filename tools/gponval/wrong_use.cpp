@@ -56,7 +56,7 @@ std::string unknown_argument(const CLI::App& gponval, const CLI::App* command) {
 
 // An option with too many values or none; the library's text only counts them.
 std::string wrong_number_of_values(const CLI::App& command, const CLI::ParseError& error) {
-  const std::string text = error.what();
+  std::string text = error.what();
   const std::string name = text.substr(0, text.find(':'));
   const CLI::Option* option = command.get_option_no_throw(name);
   if (option == nullptr) return text;

@@ -1,7 +1,6 @@
 // Decryption of encrypted leaves.
 
 #include <cstddef>
-#include <cstring>
 #include <optional>
 #include <string>
 
@@ -22,7 +21,7 @@ int confd_decrypt(const char* ciphertext, int len, char* output) {
       tarnd::decrypt_string({ciphertext, static_cast<std::size_t>(len)});
   if (!clear.has_value()) return fail(CONFD_ERR_BADTYPE, "the text cannot be decrypted");
   // The clear text with its NUL is shorter than its encrypted form.
-  std::memcpy(output, clear->c_str(), clear->size() + 1);
+  output[clear->copy(output, clear->size())] = '\0';
   tarnd::wipe(*clear);
   return CONFD_OK;
 }
