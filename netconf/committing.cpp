@@ -39,8 +39,9 @@ void log_report(const Run& run, const CommitReport& report) {
     ++warnings;
     card.log(LogLevel::kWarning, who + ": " + answer.request + " warns: " + answer.text);
   }
+  const std::string before_notice = who + ": notice: ";
   for (const std::string& notice : report.messages) {
-    card.log(LogLevel::kInfo, who + ": notice: " + notice);
+    card.log(LogLevel::kInfo, before_notice + notice);
   }
   log_result(run, std::string(to_string(report.result)) + ", " + std::to_string(errors) +
                       " errors, " + std::to_string(warnings) + " warnings");

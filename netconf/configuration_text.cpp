@@ -29,6 +29,7 @@ void append_declaration(std::string& text, const Namespace& declared) {
 // What is in scope, of several declarations of one prefix the innermost.
 void append_declarations(std::string& text, const Element& config) {
   std::vector<std::string_view> seen;
+  // NOLINTNEXTLINE(modernize-loop-convert): clang 14 does not compile libstdc++'s reversed views
   for (auto known = config.namespaces.rbegin(); known != config.namespaces.rend(); ++known) {
     if (std::find(seen.begin(), seen.end(), known->prefix) != seen.end()) continue;
     seen.push_back(known->prefix);

@@ -105,7 +105,7 @@ void YangModules::add(const lys_module* module) {
 }
 
 // A module that libyang has built in is in no file.
-std::string YangModules::text_of(const YangModule& module) const {
+std::string YangModules::text_of(const YangModule& module) {
   if (module.module->filepath == nullptr) return printed(module.module);
   std::ifstream file(module.module->filepath, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};

@@ -35,7 +35,7 @@ class YangModules {
   [[nodiscard]] const std::string& set_id() const { return set_id_; }
   [[nodiscard]] ly_ctx* context() const { return context_.get(); }
   /// The module as a YANG text.
-  [[nodiscard]] std::string text_of(const YangModule& module) const;
+  [[nodiscard]] static std::string text_of(const YangModule& module);
 
  private:
   const lys_module* load(const char* name, const char* revision, const char** features);

@@ -141,7 +141,7 @@ void Envelope::leave() {
 
 void Envelope::take_parameter(std::string_view name, std::string_view value) {
   if (name == "default-operation") {
-    const auto found =
+    const auto* found =
         std::find_if(kDefaultOperations.begin(), kDefaultOperations.end(),
                      [&](const DefaultOperation& known) { return known.name == value; });
     if (found == kDefaultOperations.end()) {

@@ -135,7 +135,7 @@ class JsonReader {
     return scalar(ValueForm::kNumber, text);
   }
   bool string(const std::string& value) { return scalar(ValueForm::kString, value); }
-  bool binary(const Json::binary_t& /*value*/) { return false; }
+  static bool binary(const Json::binary_t& /*value*/) { return false; }
 
   bool start_object(std::size_t /*size*/) {
     if (levels_.size() > kDeepest) fail("nested too deeply");

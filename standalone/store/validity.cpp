@@ -129,6 +129,8 @@ void check_single(const lyd_node* first) {
 }
 
 bool is_inner(const lyd_node* node) {
+  // Only opaque nodes have none, and there are none here.
+  // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
   return (node->schema->nodetype & (LYS_CONTAINER | LYS_LIST)) != 0;
 }
 
@@ -163,11 +165,11 @@ void check_subtree(const lyd_node* node) {
   }
 }
 
-void check_edits(const EditRecord& record) {
-  if (record.after == nullptr) return;
-  if (!record.tracked()) return check_subtree(record.after);
-  check_rules(record.after, record.schema->rules);
-  for (const auto& child : record.children) check_edits(*child);
+void check_edits(const EditRecord& root) {
+  if (root.after == nullptr) return;
+  if (!root.tracked()) return check_subtree(root.after);
+  check_rules(root.after, root.schema->rules);
+  for (const auto& child : root.children) check_edits(*child);
 }
 
 }  // namespace tarnd::store

@@ -74,7 +74,9 @@ std::vector<std::string> completed_names(const store::Schema& schema, std::strin
   for (const SchemaNode* child : parent->last().node->children) {
     if (child->is_key()) continue;
     for (const std::string& ending : endings_of(*child, with_values)) {
-      add(texts, path, around + "/" + child->name + ending);
+      std::string text = around;
+      text += "/" + child->name + ending;
+      add(texts, path, std::move(text));
     }
   }
   return texts;
