@@ -64,7 +64,9 @@ Cut cut(std::string_view stream, const PieceSizes& sizes, Framing framing, std::
   try {
     in_pieces(stream, sizes, [&](std::string_view bytes) {
       reader.append(bytes);
-      while (auto message = reader.next()) result.messages.push_back(*message);
+      do {
+        while (auto message = reader.next()) result.messages.push_back(*message);
+      } while (reader.has_more());
     });
   } catch (const netconf::FramingError&) {
     result.has_failed = true;

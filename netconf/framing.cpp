@@ -16,6 +16,9 @@ constexpr std::uint64_t kMostOfChunk = 4294967295;
 // What was taken is dropped when it is as much as this, and half of the buffer.
 constexpr std::size_t kDrop = std::size_t{1} << 16;
 
+// A client may send chunks of one byte, and others wait meanwhile.
+constexpr int kChunksAtOnce = 64;
+
 constexpr const char* kTooLong = "a message is longer than this server takes";
 constexpr const char* kNoChunk = "a chunk begins with a line end, '#' and its length";
 
@@ -59,11 +62,14 @@ std::optional<std::string> FrameReader::next_ended() {
 }
 
 std::optional<std::string> FrameReader::next_chunked() {
-  for (;;) {
+  has_more_ = false;
+  for (int taken = 0; taken < kChunksAtOnce; ++taken) {
     const Chunk chunk = take_chunk();
     if (chunk == Chunk::kNotThereYet) return std::nullopt;
     if (chunk == Chunk::kLast) return std::exchange(message_, {});
   }
+  has_more_ = true;
+  return std::nullopt;
 }
 
 FrameReader::Chunk FrameReader::take_chunk() {

@@ -27,8 +27,11 @@ class FrameReader {
   explicit FrameReader(std::size_t most) : most_(most) {}
 
   void append(std::string_view bytes);
-  /// The next whole message, if it has come. Throws FramingError.
+  /// The next whole message, if it has come. Of a message in many chunks only some are read at
+  /// once. Throws FramingError.
   std::optional<std::string> next();
+  /// The last next() left chunks unread that have come.
+  [[nodiscard]] bool has_more() const { return has_more_; }
   /// How the messages after the last one that was taken are framed.
   void use(Framing framing) { framing_ = framing; }
   [[nodiscard]] Framing framing() const { return framing_; }
@@ -49,6 +52,7 @@ class FrameReader {
   std::size_t begin_ = 0;     // what is before it was taken
   std::size_t searched_ = 0;  // so much of the rest has no end of message
   std::string message_;       // the chunks of a message so far
+  bool has_more_ = false;
 };
 
 /// The message as it is sent.

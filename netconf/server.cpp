@@ -18,7 +18,7 @@ namespace tarnd::netconf {
 namespace {
 
 // So much is read at once from one client before the others have their turn.
-constexpr std::size_t kReadSize = std::size_t{1} << 16;
+constexpr std::size_t kReadSize = std::size_t{1} << 14;
 // A client that has so much to take gets no more answers before it has taken some of it.
 constexpr std::size_t kMostWaiting = std::size_t{1} << 20;
 // An ended session may take its last replies for so long.

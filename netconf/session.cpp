@@ -150,7 +150,7 @@ bool Session::answer_next() {
   if (has_ended() || is_waiting_) return false;
   try {
     const std::optional<std::string> message = frames_.next();
-    if (!message.has_value()) return false;
+    if (!message.has_value()) return frames_.has_more();
     const Element element = read_message(*message);
     if (is_open_) {
       take_rpc(element, *message);

@@ -29,8 +29,8 @@ class Session {
 
   /// Takes what the client sent.
   void receive(std::string_view bytes) { frames_.append(bytes); }
-  /// Answers the next message, if all of it has come. Returns false if there was none, or if the
-  /// session still waits for the reply to the last one.
+  /// Answers the next message, if all of it has come, or reads some of a long one. Returns false if
+  /// there was nothing to do, or if the session still waits for the reply to the last one.
   bool answer_next();
 
   /// A message was taken whose reply may take long. Whoever runs the session makes the reply, where

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,9 @@ std::vector<std::string> messages(const std::string& stream, Framing framing, st
   try {
     for (std::size_t at = 0; at < stream.size(); at += piece) {
       reader.append(std::string_view(stream).substr(at, piece));
-      while (auto message = reader.next()) found.push_back(*message);
+      do {
+        while (auto message = reader.next()) found.push_back(*message);
+      } while (reader.has_more());
     }
   } catch (const FramingError&) {
     found.emplace_back("error");
@@ -65,6 +68,20 @@ TEST(FramingTest, CutsAStreamHoweverItComes) {
       EXPECT_THAT(messages(row.stream, row.framing, piece), ElementsAreArray(row.messages));
     }
   }
+}
+
+TEST(FramingTest, ReadsManyChunksInSeveralSteps) {
+  FrameReader reader(kMost);
+  reader.use(Framing::kChunked);
+  for (int i = 0; i < 500; ++i) reader.append("\n#1\na");
+  reader.append("\n##\n");
+  EXPECT_EQ(reader.next(), std::nullopt);
+  EXPECT_TRUE(reader.has_more());
+  std::optional<std::string> message;
+  while (reader.has_more()) message = reader.next();
+  EXPECT_EQ(message, std::string(500, 'a'));
+  EXPECT_EQ(reader.next(), std::nullopt);
+  EXPECT_FALSE(reader.has_more());
 }
 
 TEST(FramingTest, RefusesMessagesThatAreTooLong) {
