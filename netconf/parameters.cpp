@@ -76,16 +76,16 @@ void check_parameters(const Element& operation, const std::vector<Parameter>& kn
   check_no_text(operation);
   std::vector<std::string_view> seen;
   for (const Element& child : operation.children) {
-    const auto parameter =
+    const auto found =
         std::find_if(known.begin(), known.end(), [&child](const Parameter& candidate) {
           return child.is(candidate.name_space, candidate.name);
         });
-    if (parameter == known.end()) refuse_unknown(child, operation, known);
+    if (found == known.end()) refuse_unknown(child, operation, known);
     if (std::find(seen.begin(), seen.end(), child.name) != seen.end()) {
       refuse(bad_element(child.name, "the element '" + child.name + "' is given twice"));
     }
     seen.push_back(child.name);
-    check_parameter(child, parameter->content);
+    check_parameter(child, found->content);
   }
 }
 

@@ -50,7 +50,6 @@ TEST_F(DefaultTagsTest, SayThatALeafIsNotSet) {
     std::string edit;
     const char* after;  // the leaf, "" for none
   };
-  const std::string none = "<default-operation>none</default-operation>";
   const std::string set = fec("", "false");
   for (const Row& row : {
            Row{"merged to a value", set, link(fec(kTrue)), ""},
