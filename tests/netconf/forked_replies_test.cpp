@@ -93,17 +93,18 @@ TEST(ForkedRepliesTest, AnErrorTellsWhyThereIsNoReply) {
     MakeReply make;
     const char* why;
   };
-  for (const Row& row : {
-           Row{"too long", {std::chrono::seconds{1}, 256 * kMebibyte}, &sleep_long, "longer"},
-           Row{"too much memory",
-               {std::chrono::hours{1}, 64 * kMebibyte},
-               [] {
-                 return Reply{std::string(640 * kMebibyte, 'x'), 0, {}};
-               },
-               "memory"},
-           Row{"its process ends", kPatient, []() -> Reply { _exit(0); }, "memory"},
-           Row{"an exception", kPatient, []() -> Reply { throw std::runtime_error(""); }, "memory"},
-       }) {
+  const std::vector<Row> rows{
+      Row{"too long", {std::chrono::seconds{1}, 256 * kMebibyte}, &sleep_long, "longer"},
+      Row{"too much memory",
+          {std::chrono::hours{1}, 64 * kMebibyte},
+          [] {
+            return Reply{std::string(640 * kMebibyte, 'x'), 0, {}};
+          },
+          "memory"},
+      Row{"its process ends", kPatient, []() -> Reply { _exit(0); }, "memory"},
+      Row{"an exception", kPatient, []() -> Reply { throw std::runtime_error(""); }, "memory"},
+  };
+  for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     ForkedReplies replies(row.limits);
     replies.begin(3, row.make);
