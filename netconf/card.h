@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "netconf/state/journal.h"
 #include "standalone/daemon/daemon.h"
 #include "standalone/store/transaction.h"
 
@@ -75,6 +76,8 @@ struct Card {
   std::optional<SessionId> candidate_lock;
   std::map<SessionId, SessionInfo> sessions;
   std::optional<PendingCommit> pending;
+  /// Where commits are kept; null if everything is in memory only.
+  state::Journal* journal = nullptr;
   /// What get-schema returns; null if the server does without.
   const YangModules* modules = nullptr;
   std::time_t running_locked = 0;

@@ -3,6 +3,7 @@
 #include "netconf/confirmed_commit.h"
 #include "netconf/editing.h"
 #include "netconf/locks.h"
+#include "netconf/recording.h"
 #include "netconf/verdicts.h"
 #include "netconf/warnings.h"
 
@@ -68,9 +69,16 @@ CommitOptions commit_options(const Run& run) {
   return options;
 }
 
-std::string commit_candidate(const Run& run) {
+// What is accepted is stored first: it must not be lost once a client knows of it.
+std::string commit_candidate(const Run& run, const std::optional<PendingCommit>& pending) {
   prepare_candidate(run);
-  return conclude(run, run.card.daemon.commit(run.card.candidate, commit_options(run)));
+  Card& card = run.card;
+  const CommitReport report = card.daemon.check(card.candidate, commit_options(run));
+  if (report.result == CommitResult::kAccepted) {
+    record_commit(run, report, pending);
+    card.candidate.commit();
+  }
+  return conclude(run, report);
 }
 
 // A whole configuration that is in the message.
@@ -108,7 +116,7 @@ std::string commit_at_once(const Run& run, const std::function<void()>& edit) {
   check_running_may_be_edited(run);
   try {
     edit();
-    return commit_candidate(run);
+    return commit_candidate(run, run.card.pending);
   } catch (...) {
     run.card.candidate.discard();
     throw;
@@ -128,7 +136,7 @@ std::string copy_candidate_to_running(const Run& run) {
   check_not_locked_by_another(run, Target::kRunning);
   check_not_locked_by_another(run, Target::kCandidate);
   check_pending_allows(run);
-  return commit_candidate(run);
+  return commit_candidate(run, run.card.pending);
 }
 
 std::string commit(const Run& run) {

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "netconf/recording.h"
+#include "netconf/state/snapshots.h"
 #include "netconf/xml_text.h"
 
 namespace tarnd::netconf {
@@ -13,6 +15,9 @@ using std::chrono::seconds;
 using std::chrono::steady_clock;
 
 constexpr std::uint32_t kUsualTimeout = 600;
+
+// After so long a return that could not be stored is tried again.
+constexpr seconds kUntilNextTry{1};
 
 std::string text_of(const Run& run, std::string_view name) {
   const Element* given = find_parameter(run, name);
@@ -38,9 +43,21 @@ void check_needs_confirmed(const Run& run) {
 }
 
 void take_back(Card& card, const std::string& why) {
+  record_return(card, why);
   card.pending.reset();
   card.candidate.go_back();
   card.log(LogLevel::kWarning, "confirmed commit taken back: " + why);
+}
+
+// Nobody waits for the answer, so a failure is no reason to give up.
+void take_back_soon(Card& card, const std::string& why) {
+  try {
+    take_back(card, why);
+  } catch (const state::Failure& failure) {
+    card.pending->deadline = steady_clock::now() + kUntilNextTry;
+    card.log(LogLevel::kError,
+             "confirmed commit not taken back yet: " + std::string(failure.what()));
+  }
 }
 
 std::string persist_of(const Run& run) {
@@ -51,9 +68,9 @@ std::string persist_of(const Run& run) {
   return persist;
 }
 
-void begin_pending(const Run& run, std::uint32_t timeout, const std::string& persist) {
+void begin_pending(const Run& run, std::uint32_t timeout, const PendingCommit& pending) {
   const bool again = run.card.pending.has_value();
-  run.card.pending = {run.caller.id, persist, steady_clock::now() + seconds(timeout)};
+  run.card.pending = pending;
   run.card.log(LogLevel::kInfo, session_name(run) + ": confirmed commit " +
                                     (again ? "goes on" : "begins") + ", to be confirmed within " +
                                     std::to_string(timeout) + " s");
@@ -66,13 +83,14 @@ void confirm_pending(const Run& run) {
   run.card.log(LogLevel::kInfo, session_name(run) + ": confirmed commit confirmed");
 }
 
-std::string commit_to_be_confirmed(const Run& run, std::string (*commit)(const Run&)) {
+std::string commit_to_be_confirmed(const Run& run, CommitFunction commit) {
   const std::uint32_t timeout = timeout_of(run);
-  const std::string persist = persist_of(run);
+  const PendingCommit pending{run.caller.id, persist_of(run),
+                              steady_clock::now() + seconds(timeout)};
   run.card.candidate.set_return();
   try {
-    std::string reply = commit(run);
-    begin_pending(run, timeout, persist);
+    std::string reply = commit(run, pending);
+    begin_pending(run, timeout, pending);
     return reply;
   } catch (...) {
     if (!run.card.pending.has_value()) run.card.candidate.forget_return();
@@ -97,11 +115,11 @@ void check_pending_allows(const Run& run) {
                       (pending->persist.empty() ? "" : ", with its persist-id")));
 }
 
-std::string commit_with_return(const Run& run, std::string (*commit)(const Run&)) {
+std::string commit_with_return(const Run& run, CommitFunction commit) {
   check_pending_allows(run);
   if (find_parameter(run, "confirmed") != nullptr) return commit_to_be_confirmed(run, commit);
   check_needs_confirmed(run);
-  std::string reply = commit(run);
+  std::string reply = commit(run, std::nullopt);
   confirm_pending(run);
   return reply;
 }
@@ -111,20 +129,37 @@ std::string cancel_commit(const Run& run) {
   if (!run.card.pending.has_value()) {
     refuse(error_of("protocol", "operation-failed", "no commit waits to be confirmed"));
   }
-  take_back(run.card, session_name(run) + " cancelled it");
+  try {
+    take_back(run.card, session_name(run) + " cancelled it");
+  } catch (const state::Failure& failure) {
+    refuse(rpc_error(failure));
+  }
   return kOk;
 }
 
 void end_late_commit(Card& card, steady_clock::time_point now) {
   if (card.pending.has_value() && now >= card.pending->deadline) {
-    take_back(card, "it was not confirmed in time");
+    take_back_soon(card, "it was not confirmed in time");
   }
 }
 
 void end_pending_of(Card& card, SessionId session) {
   const auto& pending = card.pending;
   if (!pending.has_value() || !pending->persist.empty() || pending->session != session) return;
-  take_back(card, "session " + std::to_string(session) + " ends");
+  take_back_soon(card, "session " + std::to_string(session) + " ends");
+}
+
+void resume_pending(Card& card) {
+  state::Journal& journal = *card.journal;
+  const auto left = journal.left_unconfirmed();
+  if (!left.has_value()) return;
+  card.candidate.set_return();
+  state::replay(journal.connection(), card.candidate, left->since + 1, journal.newest());
+  card.pending = {0, left->persist, steady_clock::now() + left->left};
+  if (left->persist.empty()) return take_back(card, "the server was started again");
+  if (!left->same_boot) return take_back(card, "the machine was started again");
+  card.log(LogLevel::kInfo, "confirmed commit goes on, to be confirmed within " +
+                                std::to_string(left->left.count()) + " s");
 }
 
 }  // namespace tarnd::netconf

@@ -37,6 +37,8 @@ constexpr Parameter kTarget{"target", Content::kDatastore};
 constexpr Parameter kSource{"source", Content::kDatastore};
 constexpr Parameter kFilter{"filter", Content::kFilter};
 constexpr Parameter kWarnings{"warnings", Content::kWord, kWarningsNamespace};
+constexpr Parameter kLabel{"label", Content::kWord, kWarningsNamespace};
+constexpr Parameter kComment{"comment", Content::kWord, kWarningsNamespace};
 constexpr Parameter kWithDefaults{"with-defaults", Content::kWord, kWithDefaultsNamespace};
 
 struct Operation {
@@ -74,7 +76,9 @@ const std::vector<Operation>& operations() {
         {"confirm-timeout"},
         {"persist"},
         {"persist-id"},
-        kWarnings},
+        kWarnings,
+        kLabel,
+        kComment},
        &commit},
       {"cancel-commit", {{"persist-id"}}, &cancel_commit},
       {"discard-changes", {}, &discard_changes},

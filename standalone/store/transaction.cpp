@@ -149,6 +149,11 @@ const Change* Transaction::changes() const {
   return impl_->changes.has_value() ? &*impl_->changes : nullptr;
 }
 
+std::vector<ItemChange> Transaction::item_changes() const {
+  const EditRecord* root = impl_->log.root_record();
+  return root != nullptr ? store::item_changes(*root) : std::vector<ItemChange>();
+}
+
 void Transaction::commit() {
   impl_->changes.reset();
   if (has_return()) {
@@ -185,6 +190,12 @@ void Transaction::go_back() {
     since.undo();
   }
   impl_->since_return.reset();
+}
+
+std::vector<ItemChange> Transaction::changes_to_go_back() const {
+  if (!has_return() || impl_->since_return->root_record() == nullptr) return {};
+  const CommittedSight sight(*this);
+  return reversed(store::item_changes(*impl_->since_return->root_record()));
 }
 
 void Transaction::discard() {

@@ -7,6 +7,7 @@
 
 #include "standalone/input_error.h"
 #include "standalone/store/datastore.h"
+#include "standalone/store/item_changes.h"
 #include "standalone/store/keypath_edit.h"
 
 namespace tarnd::store {
@@ -69,6 +70,9 @@ class Transaction {
   /// After prepare(): the change of `config`, or null if nothing changed.
   [[nodiscard]] const Change* changes() const;
 
+  /// What commit() would change now, item by item.
+  [[nodiscard]] std::vector<ItemChange> item_changes() const;
+
   /// Makes the tree as it is now the committed configuration. Further edits can follow, and be
   /// committed again.
   void commit();
@@ -82,6 +86,8 @@ class Transaction {
   [[nodiscard]] bool has_return() const;
   /// The commits since then stay for good.
   void forget_return();
+  /// What go_back() would change in the committed configuration.
+  [[nodiscard]] std::vector<ItemChange> changes_to_go_back() const;
   /// Makes the configuration of set_return() the committed one again. If there are edits, the tree
   /// stays as it is, and what was taken back is one of the edits; if there are none, there are none
   /// afterwards either.

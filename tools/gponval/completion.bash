@@ -14,11 +14,13 @@ _gponval_options() {
         "--service-profiles --rg-profiles --tr069-profiles --sip-profiles --media-profiles --help"
       ;;
     serve)
-      echo "--running --card --input-format --plugin --socket --warnings --allow --ssh" \
-        "--authorized-keys --sshd --log --log-level --log-config --max-message --max-sessions" \
-        "--hello-timeout --filter-time --help"
+      echo "--running --state --import --card --input-format --plugin --socket --warnings --allow" \
+        "--ssh --authorized-keys --sshd --log --log-level --log-config --max-message" \
+        "--max-sessions --hello-timeout --filter-time --help"
       ;;
     netconf) echo "--socket --help" ;;
+    history) echo "--last --format --help" ;;
+    export) echo "--at --json --help" ;;
     *) echo "--help --version" ;;
   esac
 }
@@ -100,13 +102,16 @@ _gponval() {
 
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _gponval_offer "commit diff request points generate serve netconf --help --version" "$current"
-  elif [[ $previous == --* && ! $previous =~ ^--(stats|all|changes|help|version)$ ]]; then
+    _gponval_offer "commit diff request points generate serve netconf history export --help --version" \
+      "$current"
+  elif [[ $previous == --* && ! $previous =~ ^--(stats|all|changes|import|json|help|version)$ ]]; then
     _gponval_offer_value "$previous" "$current"
   elif [[ $previous == request && $current != -* ]] && ((COMP_CWORD == 2)); then
     _gponval_offer "$(_gponval_requests)" "$current"
   elif [[ $command == request && $current != -* ]] && ((COMP_CWORD == 3)); then
     _gponval_offer_paths "$current"
+  elif [[ $command =~ ^(history|export)$ && $current != -* ]] && ((COMP_CWORD == 2)); then
+    mapfile -t COMPREPLY < <(compgen -f -- "$current")
   elif [[ $previous == /* ]]; then
     : # a value after a path
   else

@@ -17,6 +17,8 @@ complete -c gponval -n __fish_use_subcommand -a points -d 'List the validation p
 complete -c gponval -n __fish_use_subcommand -a generate -d 'Write the configuration of a card'
 complete -c gponval -n __fish_use_subcommand -a serve -d 'Offer a card to NETCONF clients'
 complete -c gponval -n __fish_use_subcommand -a netconf -d 'Connect to a card that is served'
+complete -c gponval -n __fish_use_subcommand -a history -d 'List the commits of a state'
+complete -c gponval -n __fish_use_subcommand -a export -d 'Write the configuration of a state'
 complete -c gponval -n __fish_use_subcommand -l version -d 'Print the version'
 complete -c gponval -l help -s h -d 'Print the help'
 complete -c gponval -n __gponval_needs_request -a '(__gponval_requests)'
@@ -65,3 +67,9 @@ complete -c gponval -n '__fish_seen_subcommand_from serve' -l max-message -x -d 
 complete -c gponval -n '__fish_seen_subcommand_from serve' -l max-sessions -x -d 'Number of sessions'
 complete -c gponval -n '__fish_seen_subcommand_from serve' -l hello-timeout -x -d 'Seconds for the hello'
 complete -c gponval -n '__fish_seen_subcommand_from serve' -l filter-time -x -d 'Seconds for a filter'
+complete -c gponval -n '__fish_seen_subcommand_from serve' -l state -r -F -d 'Where commits are kept'
+complete -c gponval -n '__fish_seen_subcommand_from serve' -l import -d 'Replace what an existing state has'
+complete -c gponval -n '__fish_seen_subcommand_from history export' -F
+complete -c gponval -n '__fish_seen_subcommand_from history' -l last -x -d 'Number of commits'
+complete -c gponval -n '__fish_seen_subcommand_from export' -l at -x -d 'After this commit'
+complete -c gponval -n '__fish_seen_subcommand_from export' -l json -d 'As JSON instead of XML'

@@ -30,7 +30,7 @@ _gponval() {
     '--stats[print the number of platform calls]'
   )
   if ((CURRENT == 2)); then
-    compadd commit diff request points generate serve netconf --help --version
+    compadd commit diff request points generate serve netconf history export --help --version
     return
   fi
   local command=$words[2]
@@ -54,8 +54,19 @@ _gponval() {
         '--format[how the list is printed]:format:(text json)' \
         '(-h --help)'{-h,--help}'[print the help]'
       ;;
+    history)
+      _arguments '--last[list so many commits only]:number: ' \
+        '--format[how the answer is printed]:format:(text json)' \
+        '(-h --help)'{-h,--help}'[print the help]' '1:state:_files' '2:commit: '
+      ;;
+    export)
+      _arguments '--at[after this commit]:number: ' '--json[as JSON instead of XML]' \
+        '(-h --help)'{-h,--help}'[print the help]' '1:state:_files'
+      ;;
     serve)
       _arguments '--running[the committed configuration]:file:_files' \
+        '--state[where commits are kept]:file:_files' \
+        '--import[replace what an existing state has]' \
         '--input-format[how inputs without a known ending are read]:format:(xml json)' \
         '--card[what the card can do]:file:_files' \
         '--plugin[the validation plug-in]:file:_files' \

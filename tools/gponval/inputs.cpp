@@ -201,6 +201,13 @@ std::string load_and_keep_running(store::Datastore& datastore, const InputOption
   });
 }
 
+void replace_by_running(store::Transaction& transaction, const InputOptions& inputs) {
+  take_file(inputs.running, inputs, [&](const std::string& content, store::Format format) {
+    transaction.replace(content, format);
+    transaction.prepare();
+  });
+}
+
 std::vector<AppliedEdit> apply_changes(store::Transaction& transaction,
                                        const InputOptions& inputs) {
   std::vector<AppliedEdit> applied;

@@ -29,6 +29,9 @@ void load_running(tarnd::store::Datastore& datastore, const InputOptions& inputs
 /// The same; returns its text.
 std::string load_and_keep_running(tarnd::store::Datastore& datastore, const InputOptions& inputs);
 
+/// Makes the running configuration the prepared content of a transaction. Throws UsageError.
+void replace_by_running(tarnd::store::Transaction& transaction, const InputOptions& inputs);
+
 /// An edit of the command line that was applied, with its text.
 struct AppliedEdit {
   std::string file;  ///< as the command line names it; empty for an edit by path

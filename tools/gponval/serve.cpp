@@ -24,6 +24,7 @@
 #include "tools/gponval/output.h"
 #include "tools/gponval/plugin_location.h"
 #include "tools/gponval/serve_ssh.h"
+#include "tools/gponval/serve_state.h"
 #include "tools/gponval/server_log.h"
 #include "tools/gponval/service_manager.h"
 #include "tools/gponval/socket_name.h"
@@ -39,13 +40,15 @@ constexpr const char* kHelp =
     "\n"
     "Serves the card's configuration over NETCONF at a UNIX socket: clients edit the\n"
     "candidate, and their commits go through the plug-in's validators, whose verdicts are\n"
-    "the errors of the reply. The configuration is kept in memory; the file that --running\n"
-    "names is only read.\n";
+    "the errors of the reply. With --state a commit is stored before it is answered, and\n"
+    "the next start goes on with it; without it the configuration is kept in memory. The\n"
+    "file that --running names is only read.\n";
 
 constexpr const char* kExamples =
     "Examples:\n"
     "  gponval serve --running card.xml --socket card.socket\n"
-    "  gponval serve --running card.xml --socket card.socket --warnings reject\n"
+    "  gponval serve --running card.xml --state card.state --socket card.socket\n"
+    "  gponval serve --state card.state --socket card.socket --warnings reject\n"
     "  gponval serve --running card.xml --ssh 8300 --authorized-keys key.pub\n"
     "  gponval netconf --socket card.socket < session.xml\n"
     "\n";
@@ -62,6 +65,7 @@ struct ServeArguments {
   std::optional<std::string> socket;
   std::string warnings = "accept";
   std::vector<std::string> allow;
+  StateArguments state;
   SshArguments ssh;
   LogArguments log;
   std::size_t most_of_message = 64;  // MiB
@@ -97,6 +101,11 @@ netconf::ServerOptions server_options(const ServeArguments& arguments) {
   return options;
 }
 
+// A file that may not grow must be an error of the one commit.
+void ignore_limit_of_files() {
+  std::signal(SIGXFSZ, SIG_IGN);
+}
+
 // Can be read when one of the signals came that a server reacts to.
 netconf::Descriptor watch_signals() {
   sigset_t signals;
@@ -126,7 +135,8 @@ bool take_signal(const netconf::Descriptor& signals, const ServerLog& log, Ssh& 
   return true;
 }
 
-void print_where_to_connect(const std::filesystem::path& socket, const SshArguments& ssh) {
+void print_start(const std::filesystem::path& socket, const SshArguments& ssh,
+                 const StateArguments& state) {
   std::cout << "Serving NETCONF at " << socket.string()
             << ". Connect with:\n  gponval netconf --socket " << socket.string() << "\n";
   if (ssh.address.has_value()) {
@@ -134,6 +144,7 @@ void print_where_to_connect(const std::filesystem::path& socket, const SshArgume
     std::cout << "  ssh -s -p " << address->port << " " << netconf::host_to_connect_to(*address)
               << " netconf\n";
   }
+  std::cout << where_state_is(state);
   finish_output();
 }
 
@@ -150,13 +161,14 @@ std::unique_ptr<netconf::YangModules> read_modules(const netconf::Log& log) {
 }
 
 ExitStatus serve(const ServeArguments& arguments) {
+  ignore_limit_of_files();
   const netconf::ServerOptions options = server_options(arguments);
   std::optional<netconf::SshOptions> ssh_server;
   if (arguments.ssh.address.has_value()) {
     ssh_server = ssh_options(arguments.ssh, options.socket, arguments.allow);
   }
   Host host(arguments.run, read_card(arguments.inputs));
-  load_running(host.datastore(), arguments.inputs);
+  const ServedState state = open_state(arguments.state, arguments.inputs, host.datastore());
   const netconf::Descriptor signals = watch_signals();
   const ServerLog server_log(arguments.log);
   const netconf::Log log = [&server_log](netconf::LogLevel level, const std::string& text) {
@@ -165,10 +177,11 @@ ExitStatus serve(const ServeArguments& arguments) {
   netconf::Card card(host.datastore(), host.daemon(), warning_policy(arguments.warnings), log);
   const auto modules = read_modules(log);
   card.modules = modules.get();
+  resume(card, state, arguments.state, arguments.inputs);
   netconf::Server server(card, options);
   Ssh ssh;
   if (ssh_server.has_value()) ssh.emplace(*ssh_server, log);
-  print_where_to_connect(options.socket, arguments.ssh);
+  print_start(options.socket, arguments.ssh, arguments.state);
   report_ready();
 
   std::vector<netconf::Watch> watches = {
@@ -212,7 +225,7 @@ Command add_serve(CLI::App& gponval) {
   CLI::App* app = gponval.add_subcommand("serve", kHelp);
   auto arguments = std::make_shared<ServeArguments>();
   app->footer(kExamples + std::string(kExitStatusHelp));
-  add_running_option(*app, arguments->inputs);
+  add_state_options(*app, arguments->state, arguments->inputs);
   add_input_format_option(*app, arguments->inputs);
   add_card_option(*app, arguments->inputs);
   add_plugin_option(*app, arguments->run);

@@ -1,0 +1,57 @@
+#include "netconf/recording.h"
+
+#include <chrono>
+#include <utility>
+
+#include "netconf/xml_text.h"
+
+namespace tarnd::netconf {
+namespace {
+
+std::optional<std::string> text_in(const Run& run, std::string_view name) {
+  const Element* given = find_parameter(run, name);
+  if (given == nullptr) return std::nullopt;
+  return std::string(trimmed(given->text));
+}
+
+std::optional<state::Unconfirmed> unconfirmed(const std::optional<PendingCommit>& pending) {
+  if (!pending.has_value()) return std::nullopt;
+  const auto left = pending->deadline - std::chrono::steady_clock::now();
+  return state::Unconfirmed{pending->persist, std::chrono::ceil<std::chrono::seconds>(left)};
+}
+
+}  // namespace
+
+void record_commit(const Run& run, const CommitReport& report,
+                   const std::optional<PendingCommit>& pending) {
+  Card& card = run.card;
+  if (card.journal == nullptr) return;
+  state::Commit commit;
+  commit.author = {card.sessions.at(run.caller.id).user, run.caller.id, text_in(run, "label"),
+                   text_in(run, "comment")};
+  commit.changes = card.candidate.item_changes();
+  commit.answers = report.answers;
+  commit.notices = report.messages;
+  try {
+    card.journal->record(commit, unconfirmed(pending), &card.datastore);
+  } catch (const state::Failure& failure) {
+    card.log(LogLevel::kError, session_name(run) + ": commit not stored: " + failure.what());
+    refuse(rpc_error(failure));
+  }
+}
+
+void record_return(Card& card, const std::string& why) {
+  if (card.journal == nullptr) return;
+  state::Commit commit;
+  commit.kind = state::Kind::kReturn;
+  commit.author.comment = why;
+  commit.changes = card.candidate.changes_to_go_back();
+  card.journal->record(commit, std::nullopt, nullptr);
+}
+
+RpcError rpc_error(const state::Failure& failure) {
+  const bool is_full = failure.cause() == state::Failure::Cause::kNoRoom;
+  return error_of("application", is_full ? "resource-denied" : "operation-failed", failure.what());
+}
+
+}  // namespace tarnd::netconf

@@ -1,0 +1,51 @@
+#include "netconf/state/database.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "netconf/state/failure.h"
+#include "netconf/state/schema_version.h"
+
+namespace tarnd::netconf::state {
+namespace {
+
+constexpr mode_t kOwnersOnly = 0600;
+
+[[noreturn]] void fail(const std::filesystem::path& file, const std::string& why) {
+  throw Failure("state '" + file.string() + "': " + why);
+}
+
+// SQLite opens a file that it must not write to for reading, and a folder not at all.
+Descriptor locked(const std::filesystem::path& file) {
+  Descriptor lock(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnersOnly));
+  if (lock.get() < 0) fail(file, std::strerror(errno));
+  if (flock(lock.get(), LOCK_EX | LOCK_NB) == 0) return lock;
+  fail(file, errno == EWOULDBLOCK ? "another process serves it" : std::strerror(errno));
+}
+
+}  // namespace
+
+OwnedDatabase::OwnedDatabase(const std::filesystem::path& file)
+    : lock_(locked(file)), connection_(file, Access::kWrite) {
+  is_new_ = state::is_new(connection_);
+  if (!is_new_) check_version(connection_);
+  // A commit appends to a log and syncs it once.
+  connection_.run("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
+  if (is_new_) return;
+  Writing writing(connection_);
+  migrate(connection_);
+  writing.commit();
+}
+
+Connection open_to_read(const std::filesystem::path& file) {
+  Connection connection(file, Access::kRead);
+  if (is_new(connection)) fail(file, "nothing was stored in it");
+  check_version(connection);
+  return connection;
+}
+
+}  // namespace tarnd::netconf::state

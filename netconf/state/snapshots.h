@@ -1,0 +1,29 @@
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "netconf/state/commits.h"
+#include "netconf/state/sqlite.h"
+#include "standalone/store/transaction.h"
+
+namespace tarnd::netconf::state {
+
+/// Edits the transaction by these changes. Throws InputError.
+void apply_changes(store::Transaction& transaction, std::span<const store::ItemChange> changes);
+
+// What follows throws Failure.
+
+/// Keeps the configuration as it is after a commit. Of the snapshots before, only the oldest stays.
+void keep_snapshot(Connection& connection, Number number, const std::string& configuration);
+/// The number of the newest snapshot; 0 if there is none.
+Number newest_snapshot(Connection& connection);
+
+/// Makes the datastore, which no transaction has open, the configuration after a commit, from the
+/// snapshot that is nearest.
+void restore(Connection& connection, store::Datastore& datastore, Number number);
+
+/// Commits the same changes again, from one commit to another, both included.
+void replay(Connection& connection, store::Transaction& transaction, Number from, Number to);
+
+}  // namespace tarnd::netconf::state

@@ -1,0 +1,177 @@
+#include "netconf/state/sqlite.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "netconf/state/failure.h"
+
+namespace tarnd::netconf::state {
+namespace {
+
+// Another process holds the file for an instant only, such as at the end of its last connection.
+constexpr int kPatience = 10'000;  // milliseconds
+
+constexpr const char* kDamaged = "it is damaged";
+
+bool is_without_room(int code, int error_number) {
+  if (code == SQLITE_FULL) return true;
+  return code == SQLITE_IOERR &&
+         (error_number == ENOSPC || error_number == EDQUOT || error_number == EFBIG);
+}
+
+std::string reason(sqlite3* handle, int code, int error_number) {
+  switch (code) {
+    case SQLITE_NOTADB:
+      return "it is no state of gponval";
+    case SQLITE_CORRUPT:
+      return kDamaged;
+    case SQLITE_READONLY:
+      return "it cannot be written to";
+    case SQLITE_BUSY:
+      return "another process is using it";
+    case SQLITE_FULL:
+      return "the disk is full";
+    case SQLITE_IOERR:
+    case SQLITE_CANTOPEN:
+      if (error_number != 0) return std::strerror(error_number);
+      break;
+    default:
+      break;
+  }
+  return sqlite3_errmsg(handle);
+}
+
+}  // namespace
+
+Connection::Connection(const std::filesystem::path& file, Access access)
+    : name_(file.string()), handle_(nullptr, &sqlite3_close) {
+  const int flags =
+      access == Access::kRead ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+  sqlite3* handle = nullptr;
+  const int result = sqlite3_open_v2(name_.c_str(), &handle, flags, nullptr);
+  handle_.reset(handle);
+  if (result != SQLITE_OK) fail();
+  sqlite3_busy_timeout(handle, kPatience);
+  run("PRAGMA foreign_keys = ON");
+}
+
+void Connection::fail() const {
+  // SQLite keeps the number of an error for some calls only.
+  const int last_error = errno;
+  const int code = sqlite3_errcode(handle());
+  const int kept = sqlite3_system_errno(handle());
+  const int error_number = kept != 0 ? kept : last_error;
+  throw Failure(
+      "state '" + name_ + "': " + reason(handle(), code, error_number),
+      is_without_room(code, error_number) ? Failure::Cause::kNoRoom : Failure::Cause::kOther);
+}
+
+void Connection::run(const std::string& statements) {
+  errno = 0;
+  if (sqlite3_exec(handle(), statements.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail();
+}
+
+std::int64_t Connection::number(const std::string& statement) {
+  Statement prepared(*this, statement);
+  return prepared.step() ? prepared.integer(0) : 0;
+}
+
+Statement::Statement(Connection& connection, std::string_view text)
+    : connection_(connection), handle_(nullptr, &sqlite3_finalize) {
+  sqlite3_stmt* handle = nullptr;
+  const int result = sqlite3_prepare_v2(connection.handle(), text.data(),
+                                        static_cast<int>(text.size()), &handle, nullptr);
+  handle_.reset(handle);
+  check(result);
+}
+
+void Statement::check(int result) const {
+  if (result != SQLITE_OK) connection_.fail();
+}
+
+Statement& Statement::bind(int parameter, std::int64_t value) {
+  check(sqlite3_bind_int64(handle_.get(), parameter, value));
+  return *this;
+}
+
+Statement& Statement::bind(int parameter, std::string_view text) {
+  // A null pointer would be a null.
+  const char* bytes = text.data() != nullptr ? text.data() : "";
+  check(sqlite3_bind_text64(handle_.get(), parameter, bytes, text.size(), SQLITE_STATIC,
+                            SQLITE_UTF8));
+  return *this;
+}
+
+Statement& Statement::bind(int parameter, const std::optional<std::string>& text) {
+  if (text.has_value()) return bind(parameter, std::string_view(*text));
+  check(sqlite3_bind_null(handle_.get(), parameter));
+  return *this;
+}
+
+bool Statement::step() {
+  errno = 0;
+  switch (sqlite3_step(handle_.get())) {
+    case SQLITE_ROW:
+      return true;
+    case SQLITE_DONE:
+      return false;
+    default:
+      connection_.fail();
+  }
+}
+
+void Statement::run() {
+  while (step()) {
+  }
+}
+
+std::int64_t Statement::integer(int column) const {
+  return sqlite3_column_int64(handle_.get(), column);
+}
+
+std::string Statement::text(int column) const {
+  const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(handle_.get(), column));
+  if (bytes == nullptr) return "";
+  return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(handle_.get(), column))};
+}
+
+std::optional<std::string> Statement::optional_text(int column) const {
+  if (is_null(column)) return std::nullopt;
+  return text(column);
+}
+
+bool Statement::is_null(int column) const {
+  return sqlite3_column_type(handle_.get(), column) == SQLITE_NULL;
+}
+
+namespace {
+
+// SQLite itself has rolled back after some failures.
+void roll_back(Connection& connection) {
+  if (!connection.is_within_transaction()) return;
+  sqlite3_exec(connection.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+}  // namespace
+
+Reading::Reading(Connection& connection) : connection_(connection) {
+  connection.run("BEGIN");
+}
+
+Reading::~Reading() {
+  roll_back(connection_);
+}
+
+Writing::Writing(Connection& connection) : connection_(connection) {
+  connection.run("BEGIN IMMEDIATE");
+}
+
+Writing::~Writing() {
+  roll_back(connection_);
+}
+
+void Writing::commit() {
+  connection_.run("COMMIT");
+}
+
+}  // namespace tarnd::netconf::state

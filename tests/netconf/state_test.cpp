@@ -1,0 +1,284 @@
+// The file of a state: what it keeps, and what it refuses.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+#include <string>
+
+#include "netconf/state/database.h"
+#include "netconf/state/failure.h"
+#include "netconf/state/journal.h"
+#include "netconf/state/schema_version.h"
+#include "netconf/state/snapshots.h"
+#include "tests/netconf/state_file.h"
+#include "tests/support/model.h"
+
+namespace tarnd::netconf::state {
+namespace {
+
+using store::Datastore;
+using store::Format;
+using ::testing::HasSubstr;
+
+std::string port(int id) {
+  return "<service-port><id>" + std::to_string(id) + "</id></service-port>";
+}
+
+Commit port_comes(int id) {
+  Commit commit;
+  commit.changes = {{"/config/service-port{" + std::to_string(id) + "}", std::nullopt, ""}};
+  return commit;
+}
+
+class StateTest : public ::testing::Test {
+ protected:
+  StateTest() { begun_.load(test::config(port(1)), Format::kXml); }
+
+  // A state with so many commits after the first one.
+  void make(int commits) {
+    Journal journal(file_.name());
+    journal.connection().run("PRAGMA synchronous = OFF");
+    journal.begin(begun_, {"somebody", 0, std::nullopt, "card.xml"});
+    for (int i = 0; i < commits; ++i) journal.record(port_comes(i + 2), std::nullopt, nullptr);
+  }
+
+  std::string restored(Number number) {
+    Connection connection = open_to_read(file_.name());
+    Datastore datastore(test::model());
+    restore(connection, datastore, number);
+    return datastore.print(Format::kXml);
+  }
+
+  [[nodiscard]] std::string why_not_served() const {
+    try {
+      Journal journal(file_.name());
+    } catch (const Failure& failure) {
+      return failure.what();
+    }
+    return "it is served";
+  }
+
+  StateFile file_;
+  Datastore begun_{test::model()};
+};
+
+TEST_F(StateTest, KeepsCommitsWithAllThatIsKnownOfThem) {
+  make(1);
+  Commit commit = port_comes(7);
+  commit.author = {"anna", 3, "ticket 17", std::nullopt};
+  commit.answers = {{"sp_check", "/config/service-port{7}", Verdict::kWarning, "a \xff text", 1}};
+  commit.notices = {"a notice"};
+  {
+    Journal journal(file_.name());
+    EXPECT_FALSE(journal.is_new());
+    journal.record(commit, std::nullopt, nullptr);
+    EXPECT_EQ(journal.newest(), 3);
+  }
+  Connection connection = open_to_read(file_.name());
+  const Commit kept = read(connection, 3);
+  EXPECT_EQ(kept.number, 3);
+  EXPECT_GT(kept.time, 1'700'000'000);
+  EXPECT_EQ(kept.kind, Kind::kCommit);
+  EXPECT_EQ(kept.author.user, "anna");
+  EXPECT_EQ(kept.author.session, 3u);
+  EXPECT_EQ(kept.author.label, "ticket 17");
+  EXPECT_EQ(kept.author.comment, std::nullopt);
+  EXPECT_EQ(kept.changes, commit.changes);
+  ASSERT_EQ(kept.answers.size(), 1u);
+  EXPECT_EQ(kept.answers[0].request, "sp_check");
+  EXPECT_EQ(kept.answers[0].result, Verdict::kWarning);
+  EXPECT_EQ(kept.answers[0].text, "a \xef\xbf\xbd text");
+  EXPECT_EQ(kept.notices, commit.notices);
+  const auto lines = list(connection, 2);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0].number, 3);
+  EXPECT_EQ(lines[0].changes, 1);
+  EXPECT_EQ(lines[1].number, 2);
+  EXPECT_EQ(list(connection, -1).back().kind, Kind::kImport);
+  EXPECT_THROW(read(connection, 4), Failure);
+  EXPECT_THROW(read(connection, 0), Failure);
+}
+
+TEST_F(StateTest, ACommitThatChangesNothingHasNoNumber) {
+  make(0);
+  Journal journal(file_.name());
+  journal.record({}, std::nullopt, nullptr);
+  EXPECT_EQ(journal.newest(), 1);
+}
+
+TEST_F(StateTest, SnapshotsKeepTheWayToTheNewestCommitShort) {
+  make(0);
+  const Datastore& datastore = begun_;
+  Journal journal(file_.name());
+  journal.connection().run("PRAGMA synchronous = OFF");
+  Commit large = port_comes(2);
+  large.changes.push_back(
+      {"/config/service-port{2}/description", std::nullopt, std::string(20'000, 'x')});
+  for (int i = 0; i < 20; ++i) journal.record(large, std::nullopt, &datastore);
+  EXPECT_EQ(journal.connection().number("SELECT count(*) FROM snapshots"), 2);
+  EXPECT_EQ(journal.connection().number("SELECT min(number) FROM snapshots"), 1);
+  EXPECT_GT(newest_snapshot(journal.connection()), 15);
+}
+
+TEST_F(StateTest, WhatWaitsToBeConfirmedOutlivesTheProcess) {
+  make(2);
+  {
+    Journal journal(file_.name());
+    EXPECT_FALSE(journal.left_unconfirmed().has_value());
+    journal.record(port_comes(8), Unconfirmed{"id", std::chrono::seconds(10)}, nullptr);
+    journal.record(port_comes(9), Unconfirmed{"again", std::chrono::seconds(1000)}, nullptr);
+  }
+  {
+    Journal journal(file_.name());
+    const auto left = journal.left_unconfirmed();
+    ASSERT_TRUE(left.has_value());
+    EXPECT_EQ(left->since, 3);
+    EXPECT_EQ(left->persist, "again");
+    EXPECT_GT(left->left, std::chrono::seconds(500));
+    EXPECT_LE(left->left, std::chrono::seconds(1000));
+    EXPECT_TRUE(left->same_boot);
+    journal.connection().run("UPDATE pending SET boot = 'another'");
+    EXPECT_FALSE(journal.left_unconfirmed()->same_boot);
+    journal.record({}, std::nullopt, nullptr);
+  }
+  EXPECT_FALSE(Journal(file_.name()).left_unconfirmed().has_value());
+}
+
+TEST_F(StateTest, AFullDiskRefusesTheCommitOnly) {
+  make(1);
+  Journal journal(file_.name());
+  const auto pages = journal.connection().number("PRAGMA page_count");
+  journal.connection().run("PRAGMA max_page_count = " + std::to_string(pages));
+  Commit large = port_comes(5);
+  large.author.comment = std::string(100'000, 'x');
+  try {
+    journal.record(large, Unconfirmed{"id", std::chrono::seconds(10)}, nullptr);
+    FAIL() << "it was stored";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.cause(), Failure::Cause::kNoRoom);
+    EXPECT_EQ(failure.what(), "state '" + file_.name().string() + "': the disk is full");
+  }
+  EXPECT_EQ(journal.newest(), 2);
+  EXPECT_FALSE(journal.left_unconfirmed().has_value());
+  journal.connection().run("PRAGMA max_page_count = 1000000");
+  journal.record(large, std::nullopt, nullptr);
+  EXPECT_EQ(journal.newest(), 3);
+  EXPECT_EQ(list(journal.connection(), 1).at(0).author.comment, large.author.comment);
+}
+
+TEST_F(StateTest, OnlyOneProcessServesAState) {
+  make(1);
+  {
+    Journal journal(file_.name());
+    EXPECT_THAT(why_not_served(), HasSubstr("another process serves it"));
+    EXPECT_THAT(restored(2), HasSubstr("<id>2</id>"));  // readers may read
+    journal.record(port_comes(3), std::nullopt, nullptr);
+  }
+  EXPECT_EQ(why_not_served(), "it is served");
+}
+
+TEST_F(StateTest, AStateThatWasNotBegunIsNew) {
+  { const Journal journal(file_.name()); }
+  EXPECT_THROW(open_to_read(file_.name()), Failure);
+  EXPECT_TRUE(Journal(file_.name()).is_new());
+  make(0);
+  EXPECT_FALSE(Journal(file_.name()).is_new());
+}
+
+struct WrongFile {
+  const char* name;
+  void (*make)(const std::filesystem::path& file);
+  const char* why;
+};
+
+void PrintTo(const WrongFile& file, std::ostream* out) {
+  *out << file.name;
+}
+
+void run(const std::filesystem::path& file, const std::string& statements) {
+  Connection(file, Access::kWrite).run(statements);
+}
+
+void write(const std::filesystem::path& file, const std::string& text) {
+  std::ofstream(file, std::ios::binary) << text;
+}
+
+class WrongStateTest : public StateTest, public ::testing::WithParamInterface<WrongFile> {};
+
+TEST_P(WrongStateTest, IsRefusedWithTheReason) {
+  make(300);
+  GetParam().make(file_.name());
+  EXPECT_THAT(why_not_served(), HasSubstr("state '" + file_.name().string() + "': "));
+  EXPECT_THAT(why_not_served(), HasSubstr(GetParam().why));
+  EXPECT_THROW(restored(1), Failure);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, WrongStateTest,
+    ::testing::Values(
+        WrongFile{"AnXmlFile",
+                  [](const std::filesystem::path& file) { write(file, "<config/>\n"); },
+                  "it is no state of gponval"},
+        WrongFile{"AnotherDatabase",
+                  [](const std::filesystem::path& file) {
+                    std::filesystem::remove(file);
+                    run(file, "CREATE TABLE songs (name TEXT)");
+                  },
+                  "it is no state of gponval"},
+        WrongFile{"OfANewerVersion",
+                  [](const std::filesystem::path& file) { run(file, "PRAGMA user_version = 9"); },
+                  "it is of a newer gponval (version 9 of the tables, this one knows 1)"},
+        WrongFile{"Truncated",
+                  [](const std::filesystem::path& file) {
+                    std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
+                  },
+                  "it is damaged"},
+        WrongFile{"TruncatedWithinTheHeader",
+                  [](const std::filesystem::path& file) { std::filesystem::resize_file(file, 60); },
+                  "it is damaged"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(StateTest, AFolderIsNoState) {
+  std::filesystem::create_directory(file_.name());
+  EXPECT_THAT(why_not_served(), HasSubstr("Is a directory"));
+}
+
+TEST_F(StateTest, AMissingCommitIsDamage) {
+  make(5);
+  run(file_.name(), "DELETE FROM commits WHERE number = 4");
+  EXPECT_THAT(restored(3), HasSubstr("<id>3</id>"));
+  EXPECT_THROW(restored(6), Failure);
+}
+
+TEST_F(StateTest, ChangesThatCannotBeReplayedAreDamage) {
+  for (const char* changes : {"", "[[1]]", "[[\"/config/nothing\",null,\"1\"]]",
+                              "[[\"/config/service-port{a}\",null,\"\"]]"}) {
+    SCOPED_TRACE(changes);
+    make(2);
+    run(file_.name(), "UPDATE commits SET changes = '" + std::string(changes) + "' WHERE number=3");
+    EXPECT_THROW(restored(3), Failure);
+    std::filesystem::remove(file_.name());
+  }
+}
+
+TEST_F(StateTest, AnOlderVersionIsBroughtUpToDateStepByStep) {
+  constexpr const char* kOld[] = {"CREATE TABLE a (x)"};
+  constexpr const char* kNew[] = {"CREATE TABLE a (x)", "ALTER TABLE a ADD COLUMN y",
+                                  "INSERT INTO a VALUES (1, 2)"};
+  Connection connection(file_.name(), Access::kWrite);
+  EXPECT_TRUE(is_new(connection));
+  migrate(connection, kOld);
+  EXPECT_FALSE(is_new(connection));
+  migrate(connection, kNew);
+  migrate(connection, kNew);
+  EXPECT_EQ(connection.number("SELECT count(*) FROM a WHERE y = 2"), 1);
+  EXPECT_EQ(connection.number("PRAGMA user_version"), 3);
+  check_version(connection, kNew);
+  EXPECT_THROW(check_version(connection, kOld), Failure);
+}
+
+}  // namespace
+}  // namespace tarnd::netconf::state

@@ -1,0 +1,116 @@
+#include "tools/gponval/serve_state.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "netconf/confirmed_commit.h"
+#include "netconf/state/snapshots.h"
+#include "tools/gponval/usage_error.h"
+
+namespace gponval {
+namespace {
+
+namespace netconf = tarnd::netconf;
+namespace state = tarnd::netconf::state;
+
+state::Author importer(const InputOptions& inputs) {
+  // There is one thread.
+  // cppcheck-suppress getpwuidCalled
+  const passwd* user = getpwuid(geteuid());
+  state::Author author;
+  author.user = user != nullptr ? user->pw_name : std::to_string(geteuid());
+  author.comment = name_in_message(inputs.running);
+  return author;
+}
+
+// Before anything is made: a wrong name must not become a new card.
+void check(const StateArguments& arguments, const InputOptions& inputs) {
+  std::error_code unknown;
+  if (!inputs.running.empty() || std::filesystem::exists(*arguments.file, unknown)) return;
+  throw UsageError(
+      "--state: '" + *arguments.file +
+      "' does not exist; --running names the configuration that a new one begins with");
+}
+
+void check_begins(const state::Journal& journal, const StateArguments& arguments,
+                  const InputOptions& inputs) {
+  if (journal.is_new() && inputs.running.empty()) {
+    throw UsageError("--state: nothing was stored in '" + *arguments.file +
+                     "' yet; --running names the configuration that it begins with");
+  }
+  if (journal.is_new() || inputs.running.empty() || arguments.imports) return;
+  throw UsageError("--running: '" + *arguments.file +
+                   "' has a configuration already; with --import it is replaced");
+}
+
+}  // namespace
+
+void add_state_options(CLI::App& app, StateArguments& arguments, InputOptions& inputs) {
+  constexpr const char* kStateGroup = "Configuration";
+  CLI::Option* running = app.add_option("--running", inputs.running,
+                                        "The configuration to begin with; needed without a state")
+                             ->type_name("FILE")
+                             ->group(kStateGroup);
+  CLI::Option* state =
+      app.add_option("--state", arguments.file,
+                     "Where the configuration and all commits are kept: a file that\n"
+                     "is made if it does not exist, and then begins with --running")
+          ->type_name("FILE")
+          ->group(kStateGroup);
+  app.add_flag("--import", arguments.imports,
+               "Replace what an existing state has by --running, as a commit that\n"
+               "no validator is asked about")
+      ->needs(running)
+      ->needs(state)
+      ->group(kStateGroup);
+}
+
+ServedState open_state(const StateArguments& arguments, const InputOptions& inputs,
+                       tarnd::store::Datastore& datastore) {
+  if (!arguments.file.has_value()) {
+    if (inputs.running.empty()) throw UsageError("--running or --state is required");
+    load_running(datastore, inputs);
+    return {};
+  }
+  check(arguments, inputs);
+  auto journal = std::make_unique<state::Journal>(*arguments.file);
+  check_begins(*journal, arguments, inputs);
+  if (journal->is_new()) {
+    load_running(datastore, inputs);
+    journal->begin(datastore, importer(inputs));
+    return {std::move(journal), true};
+  }
+  const auto left = journal->left_unconfirmed();
+  state::restore(journal->connection(), datastore,
+                 left.has_value() ? left->since : journal->newest());
+  return {std::move(journal), false};
+}
+
+void resume(netconf::Card& card, const ServedState& served, const StateArguments& arguments,
+            const InputOptions& inputs) {
+  card.journal = served.journal.get();
+  if (card.journal == nullptr) return;
+  netconf::resume_pending(card);
+  if (!arguments.imports || served.is_new) return;
+  if (card.pending.has_value()) {
+    throw UsageError("--import: a commit has to be confirmed or cancelled first");
+  }
+  state::Commit import;
+  import.kind = state::Kind::kImport;
+  import.author = importer(inputs);
+  replace_by_running(card.candidate, inputs);
+  import.changes = card.candidate.item_changes();
+  card.journal->record(import, std::nullopt, &card.datastore);
+  card.candidate.commit();
+}
+
+std::string where_state_is(const StateArguments& arguments) {
+  if (!arguments.file.has_value()) return "The configuration is in memory only (see --state).\n";
+  return "The configuration and its history are kept in " + *arguments.file + ".\n";
+}
+
+}  // namespace gponval
