@@ -25,6 +25,9 @@ struct Run {
 
 constexpr const char* kOk = "<ok/>";
 
+/// Our own operation, which only a card with a history has.
+constexpr std::string_view kRollback = "rollback";
+
 [[noreturn]] void refuse(RpcError error);
 
 /// The parameter of that name, or null.

@@ -11,6 +11,7 @@
 #include "netconf/monitoring.h"
 #include "netconf/parameters.h"
 #include "netconf/reading.h"
+#include "netconf/rolling_back.h"
 #include "netconf/warnings.h"
 #include "netconf/with_defaults.h"
 #include "netconf/xml_text.h"
@@ -80,6 +81,10 @@ const std::vector<Operation>& operations() {
         kLabel,
         kComment},
        &commit},
+      {kRollback,
+       {{"to", Content::kWord, kWarningsNamespace}, kWarnings, kLabel, kComment},
+       &roll_back,
+       kWarningsNamespace},
       {"cancel-commit", {{"persist-id"}}, &cancel_commit},
       {"discard-changes", {}, &discard_changes},
       {"close-session", {}, &close_session},
@@ -95,6 +100,7 @@ const std::vector<Operation>& operations() {
 }
 
 bool is_offered(const Card& card, const Operation& operation) {
+  if (operation.name == kRollback) return card.journal != nullptr;
   return card.modules != nullptr || operation.name_space != kMonitoringNamespace;
 }
 

@@ -27,6 +27,7 @@ void record_commit(const Run& run, const CommitReport& report,
   Card& card = run.card;
   if (card.journal == nullptr) return;
   state::Commit commit;
+  if (run.operation.name == kRollback) commit.kind = state::Kind::kRollback;
   commit.author = {card.sessions.at(run.caller.id).user, run.caller.id, text_in(run, "label"),
                    text_in(run, "comment")};
   commit.changes = card.candidate.item_changes();
