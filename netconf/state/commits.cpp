@@ -51,20 +51,20 @@ std::optional<std::string> item_in(const json& value) {
 
 // [["PATH", BEFORE, AFTER], ...], null for what is not there.
 std::string text_of(const std::vector<ItemChange>& changes) {
-  json list = json::array();
+  json array = json::array();
   for (const ItemChange& change : changes) {
-    list.push_back({change.path, json_of(change.before), json_of(change.after)});
+    array.push_back({change.path, json_of(change.before), json_of(change.after)});
   }
-  return text_of(list);
+  return text_of(array);
 }
 
 // [["REQUEST", "PATH", "RESULT", "TEXT"], ...]
 std::string text_of(const std::vector<Answer>& answers) {
-  json list = json::array();
+  json array = json::array();
   for (const Answer& answer : answers) {
-    list.push_back({answer.request, answer.path, to_string(answer.result), answer.text});
+    array.push_back({answer.request, answer.path, to_string(answer.result), answer.text});
   }
-  return text_of(list);
+  return text_of(array);
 }
 
 Verdict verdict_named(const std::string& name) {

@@ -25,11 +25,11 @@ bool is_same(const PathStep& left, const PathStep& right) {
 // Writes elements inside one another, and opens and closes what is between one item and the next.
 class Writer {
  public:
-  explicit Writer(const store::Schema& schema) : schema_(schema) {
-    text_ = "<" + schema.root().name + " xmlns=\"" + std::string(schema.namespace_uri()) +
-            "\" xmlns:nc=\"" + std::string(kBaseNamespace) + "\">";
-    open_.push_back({&schema.root(), {}, false});
-  }
+  explicit Writer(const store::Schema& schema)
+      : schema_(schema),
+        text_("<" + schema.root().name + " xmlns=\"" + std::string(schema.namespace_uri()) +
+              "\" xmlns:nc=\"" + std::string(kBaseNamespace) + "\">"),
+        open_{{&schema.root(), {}, false}} {}
 
   void take(const ItemChange& change) {
     is_empty_ = false;

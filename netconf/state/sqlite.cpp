@@ -47,11 +47,11 @@ Connection::Connection(const std::filesystem::path& file, Access access)
     : name_(file.string()), handle_(nullptr, &sqlite3_close) {
   const int flags =
       access == Access::kRead ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-  sqlite3* handle = nullptr;
-  const int result = sqlite3_open_v2(name_.c_str(), &handle, flags, nullptr);
-  handle_.reset(handle);
+  sqlite3* opened = nullptr;
+  const int result = sqlite3_open_v2(name_.c_str(), &opened, flags, nullptr);
+  handle_.reset(opened);
   if (result != SQLITE_OK) fail();
-  sqlite3_busy_timeout(handle, kPatience);
+  sqlite3_busy_timeout(opened, kPatience);
   run("PRAGMA foreign_keys = ON");
 }
 
@@ -66,6 +66,8 @@ void Connection::fail() const {
       is_without_room(code, error_number) ? Failure::Cause::kNoRoom : Failure::Cause::kOther);
 }
 
+// It changes the database.
+// NOLINTNEXTLINE(readability-make-member-function-const)
 void Connection::run(const std::string& statements) {
   errno = 0;
   if (sqlite3_exec(handle(), statements.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail();

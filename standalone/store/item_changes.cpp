@@ -36,7 +36,7 @@ class Walk {
   void take(const EditRecord& record) {
     const lyd_node* node = record.after != nullptr ? record.after : record.before;
     if (node == nullptr) return;  // created and deleted again
-    if (!record.tracked()) return take(record.before, record.after);
+    if (!record.tracked()) return take(node, record.before, record.after);
     const std::size_t around = enter(node);
     for (const auto& child : record.children) take(*child);
     path_.resize(around);
@@ -45,9 +45,8 @@ class Walk {
   std::vector<ItemChange> result() { return std::move(changes_); }
 
  private:
-  // Two instances of one node, or one of them and null.
-  void take(const lyd_node* before, const lyd_node* after) {
-    const lyd_node* node = after != nullptr ? after : before;
+  // Two instances of one node, or one of them and null. The node is one that is not null.
+  void take(const lyd_node* node, const lyd_node* before, const lyd_node* after) {
     const std::size_t around = enter(node);
     auto old_item = before != nullptr ? item_of(before) : std::nullopt;
     auto new_item = after != nullptr ? item_of(after) : std::nullopt;
@@ -59,12 +58,12 @@ class Walk {
   void take_content(const lyd_node* before, const lyd_node* after) {
     const lyd_node* old_child = before != nullptr ? lyd_child_no_keys(before) : nullptr;
     for (; old_child != nullptr; old_child = old_child->next) {
-      take(old_child, after != nullptr ? counterpart(after, old_child) : nullptr);
+      take(old_child, old_child, after != nullptr ? counterpart(after, old_child) : nullptr);
     }
     const lyd_node* new_child = after != nullptr ? lyd_child_no_keys(after) : nullptr;
     for (; new_child != nullptr; new_child = new_child->next) {
       if (before != nullptr && counterpart(before, new_child) != nullptr) continue;
-      take(nullptr, new_child);
+      take(new_child, nullptr, new_child);
     }
   }
 

@@ -181,7 +181,7 @@ TEST_F(StateTest, OnlyOneProcessServesAState) {
 }
 
 TEST_F(StateTest, AStateThatWasNotBegunIsNew) {
-  { const Journal journal(file_.name()); }
+  EXPECT_TRUE(Journal(file_.name()).is_new());
   EXPECT_THROW(open_to_read(file_.name()), Failure);
   EXPECT_TRUE(Journal(file_.name()).is_new());
   make(0);

@@ -33,7 +33,7 @@ ServedState open_state(const StateArguments& arguments, const InputOptions& inpu
                        tarnd::store::Datastore& datastore);
 
 /// What follows once the card is there: a confirmed commit that waits, and the import.
-void resume(tarnd::netconf::Card& card, const ServedState& state, const StateArguments& arguments,
+void resume(tarnd::netconf::Card& card, const ServedState& served, const StateArguments& arguments,
             const InputOptions& inputs);
 
 /// A line for the user.
