@@ -58,7 +58,7 @@ struct CommitLine {
 /// Stores a commit under the next number, which is returned. `size` is increased by the bytes of
 /// its changes.
 Number append(Connection& connection, const Commit& commit, std::size_t& size);
-/// The number of the newest commit, and of the oldest one that is kept; 0 if there is none.
+/// The numbers of the newest commit and of the oldest one; 0 for a state without commits.
 Number newest(Connection& connection);
 Number oldest(Connection& connection);
 /// The bytes that the changes of the commits after this one have.

@@ -9,7 +9,7 @@
 namespace tarnd::netconf::state {
 namespace {
 
-// In the header of the file, so that other programs' databases are told from ours.
+// In the header of the file. Other programs' databases have another number there.
 constexpr int kApplication = 0x67706f6e;  // "gpon"
 
 // 1. Commits are numbered without gaps. `changes` and `answers` are JSON, in the form that record.h

@@ -16,7 +16,7 @@ void apply_changes(store::Transaction& transaction, std::span<const store::ItemC
 
 /// Keeps the configuration as it is after a commit. Of the snapshots before, only the oldest stays.
 void keep_snapshot(Connection& connection, Number number, const std::string& configuration);
-/// The number of the newest snapshot; 0 if there is none.
+/// The number of the newest snapshot, or 0 if the state has no snapshot.
 Number newest_snapshot(Connection& connection);
 
 /// Makes the datastore, which no transaction has open, the configuration after a commit, from the

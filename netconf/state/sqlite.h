@@ -47,7 +47,7 @@ class Statement {
   Statement& bind(int parameter, std::string_view text);
   Statement& bind(int parameter, const std::optional<std::string>& text);
 
-  /// Runs up to the next row. Returns false if there is none.
+  /// Runs up to the next row. Returns false after the last one.
   bool step();
   /// Runs a statement that returns no rows.
   void run();

@@ -10,8 +10,9 @@ struct EditRecord;
 
 /// One item of a configuration that comes, goes or has another value: a leaf that was set, an entry
 /// of a list, a container with presence, or a value of a leaf-list. Its texts are empty for what
-/// has no value, or has it in the path. A leaf that nobody set is not there, even if it has a
-/// default: so these changes are exact where a Change, which compares values, is not.
+/// has no value, or has it in the path. A leaf that nobody set does not exist, even if it has a
+/// default. So these changes contain a leaf that is set to its default; a Change, which compares
+/// values, does not.
 struct ItemChange {
   std::string path;
   std::optional<std::string> before;  ///< none: it was not there

@@ -13,7 +13,7 @@
 #include "netconf/session.h"
 #include "tests/support/model.h"
 
-// Sessions of one card, without a socket. The plug-in here answers what the test tells it.
+// Sessions of one card, without a socket. The plug-in returns the results that a test sets.
 namespace tarnd::netconf {
 
 inline std::map<std::string, int> results;  // by request

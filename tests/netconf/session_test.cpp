@@ -1,5 +1,5 @@
-// The protocol of one session and of several at one card, without a socket. The plug-in here
-// answers what the test tells it.
+// The protocol of one session and of several at one card, without a socket. The plug-in returns
+// the results that a test sets.
 
 #include "netconf/session.h"
 
