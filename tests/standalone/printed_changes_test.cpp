@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "standalone/report/changes.h"
 #include "standalone/store/transaction.h"
 #include "tests/support/model.h"
 #include "tests/support/own_model.h"
 #include "tests/support/random_content.h"
-#include "tools/gponval/changes.h"
 
 namespace tarnd::store {
 namespace {
@@ -89,13 +89,13 @@ class EditsOfText : public EditsOfPrintedChanges {
 
 std::string in_json(const Transaction& transaction) {
   std::ostringstream out;
-  gponval::print_changes_json(out, transaction.changes());
+  report::print_changes_json(out, transaction.changes());
   return out.str();
 }
 
 std::string in_text(const Transaction& transaction) {
   std::ostringstream out;
-  gponval::print_changes_text(out, transaction.changes());
+  report::print_changes_text(out, transaction.changes(), false);
   return out.str();
 }
 

@@ -6,14 +6,14 @@
 #include <utility>
 
 #include "standalone/nearest_name.h"
-#include "tools/gponval/answer_source.h"
-#include "tools/gponval/changes.h"
+#include "standalone/report/changes.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/confirm.h"
 #include "tools/gponval/host.h"
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
 #include "tools/gponval/save_file.h"
+#include "tools/gponval/terminal.h"
 #include "tools/gponval/usage_error.h"
 
 namespace gponval {
@@ -74,10 +74,10 @@ std::string print_changes(std::ostream& out, const tarnd::store::Transaction& tr
   const tarnd::store::Change* changes = transaction.changes();
   if (options.format == "json") {
     std::ostringstream list;
-    print_changes_json(list, changes);
+    tarnd::report::print_changes_json(list, changes);
     return list.str();
   }
-  print_changes_text(out, changes);
+  tarnd::report::print_changes_text(out, changes, has_colours(out));
   if (changes != nullptr) out << std::endl;
   return {};
 }
@@ -98,7 +98,7 @@ ExitStatus commit(const CommitArguments& arguments) {
     load_running(host.datastore(), arguments.inputs);
   }
   tarnd::store::Transaction transaction(host.datastore());
-  const std::vector<AppliedEdit> edits = apply_changes(transaction, arguments.inputs);
+  const auto edits = apply_changes(transaction, arguments.inputs);
   std::ostream& out = to_output ? std::cerr : std::cout;
   ReportKind kind{"Commit", false, transaction.changes() == nullptr, {}, {}};
   if (arguments.changes) kind.changes_json = print_changes(out, transaction, arguments.run);
@@ -111,7 +111,7 @@ ExitStatus commit(const CommitArguments& arguments) {
   }
   kind.sources.resize(report.answers.size());
   if (report.result != tarnd::CommitResult::kAccepted) {
-    kind.sources = sources_of(transaction, edits, report.answers);
+    kind.sources = tarnd::report::sources_of(transaction, edits, report.answers);
   }
   print_report(out, report, kind, arguments.run);
   return exit_status(report.result);

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <string>
 
-#include "tools/gponval/output.h"
+#include "standalone/report/verdict_text.h"
 
 namespace gponval {
 namespace {
@@ -18,7 +18,8 @@ bool at_terminal() {
 
 // The question goes to standard error, so that standard output has the report alone.
 bool ask(const std::vector<tarnd::Answer>& warnings) {
-  for (const tarnd::Answer& warning : warnings) print_answer(std::cerr, warning, false);
+  for (const tarnd::Answer& warning : warnings)
+    tarnd::report::print_answer(std::cerr, warning, false);
   std::cerr << kQuestion << std::flush;
   std::string reply;
   if (!std::getline(std::cin, reply)) {

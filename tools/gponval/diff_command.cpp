@@ -1,11 +1,12 @@
 #include <iostream>
 #include <memory>
 
-#include "tools/gponval/changes.h"
+#include "standalone/report/changes.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
 #include "tools/gponval/plugin_location.h"
+#include "tools/gponval/terminal.h"
 #include "tools/gponval/usage_error.h"
 
 namespace gponval {
@@ -44,10 +45,10 @@ ExitStatus diff(const DiffArguments& arguments) {
   apply_changes(transaction, arguments.inputs);
   if (arguments.run.format == "json") {
     std::cout << "{\n  \"changes\": ";
-    print_changes_json(std::cout, transaction.changes());
+    tarnd::report::print_changes_json(std::cout, transaction.changes());
     std::cout << "\n}\n";
   } else {
-    print_changes_text(std::cout, transaction.changes());
+    tarnd::report::print_changes_text(std::cout, transaction.changes(), has_colours(std::cout));
   }
   finish_output();
   return transaction.changes() == nullptr ? ExitStatus::kAlike : ExitStatus::kDifferent;

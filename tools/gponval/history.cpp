@@ -12,11 +12,13 @@
 
 #include "netconf/state/database.h"
 #include "netconf/state/snapshots.h"
-#include "tools/gponval/changes.h"
+#include "standalone/report/changes.h"
+#include "standalone/report/verdict_text.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/error_line.h"
 #include "tools/gponval/output.h"
 #include "tools/gponval/plugin_location.h"
+#include "tools/gponval/terminal.h"
 
 namespace gponval {
 namespace {
@@ -125,9 +127,9 @@ void print_head(const state::Commit& commit) {
 
 void print_commit_text(const state::Commit& commit, const store::Change* changes) {
   print_head(commit);
-  print_changes_text(std::cout, changes);
+  tarnd::report::print_changes_text(std::cout, changes, has_colours(std::cout));
   for (const tarnd::Answer& answer : commit.answers) {
-    if (answer.result != tarnd::Verdict::kOk) print_answer(std::cout, answer, false);
+    if (answer.result != tarnd::Verdict::kOk) tarnd::report::print_answer(std::cout, answer, false);
   }
   for (const std::string& notice : commit.notices) {
     std::cout << "Notice: " << printable(notice) << '\n';
@@ -148,7 +150,7 @@ void print_commit_json(const state::Commit& commit, const store::Change* changes
   std::string text = dumped(object);
   text.resize(text.rfind("\n}"));
   std::cout << text << ",\n  \"changes\": ";
-  print_changes_json(std::cout, changes);
+  tarnd::report::print_changes_json(std::cout, changes);
   std::cout << "\n}\n";
 }
 

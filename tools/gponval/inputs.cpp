@@ -18,6 +18,7 @@ namespace gponval {
 namespace {
 
 namespace store = tarnd::store;
+using tarnd::report::AppliedEdit;
 
 constexpr std::string_view kStandardInput = "-";
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "standalone/card/card_file.h"
+#include "standalone/report/answer_source.h"
 #include "standalone/store/transaction.h"
 #include "tools/gponval/options.h"
 
@@ -32,18 +33,10 @@ std::string load_and_keep_running(tarnd::store::Datastore& datastore, const Inpu
 /// Makes the running configuration the prepared content of a transaction. Throws UsageError.
 void replace_by_running(tarnd::store::Transaction& transaction, const InputOptions& inputs);
 
-/// An edit of the command line that was applied, with its text.
-struct AppliedEdit {
-  std::string file;  ///< as the command line names it; empty for an edit by path
-  std::optional<tarnd::store::Operation> by_path;
-  std::string text;
-  tarnd::store::Format format = tarnd::store::Format::kXml;  ///< of a file
-};
-
 /// Applies the changes or the candidate, prepares the transaction, and returns what was applied.
 /// Throws UsageError, or tarnd::InputError if the result of several changes is invalid.
-std::vector<AppliedEdit> apply_changes(tarnd::store::Transaction& transaction,
-                                       const InputOptions& inputs);
+std::vector<tarnd::report::AppliedEdit> apply_changes(tarnd::store::Transaction& transaction,
+                                                      const InputOptions& inputs);
 
 /// A file of the command line as messages name it.
 std::string_view name_in_message(std::string_view file);

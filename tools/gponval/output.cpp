@@ -1,13 +1,13 @@
 #include "tools/gponval/output.h"
 
-#include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <iomanip>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "standalone/platform_calls.h"
+#include "standalone/report/verdict_text.h"
+#include "tools/gponval/inputs.h"
 #include "tools/gponval/terminal.h"
 #include "tools/gponval/usage_error.h"
 
@@ -16,66 +16,13 @@ namespace {
 
 using tarnd::Answer;
 using tarnd::CommitReport;
-using tarnd::CommitResult;
-using tarnd::Verdict;
-
-constexpr std::string_view kNoText = "validation failed";
-constexpr std::string_view kNothingChanged = "Nothing to commit.";
+using tarnd::report::Source;
+using Sources = std::vector<std::optional<Source>>;
 
 constexpr int kJsonIndent = 2;
 constexpr std::string_view kEndOfObject = "\n}";
 constexpr double kUsecsPerMsec = 1000;
 constexpr int kCallNameWidth = 58;
-
-void print_coloured(std::ostream& out, std::string_view text, std::string_view colour,
-                    bool colours) {
-  if (colours) out << colour;
-  out << text;
-  if (colours) out << kPlain;
-}
-
-std::string_view colour_of(Verdict verdict) {
-  switch (verdict) {
-    case Verdict::kOk:
-      return kGreen;
-    case Verdict::kError:
-      return kRed;
-    case Verdict::kWarning:
-      return kYellow;
-  }
-  return kPlain;
-}
-
-std::string_view colour_of(CommitResult result) {
-  switch (result) {
-    case CommitResult::kAccepted:
-      return kGreen;
-    case CommitResult::kRejected:
-      return kRed;
-    case CommitResult::kUnconfirmed:
-      return kYellow;
-  }
-  return kPlain;
-}
-
-std::string_view sentence_of(CommitResult result) {
-  switch (result) {
-    case CommitResult::kAccepted:
-      return " accepted.";
-    case CommitResult::kRejected:
-      return " rejected.";
-    case CommitResult::kUnconfirmed:
-      return " not confirmed.";
-  }
-  return "";
-}
-
-// A validator's text is printed on lines of its own, since it may have several lines and end with a
-// line end.
-void print_lines(std::ostream& out, std::string_view text) {
-  out << text;
-  if (text.empty() || text.back() != '\n') out << '\n';
-}
 
 template <typename Take>
 void for_each_call_made(Take take) {
@@ -86,26 +33,18 @@ void for_each_call_made(Take take) {
   }
 }
 
+Sources named_in_messages(Sources sources) {
+  for (auto& source : sources) {
+    if (source.has_value()) source->file = name_in_message(source->file);
+  }
+  return sources;
+}
+
 void print_text(std::ostream& out, const CommitReport& report, const ReportKind& kind,
                 const RunOptions& options) {
-  const bool colours = has_colours(out);
-  const std::string verdict = std::string(kind.title) + std::string(sentence_of(report.result));
-  print_coloured(out, kind.nothing_changed ? kNothingChanged : verdict, colour_of(report.result),
-                 colours);
-  out << '\n';
-  for (std::size_t i = 0; i < report.answers.size(); ++i) {
-    const Answer& answer = report.answers[i];
-    if (answer.result == Verdict::kOk && !kind.with_ok_answers) continue;
-    out << '\n';
-    print_answer(out, answer, colours);
-    if (const auto& source = kind.sources[i]; source.has_value()) {
-      out << "at " << name_in_message(source->file) << ':' << source->line << '\n';
-    }
-  }
-  for (const std::string& message : report.messages) {
-    out << "\nMessage to the user\n";
-    print_lines(out, message);
-  }
+  tarnd::report::print_verdict(
+      out, report, named_in_messages(kind.sources),
+      {kind.title, kind.with_ok_answers, kind.nothing_changed, has_colours(out)});
   if (!options.stats) return;
   out << "\nPlatform calls\n";
   for_each_call_made([&out](std::string_view name, std::uint64_t count) {
@@ -154,16 +93,6 @@ void print_json(std::ostream& out, const CommitReport& report, const ReportKind&
 }
 
 }  // namespace
-
-void print_answer(std::ostream& out, const Answer& answer, bool colours) {
-  print_coloured(out, tarnd::to_string(answer.result), colour_of(answer.result), colours);
-  out << ' ' << answer.path << " (" << answer.request << ")\n";
-  if (!answer.text.empty()) {
-    print_lines(out, answer.text);
-  } else if (answer.result != Verdict::kOk) {
-    print_lines(out, kNoText);
-  }
-}
 
 void print_report(std::ostream& out, const CommitReport& report, const ReportKind& kind,
                   const RunOptions& options) {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "standalone/daemon/daemon.h"
-#include "tools/gponval/answer_source.h"
+#include "standalone/report/answer_source.h"
 #include "tools/gponval/options.h"
 
 namespace gponval {
@@ -18,7 +18,7 @@ struct ReportKind {
   bool with_ok_answers = false;  ///< also list the answers that accept
   bool nothing_changed = false;  ///< print this instead of "Commit accepted."
   std::string changes_json;      ///< a list for the JSON format; empty if not asked for
-  std::vector<std::optional<Source>> sources;  ///< one for each answer
+  std::vector<std::optional<tarnd::report::Source>> sources;  ///< one for each answer
 };
 
 /// Prints a commit's or request's report in the selected format, to standard output or, if that has
@@ -26,10 +26,6 @@ struct ReportKind {
 /// written.
 void print_report(std::ostream& out, const tarnd::CommitReport& report, const ReportKind& kind,
                   const RunOptions& options);
-
-/// Prints one answer: its verdict, path and request in a line, then its text as the validator set
-/// it.
-void print_answer(std::ostream& out, const tarnd::Answer& answer, bool colours);
 
 /// Flushes standard output. Throws UsageError if not everything could be written.
 void finish_output();

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "standalone/nearest_name.h"
-#include "tools/gponval/answer_source.h"
+#include "standalone/report/answer_source.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/confirm.h"
 #include "tools/gponval/error_line.h"
@@ -54,12 +54,12 @@ ExitStatus request(const RequestArguments& arguments) {
   Host host(arguments.run, read_card(arguments.inputs));
   load_running(host.datastore(), arguments.inputs);
   tarnd::store::Transaction transaction(host.datastore());
-  const std::vector<AppliedEdit> edits = apply_changes(transaction, arguments.inputs);
+  const auto edits = apply_changes(transaction, arguments.inputs);
   tarnd::CommitOptions options;
   options.confirm = confirmation(arguments.run);
   const tarnd::CommitReport report = host.daemon().request(
       transaction, arguments.name, arguments.keypath, arguments.value, options);
-  const auto sources = sources_of(transaction, edits, report.answers);
+  const auto sources = tarnd::report::sources_of(transaction, edits, report.answers);
   print_report(std::cout, report, {"Request", true, false, {}, sources}, arguments.run);
   warn_of_unknown_name(arguments.name, host.daemon().points());
   return exit_status(report.result);

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 namespace gponval {
 

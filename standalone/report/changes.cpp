@@ -1,11 +1,10 @@
-#include "tools/gponval/changes.h"
+#include "standalone/report/changes.h"
 
 #include "standalone/store/path.h"
 
-namespace gponval {
+namespace tarnd::report {
 namespace {
 
-namespace store = tarnd::store;
 using store::Change;
 using store::NodeKind;
 
@@ -117,4 +116,4 @@ bool has_value(const lyd_node* node) {
   return schema.kind == NodeKind::kLeaf && schema.value != store::ValueKind::kEmpty;
 }
 
-}  // namespace gponval
+}  // namespace tarnd::report

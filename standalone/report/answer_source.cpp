@@ -1,4 +1,4 @@
-#include "tools/gponval/answer_source.h"
+#include "standalone/report/answer_source.h"
 
 #include <algorithm>
 #include <iterator>
@@ -10,10 +10,8 @@
 #include "standalone/store/keypath_edit.h"
 #include "standalone/store/path.h"
 
-namespace gponval {
+namespace tarnd::report {
 namespace {
-
-namespace store = tarnd::store;
 
 struct ReadEdit {
   std::string file;
@@ -98,11 +96,11 @@ std::optional<store::Path> node_to_find(const store::Transaction& transaction,
 
 // The nodes whose places are looked for; none for an answer without a place.
 std::vector<std::optional<store::Path>> nodes_to_find(const store::Transaction& transaction,
-                                                      const std::vector<tarnd::Answer>& answers) {
+                                                      const std::vector<Answer>& answers) {
   std::vector<std::optional<store::Path>> nodes;
-  for (const tarnd::Answer& answer : answers) {
+  for (const Answer& answer : answers) {
     nodes.emplace_back();
-    if (answer.result == tarnd::Verdict::kOk) continue;
+    if (answer.result == Verdict::kOk) continue;
     nodes.back() = node_to_find(transaction, answer.path);
   }
   return nodes;
@@ -112,7 +110,7 @@ std::vector<std::optional<store::Path>> nodes_to_find(const store::Transaction& 
 
 std::vector<std::optional<Source>> sources_of(const store::Transaction& transaction,
                                               const std::vector<AppliedEdit>& edits,
-                                              const std::vector<tarnd::Answer>& answers) {
+                                              const std::vector<Answer>& answers) {
   std::vector<std::optional<Source>> sources(answers.size());
   const auto nodes = nodes_to_find(transaction, answers);
   const auto is_wanted = [](const auto& node) { return node.has_value(); };
@@ -122,10 +120,10 @@ std::vector<std::optional<Source>> sources_of(const store::Transaction& transact
     for (std::size_t i = 0; i < answers.size(); ++i) {
       if (nodes[i].has_value()) sources[i] = source_of(read, *nodes[i]);
     }
-  } catch (const tarnd::InputError&) {
+  } catch (const InputError&) {
     // A candidate inside NETCONF's <data> is no edit.
   }
   return sources;
 }
 
-}  // namespace gponval
+}  // namespace tarnd::report

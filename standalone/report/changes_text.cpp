@@ -1,19 +1,19 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "tools/gponval/changes.h"
-#include "tools/gponval/terminal.h"
+#include "standalone/report/changes.h"
+#include "standalone/report/colours.h"
 
-namespace gponval {
+namespace tarnd::report {
 namespace {
 
-using tarnd::store::Change;
+using store::Change;
 
 constexpr std::string_view kContentIndent = "    ";
 
 // A text that would be hard to read between others is in quotes, as JSON writes it.
 std::string shown_value(const lyd_node* leaf) {
-  std::string value(tarnd::store::value_text(leaf));
+  std::string value(store::value_text(leaf));
   const bool is_plain = !value.empty() && std::all_of(value.begin(), value.end(), [](char c) {
     const auto byte = static_cast<unsigned char>(c);
     return byte > ' ' && c != '"' && c != '\\' && byte != 0x7f;
@@ -25,7 +25,7 @@ std::string shown_value(const lyd_node* leaf) {
 
 class TextPrinter : public ChangeTaker, private ContentTaker {
  public:
-  explicit TextPrinter(std::ostream& out) : out_(out), colours_(has_colours(out)) {}
+  TextPrinter(std::ostream& out, bool colours) : out_(out), colours_(colours) {}
 
   void created(const std::string& path, const lyd_node* node) override {
     whole('+', kGreen, path, node);
@@ -78,9 +78,9 @@ class TextPrinter : public ChangeTaker, private ContentTaker {
 
 }  // namespace
 
-void print_changes_text(std::ostream& out, const Change* changes) {
-  TextPrinter printer(out);
+void print_changes_text(std::ostream& out, const Change* changes, bool colours) {
+  TextPrinter printer(out, colours);
   take_changes(changes, printer);
 }
 
-}  // namespace gponval
+}  // namespace tarnd::report

@@ -1,11 +1,11 @@
 #include <nlohmann/json.hpp>
 
-#include "tools/gponval/changes.h"
+#include "standalone/report/changes.h"
 
-namespace gponval {
+namespace tarnd::report {
 namespace {
 
-using tarnd::store::Change;
+using store::Change;
 
 constexpr std::string_view kNone = "null";
 
@@ -14,7 +14,7 @@ std::string quoted(std::string_view text) {
 }
 
 std::string value_of(const lyd_node* node) {
-  return has_value(node) ? quoted(tarnd::store::value_text(node)) : std::string(kNone);
+  return has_value(node) ? quoted(store::value_text(node)) : std::string(kNone);
 }
 
 // Writes each change as it comes, since a commit may have very many.
@@ -78,4 +78,4 @@ void print_changes_json(std::ostream& out, const Change* changes) {
   printer.finish();
 }
 
-}  // namespace gponval
+}  // namespace tarnd::report

@@ -6,7 +6,7 @@
 
 #include "standalone/store/transaction.h"
 
-namespace gponval {
+namespace tarnd::report {
 
 /// Takes what a transaction changes, node by node in the order of the model. A node is a leaf, an
 /// entry, a presence container or a value of a leaf-list; the path is that of the node.
@@ -24,7 +24,7 @@ class ChangeTaker {
 };
 
 /// Hands on all that a prepared transaction changes; null changes nothing.
-void take_changes(const tarnd::store::Change* changes, ChangeTaker& taker);
+void take_changes(const store::Change* changes, ChangeTaker& taker);
 
 /// Takes what is inside a node: a leaf or a value of a leaf-list that was given, an entry or a
 /// presence container that holds nothing given. The path is relative to the node.
@@ -44,11 +44,12 @@ void take_content(const lyd_node* node, ContentTaker& taker);
 bool has_value(const lyd_node* node);
 
 /// "+ /config/service-port{16}" and the content in lines below, "- ..." and "~ PATH: OLD -> NEW".
-void print_changes_text(std::ostream& out, const tarnd::store::Change* changes);
+/// Colours are those of a terminal.
+void print_changes_text(std::ostream& out, const store::Change* changes, bool colours);
 
 /// A list of objects with the members path, op ("create", "delete", "change"), old and new. Of a
 /// leaf the latter are its values as texts, of an entry or a presence container an object with its
 /// content; null stands for none. The indentation is that of a member of the outermost object.
-void print_changes_json(std::ostream& out, const tarnd::store::Change* changes);
+void print_changes_json(std::ostream& out, const store::Change* changes);
 
-}  // namespace gponval
+}  // namespace tarnd::report
