@@ -34,7 +34,7 @@ void record_commit(const Run& run, const CommitReport& report,
   commit.answers = report.answers;
   commit.notices = report.messages;
   try {
-    card.journal->record(commit, unconfirmed(pending), &card.datastore);
+    card.journal->record(commit, unconfirmed(pending));
   } catch (const state::Failure& failure) {
     card.log(LogLevel::kError, session_name(run) + ": commit not stored: " + failure.what());
     refuse(rpc_error(failure));
@@ -47,7 +47,20 @@ void record_return(Card& card, const std::string& why) {
   commit.kind = state::Kind::kReturn;
   commit.author.comment = why;
   commit.changes = card.candidate.changes_to_go_back();
-  card.journal->record(commit, std::nullopt, nullptr);
+  card.journal->record(commit, std::nullopt);
+}
+
+void sync_commits(Card& card) {
+  if (card.journal != nullptr) card.journal->sync();
+}
+
+void tend_commits(Card& card) {
+  if (card.journal == nullptr) return;
+  try {
+    card.journal->tend(card.candidate);
+  } catch (const state::Failure& failure) {
+    card.log(LogLevel::kWarning, std::string(failure.what()) + "; the commits are stored");
+  }
 }
 
 RpcError rpc_error(const state::Failure& failure) {

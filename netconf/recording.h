@@ -9,14 +9,20 @@
 
 namespace tarnd::netconf {
 
-/// Stores the commit of the prepared candidate, which was accepted and is not done yet, and what
-/// waits to be confirmed after it. Refuses the operation if it cannot be stored. Does nothing if
+/// Writes down the commit of the prepared candidate, which was accepted and is not done yet, and
+/// what waits to be confirmed after it. Refuses the operation if that fails. Does nothing if
 /// everything is in memory.
 void record_commit(const Run& run, const CommitReport& report,
                    const std::optional<PendingCommit>& pending);
 
-/// Stores that the pending commit is taken back, before it is. Throws state::Failure.
+/// Writes down that the pending commit is taken back, before it is. Throws state::Failure.
 void record_return(Card& card, const std::string& why);
+
+/// Waits until the disk has what was stored, before any client is told of it. Throws
+/// state::Failure, after which the server must end.
+void sync_commits(Card& card);
+/// Does what the stored commits need and no client waits for. Logs what fails.
+void tend_commits(Card& card);
 
 RpcError rpc_error(const state::Failure& failure);
 

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "netconf/confirmed_commit.h"
+#include "netconf/recording.h"
 
 namespace tarnd::netconf {
 namespace {
@@ -90,7 +91,11 @@ void Server::run(const std::vector<Watch>& watches) {
     end_late_commit(card_, Clock::now());
     for (Connection& connection : connections_) serve(connection, (next++)->revents);
     finish_replies();
+    // Commits of several clients share the time that the disk takes.
+    sync_commits(card_);
+    for (Connection& connection : connections_) send(connection);
     drop_ended();
+    tend_commits(card_);
     if (polled[0].revents != 0) accept_one();
   }
 }
@@ -149,7 +154,6 @@ void Server::serve(Connection& connection, short events) {
     connection.is_ending = true;
     connection.deadline = Clock::now() + kTimeToTakeReplies;
   }
-  send(connection);
 }
 
 void Server::receive(Connection& connection) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string>
@@ -14,6 +15,15 @@ namespace tarnd::netconf::state {
 namespace {
 
 constexpr mode_t kOwnersOnly = 0600;
+
+// As many as SQLite has by itself.
+constexpr int kMostLogPages = 1000;
+
+// With a hook of one's own SQLite leaves the log alone.
+int note_pages(void* pages, sqlite3* /*handle*/, const char* /*name*/, int now) {
+  *static_cast<int*>(pages) = now;
+  return SQLITE_OK;
+}
 
 [[noreturn]] void fail(const std::filesystem::path& file, const std::string& why) {
   throw Failure("state '" + file.string() + "': " + why);
@@ -33,12 +43,22 @@ OwnedDatabase::OwnedDatabase(const std::filesystem::path& file)
     : lock_(locked(file)), connection_(file, Access::kWrite) {
   is_new_ = state::is_new(connection_);
   if (!is_new_) check_version(connection_);
-  // A commit appends to a log and syncs it once.
-  connection_.run("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
+  // A commit appends to a log. The owner syncs the log, once for several commits, and empties it
+  // when nobody waits for an answer.
+  connection_.run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
+  sqlite3_wal_hook(connection_.handle(), &note_pages, &log_pages_);
   if (is_new_) return;
   Writing writing(connection_);
   migrate(connection_);
   writing.commit();
+}
+
+void OwnedDatabase::empty_log() {
+  log_pages_left_ = std::min(log_pages_left_, log_pages_);
+  if (log_pages_ - log_pages_left_ < kMostLogPages) return;
+  // A reader may need all of it still.
+  log_pages_left_ = log_pages_;
+  connection_.empty_log();
 }
 
 Connection open_to_read(const std::filesystem::path& file) {

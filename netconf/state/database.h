@@ -12,8 +12,13 @@ namespace tarnd::netconf::state {
 class OwnedDatabase {
  public:
   explicit OwnedDatabase(const std::filesystem::path& file);
+  OwnedDatabase(const OwnedDatabase&) = delete;
+  OwnedDatabase& operator=(const OwnedDatabase&) = delete;
+  ~OwnedDatabase() = default;
 
   Connection& connection() { return connection_; }
+  /// Empties the log if it has grown enough since the last time.
+  void empty_log();
   /// Nothing was made in it yet.
   [[nodiscard]] bool is_new() const { return is_new_; }
 
@@ -21,6 +26,8 @@ class OwnedDatabase {
   Descriptor lock_;  // closed last: with it go the locks that SQLite has
   Connection connection_;
   bool is_new_ = false;
+  int log_pages_ = 0;
+  int log_pages_left_ = 0;  // after it was emptied the last time
 };
 
 /// The state for a process that only reads, while another one may write to it. Throws Failure.

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <utility>
 
+#include "netconf/state/failure.h"
 #include "netconf/state/schema_version.h"
 #include "netconf/state/snapshots.h"
 
@@ -25,13 +26,12 @@ std::string this_boot() {
 
 }  // namespace
 
-Journal::Journal(const std::filesystem::path& file) : database_(file) {
+Journal::Journal(const std::filesystem::path& file, Keep keep) : database_(file), keep_(keep) {
   if (database_.is_new()) return;
   newest_ = state::newest(connection());
   has_unconfirmed_ = connection().number("SELECT count(*) FROM pending") != 0;
-  snapshot_size_ = static_cast<std::size_t>(connection().number(
-      "SELECT length(configuration) FROM snapshots ORDER BY number DESC LIMIT 1"));
-  size_since_ = size_after(connection(), newest_snapshot(connection()));
+  snapshot_ = newest_snapshot(connection());
+  size_since_ = size_after(connection(), snapshot_.number);
 }
 
 void Journal::begin(const store::Datastore& datastore, const Author& author) {
@@ -42,11 +42,12 @@ void Journal::begin(const store::Datastore& datastore, const Author& author) {
   Writing writing(connection());
   migrate(connection());
   const Number number = append(connection(), first, size_since_);
-  keep_snapshot(connection(), number, configuration);
+  keep_snapshot(connection(), number, configuration, 1);
   writing.commit();
   newest_ = number;
-  snapshot_size_ = configuration.size();
+  snapshot_ = newest_snapshot(connection());
   size_since_ = 0;
+  sync();
 }
 
 std::optional<LeftUnconfirmed> Journal::left_unconfirmed() {
@@ -58,7 +59,7 @@ std::optional<LeftUnconfirmed> Journal::left_unconfirmed() {
                          select.text(3) == this_boot()};
 }
 
-void Journal::keep(const std::optional<Unconfirmed>& unconfirmed) {
+void Journal::keep_unconfirmed(const std::optional<Unconfirmed>& unconfirmed) {
   if (!unconfirmed.has_value()) {
     if (has_unconfirmed_) connection().run("DELETE FROM pending");
     return;
@@ -76,32 +77,65 @@ void Journal::keep(const std::optional<Unconfirmed>& unconfirmed) {
       .run();
 }
 
-bool Journal::is_snapshot_due(std::size_t size) const {
-  return size > std::max(kLeastOfChanges, snapshot_size_ / kPartOfSnapshot);
-}
-
-void Journal::record(const Commit& commit, const std::optional<Unconfirmed>& unconfirmed,
-                     const store::Datastore* after) {
+void Journal::record(const Commit& commit, const std::optional<Unconfirmed>& unconfirmed) {
   const bool is_there_anything =
       !commit.changes.empty() || unconfirmed.has_value() || has_unconfirmed_;
   if (!is_there_anything) return;
+  check_disk_is_known();
   Number number = newest_;
   std::size_t size = size_since_;
-  std::size_t snapshot_size = snapshot_size_;
   Writing writing(connection());
-  keep(unconfirmed);
+  keep_unconfirmed(unconfirmed);
   if (!commit.changes.empty()) number = append(connection(), commit, size);
-  if (after != nullptr && is_snapshot_due(size)) {
-    const std::string configuration = after->print(store::Format::kXml);
-    keep_snapshot(connection(), number, configuration);
-    snapshot_size = configuration.size();
-    size = 0;
-  }
   writing.commit();
   newest_ = number;
   has_unconfirmed_ = unconfirmed.has_value();
   size_since_ = size;
-  snapshot_size_ = snapshot_size;
+  is_synced_ = false;
+  is_tended_ = false;
+}
+
+void Journal::check_disk_is_known() {
+  if (!is_disk_unknown_) return;
+  throw Failure("state '" + connection().name() +
+                "': earlier commits may not be on the disk; the server has to be started again");
+}
+
+// The kernel may forget what it could not write, and report success the next time.
+void Journal::sync() {
+  if (is_synced_) return;
+  check_disk_is_known();
+  is_disk_unknown_ = true;
+  connection().sync_log();
+  is_disk_unknown_ = false;
+  is_synced_ = true;
+}
+
+void Journal::tend(const store::Transaction& candidate) {
+  if (is_tended_) return;
+  is_tended_ = true;
+  const std::time_t now = std::time(nullptr);
+  if (is_snapshot_due(now)) renew_snapshot(candidate, now);
+  database_.empty_log();
+}
+
+// History can only begin with a snapshot.
+bool Journal::is_snapshot_due(std::time_t now) const {
+  if (snapshot_.number == newest_) return false;
+  return size_since_ > std::max(kLeastOfChanges, snapshot_.size / kPartOfSnapshot) ||
+         may_begin_with(keep_, snapshot_.number, snapshot_.time, newest_, now);
+}
+
+void Journal::renew_snapshot(const store::Transaction& candidate, std::time_t now) {
+  const store::CommittedSight sight(candidate);
+  const std::string configuration = candidate.datastore().print(store::Format::kXml);
+  Writing writing(connection());
+  keep_snapshot(connection(), newest_, configuration, keep_.is_all() ? 1 : 2);
+  // What waits to be confirmed may go back to an old one.
+  if (!has_unconfirmed_) drop_old_commits(connection(), keep_, newest_, now);
+  writing.commit();
+  snapshot_ = newest_snapshot(connection());
+  size_since_ = 0;
 }
 
 }  // namespace tarnd::netconf::state

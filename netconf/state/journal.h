@@ -2,12 +2,14 @@
 
 #include <chrono>
 #include <cstddef>
+#include <ctime>
 #include <filesystem>
 #include <optional>
 #include <string>
 
 #include "netconf/state/commits.h"
 #include "netconf/state/database.h"
+#include "netconf/state/keeping.h"
 #include "standalone/store/transaction.h"
 
 namespace tarnd::netconf::state {
@@ -30,7 +32,7 @@ struct LeftUnconfirmed {
 /// nothing.
 class Journal {
  public:
-  explicit Journal(const std::filesystem::path& file);
+  explicit Journal(const std::filesystem::path& file, Keep keep = {});
 
   /// Nothing was stored yet: begin() comes first.
   [[nodiscard]] bool is_new() const { return newest_ == 0; }
@@ -43,20 +45,33 @@ class Journal {
   [[nodiscard]] std::optional<LeftUnconfirmed> left_unconfirmed();
 
   /// Stores a commit, and what waits to be confirmed after it. When it returns, both outlive the
-  /// process and the machine's power. A commit that changes nothing has no number. `after` is the
-  /// configuration with the commit; null if the datastore does not have it yet.
-  void record(const Commit& commit, const std::optional<Unconfirmed>& unconfirmed,
-              const store::Datastore* after);
+  /// process; sync() comes before anybody is told. A commit that changes nothing has no number.
+  void record(const Commit& commit, const std::optional<Unconfirmed>& unconfirmed);
+
+  /// When it returns, all that was recorded outlives the machine's power. After a failure nobody
+  /// knows what the disk has, so that the process must end without an answer; what follows fails,
+  /// too.
+  void sync();
+
+  /// What need not be done before an answer: a new snapshot when one is due, old commits go, and
+  /// the log is emptied. Nothing is lost if it fails; it is tried again after the next commit.
+  void tend(const store::Transaction& candidate);
 
  private:
-  void keep(const std::optional<Unconfirmed>& unconfirmed);
-  [[nodiscard]] bool is_snapshot_due(std::size_t size) const;
+  void keep_unconfirmed(const std::optional<Unconfirmed>& unconfirmed);
+  void check_disk_is_known();
+  [[nodiscard]] bool is_snapshot_due(std::time_t now) const;
+  void renew_snapshot(const store::Transaction& candidate, std::time_t now);
 
   OwnedDatabase database_;
+  const Keep keep_;
   Number newest_ = 0;
   bool has_unconfirmed_ = false;
-  std::size_t snapshot_size_ = 0;
-  std::size_t size_since_ = 0;  ///< of the changes after the snapshot
+  bool is_synced_ = false;  // a process before may have ended without
+  bool is_disk_unknown_ = false;
+  bool is_tended_ = false;
+  Snapshot snapshot_;           // the newest one
+  std::size_t size_since_ = 0;  // of the changes after the snapshot
 };
 
 }  // namespace tarnd::netconf::state

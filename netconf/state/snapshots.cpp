@@ -59,20 +59,26 @@ void apply_changes(store::Transaction& transaction, std::span<const ItemChange> 
   }
 }
 
-void keep_snapshot(Connection& connection, Number number, const std::string& configuration) {
+void keep_snapshot(Connection& connection, Number number, const std::string& configuration,
+                   int oldest) {
   Statement(connection, "INSERT INTO snapshots (number, configuration) VALUES (?, ?)")
       .bind(1, number)
       .bind(2, std::string_view(configuration))
       .run();
   Statement(connection,
-            "DELETE FROM snapshots WHERE number <> ? AND number <>"
-            " (SELECT min(number) FROM snapshots)")
+            "DELETE FROM snapshots WHERE number <> ? AND number NOT IN"
+            " (SELECT number FROM snapshots ORDER BY number LIMIT ?)")
       .bind(1, number)
+      .bind(2, std::int64_t{oldest})
       .run();
 }
 
-Number newest_snapshot(Connection& connection) {
-  return connection.number("SELECT max(number) FROM snapshots");
+Snapshot newest_snapshot(Connection& connection) {
+  Statement select(connection,
+                   "SELECT number, time, length(CAST(configuration AS BLOB)) FROM snapshots"
+                   " JOIN commits USING (number) ORDER BY number DESC LIMIT 1");
+  if (!select.step()) return {};
+  return {select.integer(0), select.integer(1), static_cast<std::size_t>(select.integer(2))};
 }
 
 void restore(Connection& connection, store::Datastore& datastore, Number number) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <ctime>
 #include <span>
 #include <string>
 
@@ -14,10 +16,18 @@ void apply_changes(store::Transaction& transaction, std::span<const store::ItemC
 
 // What follows throws Failure.
 
-/// Keeps the configuration as it is after a commit. Of the snapshots before, only the oldest stays.
-void keep_snapshot(Connection& connection, Number number, const std::string& configuration);
-/// The number of the newest snapshot, or 0 if the state has no snapshot.
-Number newest_snapshot(Connection& connection);
+/// A configuration that is stored as a whole.
+struct Snapshot {
+  Number number = 0;     ///< of the commit after which it was so; 0: there is none
+  std::time_t time = 0;  ///< of that commit
+  std::size_t size = 0;
+};
+
+/// Keeps the configuration as it is after a commit. Of the snapshots before, only the oldest ones
+/// stay, so many of them.
+void keep_snapshot(Connection& connection, Number number, const std::string& configuration,
+                   int oldest);
+Snapshot newest_snapshot(Connection& connection);
 
 /// Makes the datastore, which no transaction has open, the configuration after a commit, from the
 /// snapshot that is nearest.

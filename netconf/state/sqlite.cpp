@@ -73,6 +73,24 @@ void Connection::run(const std::string& statements) {
   if (sqlite3_exec(handle(), statements.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail();
 }
 
+void Connection::sync_log() {
+  sqlite3_file* log = nullptr;
+  errno = 0;
+  if (sqlite3_file_control(handle(), "main", SQLITE_FCNTL_JOURNAL_POINTER, &log) != SQLITE_OK) {
+    fail();
+  }
+  if (log == nullptr || log->pMethods == nullptr) return;  // nothing was written yet
+  if (log->pMethods->xSync(log, SQLITE_SYNC_NORMAL) == SQLITE_OK) return;
+  throw Failure("state '" + name_ + "': its log cannot be synced: " + std::strerror(errno));
+}
+
+void Connection::empty_log() {
+  errno = 0;
+  const int result =
+      sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+  if (result != SQLITE_OK && result != SQLITE_BUSY) fail();
+}
+
 std::int64_t Connection::number(const std::string& statement) {
   Statement prepared(*this, statement);
   return prepared.step() ? prepared.integer(0) : 0;

@@ -29,6 +29,11 @@ class Connection {
 
   [[nodiscard]] sqlite3* handle() const { return handle_.get(); }
   [[nodiscard]] const std::string& name() const { return name_; }
+  /// Waits until the disk has what was committed in the write-ahead log.
+  void sync_log();
+  /// Moves what the log has into the database itself, as far as no reader needs it there.
+  void empty_log();
+
   /// Throws what the last call failed with.
   [[noreturn]] void fail() const;
 
@@ -73,7 +78,8 @@ class Writing {
   Writing& operator=(const Writing&) = delete;
   ~Writing();
 
-  /// When it returns, what was written outlives the machine's power.
+  /// When it returns, what was written outlives the process; after Connection::sync_log() also the
+  /// machine's power.
   void commit();
 
  private:

@@ -152,12 +152,16 @@ class Client:
     def __init__(self, card, say_hello=True):
         self.socket = socket.socket(socket.AF_UNIX)
         self.socket.settimeout(PATIENCE)
-        self.socket.connect(card.socket)
         self.received = b""
-        self.hello = self.until(b"]]>]]>").decode()
-        self.session_id = re.search("<session-id>([0-9]+)<", self.hello)[1]
-        if say_hello:
-            self.send(hello())
+        try:
+            self.socket.connect(card.socket)
+            self.hello = self.until(b"]]>]]>").decode()
+            self.session_id = re.search("<session-id>([0-9]+)<", self.hello)[1]
+            if say_hello:
+                self.send(hello())
+        except BaseException:
+            self.close()
+            raise
 
     def send(self, text):
         self.socket.sendall(text)

@@ -28,7 +28,6 @@ std::string xml(const Datastore& datastore) {
 class History {
  public:
   explicit History(Datastore& datastore) : datastore_(datastore), journal_(file_.name()) {
-    journal_.connection().run("PRAGMA synchronous = OFF");
     journal_.begin(datastore, {});
     texts_.push_back(xml(datastore));
   }
@@ -57,7 +56,7 @@ class History {
   /// The commits before are then reached backwards.
   void keep_newest() {
     if (journal_.newest() == 1) return;
-    keep_snapshot(journal_.connection(), journal_.newest(), texts_.back());
+    keep_snapshot(journal_.connection(), journal_.newest(), texts_.back(), 1);
     journal_.connection().run("DELETE FROM snapshots WHERE number = 1");
   }
 
@@ -67,7 +66,7 @@ class History {
   template <typename Do>
   void store_and_do(const Commit& commit, Do action) {
     const std::string before = texts_.back();
-    journal_.record(commit, std::nullopt, nullptr);
+    journal_.record(commit, std::nullopt);
     action();
     const std::string after = xml(datastore_);
     EXPECT_EQ(commit.changes.empty(), after == before) << before << "\n" << after;

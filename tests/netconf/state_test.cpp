@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
@@ -11,6 +14,7 @@
 #include "netconf/state/database.h"
 #include "netconf/state/failure.h"
 #include "netconf/state/journal.h"
+#include "netconf/state/keeping.h"
 #include "netconf/state/schema_version.h"
 #include "netconf/state/snapshots.h"
 #include "tests/netconf/state_file.h"
@@ -40,9 +44,8 @@ class StateTest : public ::testing::Test {
   // A state with so many commits after the first one.
   void make(int commits) {
     Journal journal(file_.name());
-    journal.connection().run("PRAGMA synchronous = OFF");
     journal.begin(begun_, {"somebody", 0, std::nullopt, "card.xml"});
-    for (int i = 0; i < commits; ++i) journal.record(port_comes(i + 2), std::nullopt, nullptr);
+    for (int i = 0; i < commits; ++i) journal.record(port_comes(i + 2), std::nullopt);
   }
 
   std::string restored(Number number) {
@@ -74,7 +77,7 @@ TEST_F(StateTest, KeepsCommitsWithAllThatIsKnownOfThem) {
   {
     Journal journal(file_.name());
     EXPECT_FALSE(journal.is_new());
-    journal.record(commit, std::nullopt, nullptr);
+    journal.record(commit, std::nullopt);
     EXPECT_EQ(journal.newest(), 3);
   }
   Connection connection = open_to_read(file_.name());
@@ -105,22 +108,104 @@ TEST_F(StateTest, KeepsCommitsWithAllThatIsKnownOfThem) {
 TEST_F(StateTest, ACommitThatChangesNothingHasNoNumber) {
   make(0);
   Journal journal(file_.name());
-  journal.record({}, std::nullopt, nullptr);
+  journal.record({}, std::nullopt);
   EXPECT_EQ(journal.newest(), 1);
 }
 
 TEST_F(StateTest, SnapshotsKeepTheWayToTheNewestCommitShort) {
   make(0);
-  const Datastore& datastore = begun_;
+  const store::Transaction candidate(begun_);
   Journal journal(file_.name());
-  journal.connection().run("PRAGMA synchronous = OFF");
   Commit large = port_comes(2);
   large.changes.push_back(
       {"/config/service-port{2}/description", std::nullopt, std::string(20'000, 'x')});
-  for (int i = 0; i < 20; ++i) journal.record(large, std::nullopt, &datastore);
+  for (int i = 0; i < 20; ++i) {
+    journal.record(large, std::nullopt);
+    journal.tend(candidate);
+  }
   EXPECT_EQ(journal.connection().number("SELECT count(*) FROM snapshots"), 2);
   EXPECT_EQ(journal.connection().number("SELECT min(number) FROM snapshots"), 1);
-  EXPECT_GT(newest_snapshot(journal.connection()), 15);
+  EXPECT_GT(newest_snapshot(journal.connection()).number, 15);
+}
+
+// A candidate that is being edited must not get into a snapshot.
+TEST_F(StateTest, ASnapshotHasWhatIsCommittedOnly) {
+  make(0);
+  store::Transaction candidate(begun_);
+  candidate.edit(test::config(port(77)), Format::kXml);
+  Journal journal(file_.name(), {1, std::nullopt});
+  journal.record(port_comes(2), std::nullopt);
+  journal.tend(candidate);
+  EXPECT_EQ(newest_snapshot(journal.connection()).number, 2);
+  EXPECT_THAT(restored(2), ::testing::Not(HasSubstr("<id>77</id>")));
+}
+
+struct KeepCase {
+  const char* name;
+  Keep keep;
+  Number number;
+  std::time_t time;
+  bool may_begin;
+};
+
+void PrintTo(const KeepCase& keep, std::ostream* out) {
+  *out << keep.name;
+}
+
+class KeepTest : public ::testing::TestWithParam<KeepCase> {};
+
+// The newest commit is 100, and it is 100,000 seconds past.
+TEST_P(KeepTest, HistoryMayBeginWithACommit) {
+  const KeepCase& given = GetParam();
+  EXPECT_EQ(may_begin_with(given.keep, given.number, given.time, 100, 100'000), given.may_begin);
+}
+
+constexpr std::chrono::seconds kAge{1000};
+
+INSTANTIATE_TEST_SUITE_P(
+    All, KeepTest,
+    ::testing::Values(KeepCase{"Everything", {}, 1, 0, false},
+                      KeepCase{"EnoughCommits", {10, std::nullopt}, 90, 100'000, true},
+                      KeepCase{"OneCommitTooFew", {10, std::nullopt}, 91, 0, false},
+                      KeepCase{"OldEnough", {std::nullopt, kAge}, 99, 99'000, true},
+                      KeepCase{"OneSecondTooYoung", {std::nullopt, kAge}, 1, 99'001, false}),
+    [](const auto& given) { return std::string(given.param.name); });
+
+TEST_F(StateTest, OldCommitsGoInBatchesButNeverOneThatIsToBeKept) {
+  make(0);
+  store::Transaction candidate(begun_);
+  constexpr Number kKept = 4;
+  Journal journal(file_.name(), {kKept, std::nullopt});
+  Number first = 1;
+  for (int id = 2; id < 40; ++id) {
+    candidate.edit(test::config(port(id)), Format::kXml);
+    candidate.prepare();
+    journal.record(port_comes(id), std::nullopt);
+    candidate.commit();
+    journal.tend(candidate);
+    const Number kept = journal.newest() - oldest(journal.connection());
+    EXPECT_GE(kept, std::min(kKept, journal.newest() - 1));
+    EXPECT_LE(kept, 3 * kKept);
+    first = oldest(journal.connection());
+  }
+  EXPECT_GT(first, 25);
+  EXPECT_THAT(restored(first), HasSubstr("<id>" + std::to_string(first) + "</id>"));
+  EXPECT_THAT(restored(first), ::testing::Not(HasSubstr("<id>" + std::to_string(first + 1) + "<")));
+  EXPECT_EQ(restored(journal.newest()), begun_.print(Format::kXml));
+}
+
+TEST_F(StateTest, WhatAConfirmedCommitGoesBackToIsKept) {
+  make(0);
+  const store::Transaction candidate(begun_);
+  Journal journal(file_.name(), {1, std::nullopt});
+  for (int id = 2; id < 10; ++id) {
+    journal.record(port_comes(id), Unconfirmed{"id", std::chrono::seconds(100)});
+    journal.tend(candidate);
+  }
+  EXPECT_EQ(oldest(journal.connection()), 1);
+  journal.record(port_comes(10), std::nullopt);
+  journal.tend(candidate);
+  EXPECT_GT(oldest(journal.connection()), 1);
 }
 
 TEST_F(StateTest, WhatWaitsToBeConfirmedOutlivesTheProcess) {
@@ -128,8 +213,8 @@ TEST_F(StateTest, WhatWaitsToBeConfirmedOutlivesTheProcess) {
   {
     Journal journal(file_.name());
     EXPECT_FALSE(journal.left_unconfirmed().has_value());
-    journal.record(port_comes(8), Unconfirmed{"id", std::chrono::seconds(10)}, nullptr);
-    journal.record(port_comes(9), Unconfirmed{"again", std::chrono::seconds(1000)}, nullptr);
+    journal.record(port_comes(8), Unconfirmed{"id", std::chrono::seconds(10)});
+    journal.record(port_comes(9), Unconfirmed{"again", std::chrono::seconds(1000)});
   }
   {
     Journal journal(file_.name());
@@ -142,7 +227,7 @@ TEST_F(StateTest, WhatWaitsToBeConfirmedOutlivesTheProcess) {
     EXPECT_TRUE(left->same_boot);
     journal.connection().run("UPDATE pending SET boot = 'another'");
     EXPECT_FALSE(journal.left_unconfirmed()->same_boot);
-    journal.record({}, std::nullopt, nullptr);
+    journal.record({}, std::nullopt);
   }
   EXPECT_FALSE(Journal(file_.name()).left_unconfirmed().has_value());
 }
@@ -155,7 +240,7 @@ TEST_F(StateTest, AFullDiskRefusesTheCommitOnly) {
   Commit large = port_comes(5);
   large.author.comment = std::string(100'000, 'x');
   try {
-    journal.record(large, Unconfirmed{"id", std::chrono::seconds(10)}, nullptr);
+    journal.record(large, Unconfirmed{"id", std::chrono::seconds(10)});
     FAIL() << "it was stored";
   } catch (const Failure& failure) {
     EXPECT_EQ(failure.cause(), Failure::Cause::kNoRoom);
@@ -164,7 +249,7 @@ TEST_F(StateTest, AFullDiskRefusesTheCommitOnly) {
   EXPECT_EQ(journal.newest(), 2);
   EXPECT_FALSE(journal.left_unconfirmed().has_value());
   journal.connection().run("PRAGMA max_page_count = 1000000");
-  journal.record(large, std::nullopt, nullptr);
+  journal.record(large, std::nullopt);
   EXPECT_EQ(journal.newest(), 3);
   EXPECT_EQ(list(journal.connection(), 1).at(0).author.comment, large.author.comment);
 }
@@ -175,7 +260,7 @@ TEST_F(StateTest, OnlyOneProcessServesAState) {
     Journal journal(file_.name());
     EXPECT_THAT(why_not_served(), HasSubstr("another process serves it"));
     EXPECT_THAT(restored(2), HasSubstr("<id>2</id>"));  // readers may read
-    journal.record(port_comes(3), std::nullopt, nullptr);
+    journal.record(port_comes(3), std::nullopt);
   }
   EXPECT_EQ(why_not_served(), "it is served");
 }

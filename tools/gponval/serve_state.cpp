@@ -104,8 +104,9 @@ void resume(netconf::Card& card, const ServedState& served, const StateArguments
   import.author = importer(inputs);
   replace_by_running(card.candidate, inputs);
   import.changes = card.candidate.item_changes();
-  card.journal->record(import, std::nullopt, &card.datastore);
+  card.journal->record(import, std::nullopt);
   card.candidate.commit();
+  card.journal->sync();
 }
 
 std::string where_state_is(const StateArguments& arguments) {
