@@ -14,7 +14,7 @@ _gponval_options() {
         "--service-profiles --rg-profiles --tr069-profiles --sip-profiles --media-profiles --help"
       ;;
     serve)
-      echo "--running --state --import --card --input-format --plugin --socket --warnings --allow" \
+      echo "--running --state --import --keep --card --input-format --plugin --socket --warnings --allow" \
         "--ssh --authorized-keys --sshd --log --log-level --log-config --max-message" \
         "--max-sessions --hello-timeout --filter-time --help"
       ;;

@@ -69,6 +69,7 @@ complete -c gponval -n '__fish_seen_subcommand_from serve' -l hello-timeout -x -
 complete -c gponval -n '__fish_seen_subcommand_from serve' -l filter-time -x -d 'Seconds for a filter'
 complete -c gponval -n '__fish_seen_subcommand_from serve' -l state -r -F -d 'Where commits are kept'
 complete -c gponval -n '__fish_seen_subcommand_from serve' -l import -d 'Replace what an existing state has'
+complete -c gponval -n '__fish_seen_subcommand_from serve' -l keep -x -d 'How much of the history is kept'
 complete -c gponval -n '__fish_seen_subcommand_from history export' -F
 complete -c gponval -n '__fish_seen_subcommand_from history' -l last -x -d 'Number of commits'
 complete -c gponval -n '__fish_seen_subcommand_from export' -l at -x -d 'After this commit'

@@ -67,6 +67,7 @@ _gponval() {
       _arguments '--running[the committed configuration]:file:_files' \
         '--state[where commits are kept]:file:_files' \
         '--import[replace what an existing state has]' \
+        '--keep[how much of the history is kept]:commits or days: ' \
         '--input-format[how inputs without a known ending are read]:format:(xml json)' \
         '--card[what the card can do]:file:_files' \
         '--plugin[the validation plug-in]:file:_files' \

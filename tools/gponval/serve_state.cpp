@@ -3,7 +3,11 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <charconv>
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -25,6 +29,24 @@ state::Author importer(const InputOptions& inputs) {
   author.user = user != nullptr ? user->pw_name : std::to_string(geteuid());
   author.comment = name_in_message(inputs.running);
   return author;
+}
+
+constexpr const char* kWrongKeep =
+    "a number of commits is needed, such as 1000, or of days, such as 30d";
+
+// "1000" or "30d".
+std::optional<state::Keep> keep_in(std::string_view text) {
+  const bool is_days = !text.empty() && text.back() == 'd';
+  if (is_days) text.remove_suffix(1);
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || number == 0) return std::nullopt;
+  if (is_days) return state::Keep{std::nullopt, std::chrono::hours{24} * number};
+  return state::Keep{number, std::nullopt};
+}
+
+state::Keep keep_in(const StateArguments& arguments) {
+  return arguments.keep.has_value() ? *keep_in(*arguments.keep) : state::Keep{};
 }
 
 // Before anything is made: a wrong name must not become a new card.
@@ -61,6 +83,13 @@ void add_state_options(CLI::App& app, StateArguments& arguments, InputOptions& i
                      "is made if it does not exist, and then begins with --running")
           ->type_name("FILE")
           ->group(kStateGroup);
+  app.add_option("--keep", arguments.keep,
+                 "How much of the history is kept: at least so many of the newest\n"
+                 "commits, or with a 'd' those of so many days (all of it)")
+      ->type_name("N|Nd")
+      ->check([](const std::string& text) { return keep_in(text).has_value() ? "" : kWrongKeep; })
+      ->needs(state)
+      ->group(kStateGroup);
   app.add_flag("--import", arguments.imports,
                "Replace what an existing state has by --running, as a commit that\n"
                "no validator is asked about")
@@ -77,7 +106,7 @@ ServedState open_state(const StateArguments& arguments, const InputOptions& inpu
     return {};
   }
   check(arguments, inputs);
-  auto journal = std::make_unique<state::Journal>(*arguments.file);
+  auto journal = std::make_unique<state::Journal>(*arguments.file, keep_in(arguments));
   check_begins(*journal, arguments, inputs);
   if (journal->is_new()) {
     load_running(datastore, inputs);

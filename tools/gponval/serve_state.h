@@ -15,9 +15,10 @@ namespace gponval {
 struct StateArguments {
   std::optional<std::string> file;
   bool imports = false;
+  std::optional<std::string> keep;
 };
 
-/// --running, --state and --import.
+/// --running, --state, --import and --keep.
 void add_state_options(CLI::App& app, StateArguments& arguments, InputOptions& inputs);
 
 /// The state that a server uses.
