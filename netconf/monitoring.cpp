@@ -1,9 +1,12 @@
 #include "netconf/monitoring.h"
 
-#include <ctime>
+#include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
+#include "netconf/utc_time.h"
+#include "netconf/warnings.h"
 #include "netconf/xml_text.h"
 #include "netconf/yang_modules.h"
 #include "standalone/store/libyang_compat.h"
@@ -24,14 +27,6 @@ std::string leaf(std::string_view name, std::uint64_t value) {
   return element(name, std::to_string(value));
 }
 
-std::string time_text(std::time_t time) {
-  std::tm parts{};
-  gmtime_r(&time, &parts);
-  std::string text(sizeof "2026-01-01T00:00:00Z", '\0');
-  text.resize(std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts));
-  return text;
-}
-
 std::string counts(const MessageCounts& counts) {
   return leaf("in-rpcs", counts.rpcs) + leaf("in-bad-rpcs", counts.bad_rpcs) +
          leaf("out-rpc-errors", counts.errors) + leaf("out-notifications", std::uint64_t{0});
@@ -42,7 +37,7 @@ std::string datastore(std::string_view name, const std::optional<SessionId>& hol
   std::string content = leaf("name", name);
   if (holder.has_value()) {
     content += element("locks", element("global-lock", leaf("locked-by-session", *holder) +
-                                                           leaf("locked-time", time_text(since))));
+                                                           leaf("locked-time", utc_time(since))));
   }
   return element("datastore", content);
 }
@@ -52,7 +47,7 @@ std::string session(SessionId id, const SessionInfo& info) {
                                 "<transport xmlns:gvn=\"urn:gponval:netconf\">gvn:unix-socket"
                                 "</transport>" +
                                 leaf("username", info.user) +
-                                leaf("login-time", time_text(info.login)) + counts(info.counts));
+                                leaf("login-time", utc_time(info.login)) + counts(info.counts));
 }
 
 std::string schemas(const YangModules& modules) {
@@ -74,7 +69,7 @@ std::string monitoring(const Card& card, const std::string& offered) {
                  datastore("running", card.running_lock, card.running_locked) +
                      datastore("candidate", card.candidate_lock, card.candidate_locked)) +
          schemas(*card.modules) + element("sessions", sessions) +
-         element("statistics", leaf("netconf-start-time", time_text(server.start)) +
+         element("statistics", leaf("netconf-start-time", utc_time(server.start)) +
                                    leaf("in-bad-hellos", server.bad_hellos) +
                                    leaf("in-sessions", server.sessions) +
                                    leaf("dropped-sessions", server.dropped) +
@@ -96,6 +91,26 @@ std::string library(const YangModules& modules) {
          "</modules-state>";
 }
 
+std::string commit_line(const state::CommitLine& line) {
+  const auto optional_leaf = [](std::string_view name, const std::optional<std::string>& value) {
+    return value.has_value() ? leaf(name, *value) : std::string();
+  };
+  return element("commit",
+                 leaf("number", static_cast<std::uint64_t>(line.number)) +
+                     leaf("time", utc_time(line.time)) + leaf("kind", state::to_string(line.kind)) +
+                     leaf("user", line.author.user) + leaf("session", line.author.session) +
+                     optional_leaf("label", line.author.label) +
+                     optional_leaf("comment", line.author.comment) +
+                     leaf("changes", static_cast<std::uint64_t>(line.changes)));
+}
+
+std::string commit_history(const state::Journal& journal) {
+  std::string commits;
+  for (const state::CommitLine& line : journal.latest()) commits += commit_line(line);
+  return "<commit-history xmlns=\"" + std::string(kWarningsNamespace) + "\">" + commits +
+         "</commit-history>";
+}
+
 std::string text_of(const Run& run, std::string_view name) {
   const Element* given = find_parameter(run, name);
   return given != nullptr ? std::string(trimmed(given->text)) : std::string();
@@ -107,7 +122,8 @@ store::TreeOwner state_of(const Card& card, const std::string& offered) {
   store::TreeOwner tree(nullptr, &lyd_free_all);
   if (card.modules == nullptr) return tree;
   ly_ctx* context = card.modules->context();
-  const std::string text = monitoring(card, offered) + library(*card.modules);
+  std::string text = monitoring(card, offered) + library(*card.modules);
+  if (card.journal != nullptr) text += commit_history(*card.journal);
   lyd_node* read = nullptr;
   if (lyd_parse_data_mem(context, text.c_str(), LYD_XML, LYD_PARSE_ONLY | LYD_PARSE_STRICT, 0,
                          &read) != LY_SUCCESS) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 #include <nlohmann/json.hpp>
 
 #include "netconf/state/failure.h"
@@ -124,7 +123,7 @@ Number append(Connection& connection, const Commit& commit, std::size_t& size) {
   Statement insert(connection,
                    "INSERT INTO commits (time, kind, user, session, label, comment, changes,"
                    " answers, notices) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
-  insert.bind(1, std::int64_t{std::time(nullptr)})
+  insert.bind(1, commit.time)
       .bind(2, to_string(commit.kind))
       .bind(3, std::string_view(commit.author.user))
       .bind(4, std::int64_t{commit.author.session})

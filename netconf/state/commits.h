@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <optional>
 #include <string>
@@ -35,8 +36,8 @@ struct Author {
 };
 
 struct Commit {
-  Number number = 0;      ///< set by append()
-  std::int64_t time = 0;  ///< seconds since 1970; set by append()
+  Number number = 0;                       ///< 0 before it is stored
+  std::int64_t time = std::time(nullptr);  ///< seconds since 1970
   Kind kind = Kind::kCommit;
   Author author;
   std::vector<store::ItemChange> changes;

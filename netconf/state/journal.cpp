@@ -15,6 +15,7 @@ namespace {
 // To begin with a snapshot must cost little more than with the file of which it was made, and
 // snapshots themselves little more than the changes.
 constexpr std::size_t kPartOfSnapshot = 16;
+constexpr std::size_t kMostLatest = 1000;
 constexpr std::size_t kLeastOfChanges = std::size_t{1} << 16;
 
 // Another one after each start of the machine.
@@ -29,6 +30,7 @@ std::string this_boot() {
 Journal::Journal(const std::filesystem::path& file, Keep keep) : database_(file), keep_(keep) {
   if (database_.is_new()) return;
   newest_ = state::newest(connection());
+  for (CommitLine& line : list(connection(), kMostLatest)) latest_.push_back(std::move(line));
   has_unconfirmed_ = connection().number("SELECT count(*) FROM pending") != 0;
   snapshot_ = newest_snapshot(connection());
   size_since_ = size_after(connection(), snapshot_.number);
@@ -45,6 +47,7 @@ void Journal::begin(const store::Datastore& datastore, const Author& author) {
   keep_snapshot(connection(), number, configuration, 1);
   writing.commit();
   newest_ = number;
+  note(first);
   snapshot_ = newest_snapshot(connection());
   size_since_ = 0;
   sync();
@@ -89,10 +92,17 @@ void Journal::record(const Commit& commit, const std::optional<Unconfirmed>& unc
   if (!commit.changes.empty()) number = append(connection(), commit, size);
   writing.commit();
   newest_ = number;
+  if (!commit.changes.empty()) note(commit);
   has_unconfirmed_ = unconfirmed.has_value();
   size_since_ = size;
   is_synced_ = false;
   is_tended_ = false;
+}
+
+void Journal::note(const Commit& commit) {
+  latest_.push_front({newest_, commit.time, commit.kind, commit.author,
+                      static_cast<std::int64_t>(commit.changes.size())});
+  if (latest_.size() > kMostLatest) latest_.pop_back();
 }
 
 void Journal::check_disk_is_known() {
@@ -136,6 +146,8 @@ void Journal::renew_snapshot(const store::Transaction& candidate, std::time_t no
   writing.commit();
   snapshot_ = newest_snapshot(connection());
   size_since_ = 0;
+  const Number first = oldest(connection());
+  while (latest_.back().number < first) latest_.pop_back();
 }
 
 }  // namespace tarnd::netconf::state

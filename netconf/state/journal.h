@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <ctime>
+#include <deque>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -40,6 +41,8 @@ class Journal {
   void begin(const store::Datastore& datastore, const Author& author);
 
   [[nodiscard]] Number newest() const { return newest_; }
+  /// The newest commits, the newest first; so many that they need little room.
+  [[nodiscard]] const std::deque<CommitLine>& latest() const { return latest_; }
   Connection& connection() { return database_.connection(); }
 
   [[nodiscard]] std::optional<LeftUnconfirmed> left_unconfirmed();
@@ -58,6 +61,7 @@ class Journal {
   void tend(const store::Transaction& candidate);
 
  private:
+  void note(const Commit& commit);
   void keep_unconfirmed(const std::optional<Unconfirmed>& unconfirmed);
   void check_disk_is_known();
   [[nodiscard]] bool is_snapshot_due(std::time_t now) const;
@@ -66,6 +70,7 @@ class Journal {
   OwnedDatabase database_;
   const Keep keep_;
   Number newest_ = 0;
+  std::deque<CommitLine> latest_;
   bool has_unconfirmed_ = false;
   bool is_synced_ = false;  // a process before may have ended without
   bool is_disk_unknown_ = false;

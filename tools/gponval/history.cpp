@@ -1,17 +1,16 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <ctime>
 #include <iomanip>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <sstream>
 #include <string>
 
 #include "netconf/state/database.h"
 #include "netconf/state/snapshots.h"
+#include "netconf/utc_time.h"
 #include "standalone/report/changes.h"
 #include "standalone/report/verdict_text.h"
 #include "tools/gponval/commands.h"
@@ -50,15 +49,6 @@ struct HistoryArguments {
   RunOptions run;
 };
 
-std::string time_text(std::int64_t seconds) {
-  const std::time_t time = seconds;
-  std::tm parts{};
-  gmtime_r(&time, &parts);
-  std::ostringstream text;
-  text << std::put_time(&parts, "%Y-%m-%dT%H:%M:%SZ");
-  return text.str();
-}
-
 ordered_json json_of(const std::optional<std::string>& text) {
   return text.has_value() ? ordered_json(*text) : ordered_json(nullptr);
 }
@@ -66,7 +56,7 @@ ordered_json json_of(const std::optional<std::string>& text) {
 ordered_json json_of(std::int64_t number, std::int64_t time, state::Kind kind,
                      const state::Author& author) {
   return {{"number", number},
-          {"time", time_text(time)},
+          {"time", tarnd::netconf::utc_time(time)},
           {"kind", state::to_string(kind)},
           {"user", author.user},
           {"session", author.session},
@@ -103,7 +93,7 @@ void print_list_text(const std::vector<state::CommitLine>& lines) {
   }
   for (const state::CommitLine& line : lines) {
     std::cout << std::right << std::setw(static_cast<int>(number_width)) << line.number << "  "
-              << time_text(line.time) << "  " << std::left << std::setw(8)
+              << tarnd::netconf::utc_time(line.time) << "  " << std::left << std::setw(8)
               << state::to_string(line.kind) << "  " << std::setw(static_cast<int>(user_width))
               << line.author.user << "  " << std::right << std::setw(static_cast<int>(count_width))
               << line.changes << (line.changes == 1 ? " change " : " changes")
@@ -113,7 +103,7 @@ void print_list_text(const std::vector<state::CommitLine>& lines) {
 
 void print_head(const state::Commit& commit) {
   std::cout << "Commit " << commit.number << " (" << state::to_string(commit.kind) << "), "
-            << time_text(commit.time);
+            << tarnd::netconf::utc_time(commit.time);
   if (!commit.author.user.empty()) std::cout << ", by " << printable(commit.author.user);
   if (commit.author.session != 0) std::cout << " in session " << commit.author.session;
   std::cout << '\n';
