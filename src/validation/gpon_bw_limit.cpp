@@ -213,11 +213,6 @@ namespace {
 constexpr const char* kGponLinks = "/config/interface/gpon";
 constexpr const char* kLineProfileOfOnu = "profile-references/line-profile";
 
-// kbit/s upstream on a PON link.
-constexpr std::uint32_t kTotalCapacity = 1107504;
-constexpr std::uint32_t kFixedCapacity = 442752;
-constexpr std::uint32_t kOverheadPerOnu = 560;
-
 /// The sum of what the ONUs of one link reserve.
 struct LinkLoad {
   std::uint32_t onus = 0;
@@ -274,17 +269,17 @@ std::string exceeds_text(const char* kind, const std::string& slot, const std::s
 
 /// The sentences about the capacities that the load exceeds; empty if it fits.
 std::string overload_text(const LinkLoad& load, const std::string& slot, const std::string& port) {
-  const std::uint32_t overhead = load.onus * kOverheadPerOnu;
+  const std::uint32_t overhead = load.onus * valid::kOverheadPerOnu;
   VALID_TRACE_AS(kPonlinkCheck, kTraceFlow,
                  "BW check: pl %s, fxd=%d, total=%d, overhead=%d (num_onus=%d)", port.c_str(),
                  static_cast<int>(load.fixed), static_cast<int>(load.total),
                  static_cast<int>(overhead), static_cast<int>(load.onus));
   std::string text;
-  if (overhead + load.total > kTotalCapacity) {
-    text += exceeds_text("Total", slot, port, kTotalCapacity);
+  if (overhead + load.total > valid::kTotalCapacity) {
+    text += exceeds_text("Total", slot, port, valid::kTotalCapacity);
   }
-  if (load.fixed > kFixedCapacity) {
-    text += exceeds_text("Fixed", slot, port, kFixedCapacity);
+  if (load.fixed > valid::kFixedCapacity) {
+    text += exceeds_text("Fixed", slot, port, valid::kFixedCapacity);
   }
   return text;
 }

@@ -21,6 +21,16 @@ struct bwctx {
   std::int32_t err = 0;  ///< -1 if a TCONT names a bandwidth profile that is not loaded
 };
 
+namespace valid {
+
+/// kbit/s upstream on a PON link.
+constexpr std::uint32_t kTotalCapacity = 1107504;
+constexpr std::uint32_t kFixedCapacity = 442752;
+/// Counts toward the total, for each ONU of the link.
+constexpr std::uint32_t kOverheadPerOnu = 560;
+
+}  // namespace valid
+
 extern "C" {
 
 /// The reserved bandwidth, by name of the bandwidth profile and by name of the line profile. Every

@@ -2,16 +2,15 @@
 
 namespace {
 
-constexpr std::uint32_t kStaticTconts = 3;
-constexpr std::uint32_t kDynamicTcontsWithBwCheck = 3;
-constexpr std::uint32_t kDynamicTcontsWithoutBwCheck = 4;
+using valid::allowed_dynamic_tconts;
+using valid::kStaticTconts;
 
 struct Capabilities {
   bool do_bw_check = true;
   std::uint32_t num_onus_per_ponlink = 128;
   std::uint32_t num_ponlinks = 8;
   std::uint32_t num_manageable_ponlinks = 8;
-  std::uint32_t max_dynamic_tconts = kDynamicTcontsWithBwCheck;
+  std::uint32_t max_dynamic_tconts = allowed_dynamic_tconts(true);
   std::uint32_t max_static_tconts = kStaticTconts;
 };
 
@@ -22,8 +21,7 @@ Capabilities capabilities;
 void set_do_bw_check(bool enabled) {
   capabilities.do_bw_check = enabled;
   capabilities.max_static_tconts = kStaticTconts;
-  capabilities.max_dynamic_tconts =
-      enabled ? kDynamicTcontsWithBwCheck : kDynamicTcontsWithoutBwCheck;
+  capabilities.max_dynamic_tconts = allowed_dynamic_tconts(enabled);
 }
 
 bool get_do_bw_check() {

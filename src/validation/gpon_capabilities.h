@@ -27,6 +27,13 @@ std::uint32_t get_num_manageable_ponlinks();
 
 namespace valid {
 
+constexpr std::uint32_t kStaticTconts = 3;
+
+/// A card without the bandwidth check allows one more dynamic TCONT.
+constexpr std::uint32_t allowed_dynamic_tconts(bool bw_check) {
+  return bw_check ? 3 : 4;
+}
+
 /// Limits of a line profile: TCONTs with a bandwidth profile of traffic type 2 to 5, and of type 1.
 std::uint32_t max_dynamic_tconts();
 std::uint32_t max_static_tconts();

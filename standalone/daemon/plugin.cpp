@@ -40,6 +40,12 @@ Plugin::Plugin(const std::filesystem::path& file) {
   }
 }
 
+void* Plugin::symbol(const char* name) const {
+  void* found = dlsym(handle_, name);
+  if (found == nullptr) throw PluginError("the plug-in exports no " + std::string(name));
+  return found;
+}
+
 Plugin::~Plugin() {
   dlclose(handle_);
 }

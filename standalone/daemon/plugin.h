@@ -32,6 +32,10 @@ class Plugin {
 
   [[nodiscard]] const PluginEntryPoints& entry_points() const { return entry_points_; }
 
+  /// A variable or function that the plug-in exports besides its entry points, by the linker's name.
+  /// Throws PluginError.
+  [[nodiscard]] void* symbol(const char* name) const;
+
  private:
   void* handle_ = nullptr;
   PluginEntryPoints entry_points_;

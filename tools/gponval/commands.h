@@ -19,6 +19,7 @@ Command add_complete(CLI::App& gponval);
 Command add_diff(CLI::App& gponval);
 Command add_export(CLI::App& gponval);
 Command add_history(CLI::App& gponval);
+Command add_load(CLI::App& gponval);
 Command add_request(CLI::App& gponval);
 Command add_points(CLI::App& gponval);
 Command add_generate(CLI::App& gponval);

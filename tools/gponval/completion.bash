@@ -8,6 +8,7 @@ _gponval_options() {
     commit) echo "$inputs --card $validation --only --all --changes --save --help" ;;
     diff) echo "$inputs --format --help" ;;
     request) echo "$inputs --card $validation --value --help" ;;
+    load) echo "--running --input-format --card --fit --plugin --format --help" ;;
     points) echo "--plugin --format --help" ;;
     generate)
       echo "--links --xgs-links --onus --service-ports --bandwidth-profiles --line-profiles --gems" \
@@ -102,7 +103,7 @@ _gponval() {
 
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _gponval_offer "commit diff request points generate serve netconf history export --help --version" \
+    _gponval_offer "commit diff request points load generate serve netconf history export --help --version" \
       "$current"
   elif [[ $previous == --* && ! $previous =~ ^--(stats|all|changes|import|json|help|version)$ ]]; then
     _gponval_offer_value "$previous" "$current"

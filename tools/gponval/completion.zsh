@@ -30,7 +30,7 @@ _gponval() {
     '--stats[print the number of platform calls]'
   )
   if ((CURRENT == 2)); then
-    compadd commit diff request points generate serve netconf history export --help --version
+    compadd commit diff request points load generate serve netconf history export --help --version
     return
   fi
   local command=$words[2]
@@ -52,6 +52,15 @@ _gponval() {
     points)
       _arguments '--plugin[the validation plug-in]:file:_files' \
         '--format[how the list is printed]:format:(text json)' \
+        '(-h --help)'{-h,--help}'[print the help]'
+      ;;
+    load)
+      _arguments '--running[the committed configuration]:file:_files' \
+        '--input-format[how inputs without a known ending are read]:format:(xml json)' \
+        '--card[what the card can do]:file:_files' \
+        '--fit[how many more ONUs with this line profile]:line profile: ' \
+        '--plugin[the validation plug-in]:file:_files' \
+        '--format[how the load is printed]:format:(text json)' \
         '(-h --help)'{-h,--help}'[print the help]'
       ;;
     history)

@@ -16,6 +16,7 @@ class Host {
   [[nodiscard]] tarnd::store::Datastore& datastore() { return datastore_; }
   [[nodiscard]] const tarnd::store::Datastore& datastore() const { return datastore_; }
   [[nodiscard]] tarnd::Daemon& daemon() { return *daemon_; }
+  [[nodiscard]] const tarnd::Plugin& plugin() const { return *plugin_; }
 
  private:
   tarnd::store::Schema schema_;

@@ -30,6 +30,7 @@ constexpr const char* kFooter =
     "  gponval diff --running card.xml --candidate new.xml\n"
     "  gponval request onu_gem_check '/config/interface/gpon{1 1 3}/onu' --running card.xml\n"
     "  gponval points\n"
+    "  gponval load --running card.xml\n"
     "  gponval serve --running card.xml --socket card.socket\n"
     "  gponval generate --links 2 --onus 8 --service-ports 16 > card.xml\n"
     "\n";
@@ -77,8 +78,8 @@ ExitStatus run(int argc, char** argv) {
   const std::vector<gponval::Command> commands = {
       gponval::add_commit(app),  gponval::add_diff(app),     gponval::add_request(app),
       gponval::add_points(app),  gponval::add_generate(app), gponval::add_serve(app),
-      gponval::add_netconf(app), gponval::add_history(app),  gponval::add_export(app),
-      gponval::add_complete(app)};
+      gponval::add_netconf(app), gponval::add_load(app),     gponval::add_history(app),
+      gponval::add_export(app),  gponval::add_complete(app)};
   try {
     std::vector<std::string> arguments = arguments_of(argc, argv);
     std::reverse(arguments.begin(), arguments.end());  // the library wants them in reverse order
