@@ -2,8 +2,6 @@
 
 #include <charconv>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "netconf/committing.h"
 #include "netconf/recording.h"
@@ -27,21 +25,15 @@ state::Number number_asked_for(const Run& run) {
                        std::to_string(oldest) + " to " + std::to_string(newest) + " is needed"));
 }
 
-void take_back(const Run& run, state::Number newest, state::Number number) {
-  if (number == newest) return;
-  store::Transaction& candidate = run.card.candidate;
-  state::for_each_change(run.card.journal->connection(), newest, number + 1,
-                         [&](state::Number, std::vector<store::ItemChange> changes) {
-                           state::apply_changes(candidate, store::reversed(std::move(changes)));
-                         });
-}
-
 }  // namespace
 
 std::string roll_back(const Run& run) {
   try {
     const state::Number number = number_asked_for(run);
-    return commit_at_once(run, [&] { take_back(run, run.card.journal->newest(), number); });
+    state::Journal& journal = *run.card.journal;
+    return commit_at_once(run, [&] {
+      state::take_back(journal.connection(), run.card.candidate, journal.newest(), number);
+    });
   } catch (const state::Failure& failure) {
     refuse(rpc_error(failure));
   } catch (const InputError& error) {

@@ -88,6 +88,14 @@ void restore(Connection& connection, store::Datastore& datastore, Number number)
   if (nearest > number) replay_back(connection, transaction, nearest, number + 1);
 }
 
+void take_back(Connection& connection, store::Transaction& transaction, Number newest,
+               Number number) {
+  if (number == newest) return;
+  for_each_change(connection, newest, number + 1, [&](Number, std::vector<ItemChange> changes) {
+    apply_changes(transaction, store::reversed(std::move(changes)));
+  });
+}
+
 void replay(Connection& connection, store::Transaction& transaction, Number from, Number to) {
   if (from > to) return;
   for_each_change(connection, from, to, [&](Number number, const std::vector<ItemChange>& changes) {

@@ -65,7 +65,7 @@ TEST_F(UsageTest, AWrongCommandLineIsReportedWithWhatWasMeant) {
       {{"comit", "commit"}, "unknown command 'comit', did you mean 'commit'?"},
       {{"commit", "points"}, "unexpected argument 'points'"},
       {{"--running", "card.xml"}, "before the command: unknown option '--running'"},
-      {{"commit"}, "--running is required"},
+      {{"commit"}, "--running or --state is required"},
       {{"commit", "--runing", "card.xml"}, "unknown option '--runing', did you mean '--running'?"},
       {{"commit", "--chnage=x", "--running", "card.xml"},
        "unknown option '--chnage', did you mean '--change'?"},

@@ -20,6 +20,8 @@ Command add_diff(CLI::App& gponval);
 Command add_export(CLI::App& gponval);
 Command add_history(CLI::App& gponval);
 Command add_load(CLI::App& gponval);
+Command add_rollback(CLI::App& gponval);
+Command add_state(CLI::App& gponval);
 Command add_request(CLI::App& gponval);
 Command add_points(CLI::App& gponval);
 Command add_generate(CLI::App& gponval);

@@ -12,6 +12,8 @@
 #include "tools/gponval/host.h"
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
+#include "tools/gponval/owned_state.h"
+#include "tools/gponval/remarks.h"
 #include "tools/gponval/save_file.h"
 #include "tools/gponval/terminal.h"
 #include "tools/gponval/usage_error.h"
@@ -19,13 +21,15 @@
 namespace gponval {
 namespace {
 
+namespace state = tarnd::netconf::state;
+
 constexpr const char* kHelp =
     "Commits a change and prints the verdict.\n"
     "\n"
     "Commits a change of the configuration the way the line card's daemon does: calls the\n"
     "plug-in's validators for what the change touches and prints their verdict. The first\n"
     "error ends the commit. Warnings are collected and confirmed together at the end.\n"
-    "Nothing is written unless --save is given.\n";
+    "Nothing is written unless --save or --state is given.\n";
 
 constexpr const char* kExamples =
     "Examples:\n"
@@ -33,6 +37,7 @@ constexpr const char* kExamples =
     "  gponval commit --running card.xml --set '/config/service-port{16}/upstream-rate=5000'\n"
     "  gponval commit --running card.xml --candidate new.xml --all --format json\n"
     "  gponval commit --running card.xml --change fec.xml --confirm yes --save card.xml\n"
+    "  gponval commit --state card.state --change fec.xml --label 'ticket 17'\n"
     "  gponval commit --running card.xml --change - --only sp_gem_check < change.xml\n"
     "\n";
 
@@ -45,6 +50,8 @@ struct CommitArguments {
   bool all = false;
   bool changes = false;
   std::optional<std::string> save;
+  std::optional<std::string> state;
+  Remarks remarks;
 };
 
 void check_names(const std::vector<std::string>& only,
@@ -82,8 +89,51 @@ std::string print_changes(std::ostream& out, const tarnd::store::Transaction& tr
   return {};
 }
 
-ExitStatus commit(const CommitArguments& arguments) {
-  check_standard_input(arguments.inputs, arguments.run);
+tarnd::CommitOptions options_of(const CommitArguments& arguments) {
+  return {arguments.all, arguments.only, confirmation(arguments.run)};
+}
+
+// What was edited, and is committed next.
+struct Edited {
+  tarnd::store::Transaction& transaction;
+  std::vector<tarnd::report::AppliedEdit> edits;
+  ReportKind kind;
+};
+
+Edited edited(std::ostream& out, tarnd::store::Transaction& transaction,
+              const CommitArguments& arguments) {
+  Edited edited{
+      transaction, apply_changes(transaction, arguments.inputs), {"Commit", false, false, {}, {}}};
+  edited.kind.nothing_changed = transaction.changes() == nullptr;
+  if (arguments.changes) {
+    edited.kind.changes_json = print_changes(out, transaction, arguments.run);
+  }
+  return edited;
+}
+
+ExitStatus print(std::ostream& out, const tarnd::CommitReport& report, Edited edited,
+                 const CommitArguments& arguments) {
+  edited.kind.sources.resize(report.answers.size());
+  if (report.result != tarnd::CommitResult::kAccepted) {
+    edited.kind.sources =
+        tarnd::report::sources_of(edited.transaction, edited.edits, report.answers);
+  }
+  print_report(out, report, edited.kind, arguments.run);
+  return exit_status(report.result);
+}
+
+ExitStatus commit_to_state(const CommitArguments& arguments) {
+  auto journal = own_state(*arguments.state);
+  Host host(arguments.run, read_card(arguments.inputs));
+  OwnedState owned(std::move(journal), host);
+  Edited made = edited(std::cout, owned.transaction(), arguments);
+  made.kind.nothing_changed = owned.changes_nothing();
+  const tarnd::CommitReport report =
+      owned.commit(state::Kind::kCommit, author_with(arguments.remarks), options_of(arguments));
+  return print(std::cout, report, made, arguments);
+}
+
+ExitStatus commit_to_file(const CommitArguments& arguments) {
   const bool to_output = arguments.save == kStandardOutput;
   std::optional<SaveFile> file;
   if (arguments.save.has_value() && !to_output) {
@@ -97,24 +147,42 @@ ExitStatus commit(const CommitArguments& arguments) {
   } else {
     load_running(host.datastore(), arguments.inputs);
   }
-  tarnd::store::Transaction transaction(host.datastore());
-  const auto edits = apply_changes(transaction, arguments.inputs);
   std::ostream& out = to_output ? std::cerr : std::cout;
-  ReportKind kind{"Commit", false, transaction.changes() == nullptr, {}, {}};
-  if (arguments.changes) kind.changes_json = print_changes(out, transaction, arguments.run);
-  const tarnd::CommitReport report = host.daemon().commit(
-      transaction, {arguments.all, arguments.only, confirmation(arguments.run)});
-
+  tarnd::store::Transaction transaction(host.datastore());
+  const Edited made = edited(out, transaction, arguments);
+  const tarnd::CommitReport report = host.daemon().commit(transaction, options_of(arguments));
   if (report.result == tarnd::CommitResult::kAccepted) {
     if (to_output) write_output(new_configuration(host, arguments));
     if (file.has_value()) file->replace(new_configuration(host, arguments));
   }
-  kind.sources.resize(report.answers.size());
-  if (report.result != tarnd::CommitResult::kAccepted) {
-    kind.sources = tarnd::report::sources_of(transaction, edits, report.answers);
-  }
-  print_report(out, report, kind, arguments.run);
-  return exit_status(report.result);
+  return print(out, report, made, arguments);
+}
+
+// An empty name was given, too.
+void check_is_given(const CLI::App& app) {
+  if (app.count("--running") + app.count("--state") > 0) return;
+  throw UsageError("--running or --state is required (see gponval commit --help)");
+}
+
+ExitStatus commit(const CommitArguments& arguments) {
+  check_standard_input(arguments.inputs, arguments.run);
+  if (arguments.state.has_value()) return commit_to_state(arguments);
+  return commit_to_file(arguments);
+}
+
+// What goes with --running, and what with --state.
+void add_state_options(CLI::App& app, CommitArguments& arguments) {
+  CLI::Option* running = app.get_option("--running")->required(false);
+  CLI::Option* state =
+      app.add_option("--state", arguments.state,
+                     "Commit to this state of gponval serve or gponval state create, while no\n"
+                     "server runs on it, in place of --running and --save")
+          ->type_name("FILE")
+          ->group("Configuration");
+  for (const char* other : {"--only", "--save"}) state->excludes(app.get_option(other));
+  state->excludes(running);
+  add_remark_options(app, arguments.remarks);
+  for (const char* remark : {"--label", "--comment"}) app.get_option(remark)->needs(state);
 }
 
 }  // namespace
@@ -132,8 +200,7 @@ Command add_commit(CLI::App& gponval) {
       ->delimiter(',')
       ->allow_extra_args(false)
       ->group("Validation and output");
-  app->add_flag("--all", arguments->all, "Go on after an error and list every error and warning")
-      ->group("Validation and output");
+  add_all_option(*app, arguments->all);
   app->add_flag("--changes", arguments->changes,
                 "Also print what the commit changes in the configuration")
       ->group("Validation and output");
@@ -146,7 +213,11 @@ Command add_commit(CLI::App& gponval) {
                   "standard output; the report then goes to standard error")
       ->type_name("FILE")
       ->group("Validation and output");
-  return {app, [arguments] { return commit(*arguments); }};
+  add_state_options(*app, *arguments);
+  return {app, [app, arguments] {
+            check_is_given(*app);
+            return commit(*arguments);
+          }};
 }
 
 }  // namespace gponval

@@ -5,7 +5,9 @@ _gponval_options() {
   inputs+=" --input-format"
   local validation="--plugin --confirm --trace --stats --format"
   case $1 in
-    commit) echo "$inputs --card $validation --only --all --changes --save --help" ;;
+    commit)
+      echo "$inputs --card $validation --only --all --changes --save --state --label --comment --help"
+      ;;
     diff) echo "$inputs --format --help" ;;
     request) echo "$inputs --card $validation --value --help" ;;
     load) echo "--running --input-format --card --fit --plugin --format --help" ;;
@@ -22,6 +24,9 @@ _gponval_options() {
     netconf) echo "--socket --help" ;;
     history) echo "--last --format --help" ;;
     export) echo "--at --json --help" ;;
+    rollback) echo "--card --label --comment $validation --all --help" ;;
+    state) echo "--help" ;;
+    "state create") echo "--running --input-format --help" ;;
     *) echo "--help --version" ;;
   esac
 }
@@ -79,7 +84,7 @@ _gponval_offer_paths() {
 
 _gponval_offer_value() {
   case $1 in
-    --running | --change | --candidate | --card | --plugin | --save | --socket | --authorized-keys | \
+    --running | --change | --candidate | --card | --plugin | --save | --state | --socket | --authorized-keys | \
       --sshd | --log | --log-config) _gponval_offer_files "$2" ;;
     --set | --create | --replace) _gponval_offer_paths "$2" --values ;;
     --delete | --remove) _gponval_offer_paths "$2" ;;
@@ -103,7 +108,8 @@ _gponval() {
 
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _gponval_offer "commit diff request points load generate serve netconf history export --help --version" \
+    _gponval_offer "commit diff request points load generate serve netconf history export rollback \
+      state --help --version" \
       "$current"
   elif [[ $previous == --* && ! $previous =~ ^--(stats|all|changes|import|json|help|version)$ ]]; then
     _gponval_offer_value "$previous" "$current"
@@ -111,11 +117,15 @@ _gponval() {
     _gponval_offer "$(_gponval_requests)" "$current"
   elif [[ $command == request && $current != -* ]] && ((COMP_CWORD == 3)); then
     _gponval_offer_paths "$current"
-  elif [[ $command =~ ^(history|export)$ && $current != -* ]] && ((COMP_CWORD == 2)); then
+  elif [[ $command == state && $current != -* ]] && ((COMP_CWORD == 2)); then
+    _gponval_offer "create" "$current"
+  elif [[ $command =~ ^(history|export|rollback)$ && $current != -* ]] && ((COMP_CWORD == 2)) ||
+    [[ $command == state && $current != -* ]] && ((COMP_CWORD == 3)); then
     mapfile -t COMPREPLY < <(compgen -f -- "$current")
   elif [[ $previous == /* ]]; then
     : # a value after a path
   else
+    [[ $command != state || ${COMP_WORDS[2]} == -* ]] || command+=" ${COMP_WORDS[2]}"
     _gponval_offer "$(_gponval_options "$command")" "$current"
   fi
 }

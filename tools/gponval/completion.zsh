@@ -8,7 +8,7 @@ _gponval_requests() {
 }
 
 _gponval() {
-  local -a configuration validation
+  local -a configuration validation remarks
   configuration=(
     '--running[the committed configuration]:file:_files'
     '*--change[an edit of it]:file:_files'
@@ -29,8 +29,13 @@ _gponval() {
     '--trace[write the trace]:level:(off flow entry detail)'
     '--stats[print the number of platform calls]'
   )
+  remarks=(
+    '--label[a short name of the commit]:text: '
+    '--comment[what the commit is for]:text: '
+  )
   if ((CURRENT == 2)); then
-    compadd commit diff request points load generate serve netconf history export --help --version
+    compadd commit diff request points load generate serve netconf history export rollback state \
+      --help --version
     return
   fi
   local command=$words[2]
@@ -42,7 +47,8 @@ _gponval() {
         '*--only[call these validators only]:request:_gponval_requests' \
         '--all[go on after an error]' \
         '--changes[print what the commit changes]' \
-        '--save[write the new configuration here]:file:_files'
+        '--save[write the new configuration here]:file:_files' \
+        '--state[commit to this state]:file:_files' $remarks
       ;;
     diff) _arguments $configuration ;;
     request)
@@ -70,6 +76,22 @@ _gponval() {
       ;;
     export)
       _arguments '--at[after this commit]:number: ' '--json[as JSON instead of XML]' \
+        '(-h --help)'{-h,--help}'[print the help]' '1:state:_files'
+      ;;
+    rollback)
+      _arguments $validation $remarks '--all[go on after an error]' \
+        '--format[how the answer is printed]:format:(text json)' \
+        '(-h --help)'{-h,--help}'[print the help]' '1:state:_files' '2:commit: '
+      ;;
+    state)
+      if ((CURRENT == 2)); then
+        compadd create --help
+        return
+      fi
+      shift words
+      ((CURRENT--))
+      _arguments '--running[the configuration to begin with]:file:_files' \
+        '--input-format[how inputs without a known ending are read]:format:(xml json)' \
         '(-h --help)'{-h,--help}'[print the help]' '1:state:_files'
       ;;
     serve)

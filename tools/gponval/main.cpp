@@ -79,7 +79,8 @@ ExitStatus run(int argc, char** argv) {
       gponval::add_commit(app),  gponval::add_diff(app),     gponval::add_request(app),
       gponval::add_points(app),  gponval::add_generate(app), gponval::add_serve(app),
       gponval::add_netconf(app), gponval::add_load(app),     gponval::add_history(app),
-      gponval::add_export(app),  gponval::add_complete(app)};
+      gponval::add_export(app),  gponval::add_rollback(app), gponval::add_state(app),
+      gponval::add_complete(app)};
   try {
     std::vector<std::string> arguments = arguments_of(argc, argv);
     std::reverse(arguments.begin(), arguments.end());  // the library wants them in reverse order

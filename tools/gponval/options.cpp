@@ -99,6 +99,11 @@ void add_format_option(CLI::App& app, RunOptions& options) {
       ->group(kRunGroup);
 }
 
+void add_all_option(CLI::App& app, bool& all) {
+  app.add_flag("--all", all, "Go on after an error and list every error and warning")
+      ->group(kRunGroup);
+}
+
 void add_validation_options(CLI::App& app, RunOptions& options) {
   add_choice_of(app, "--confirm", options.confirm, {"yes", "no", "ask"},
                 "The answer to warnings; ask is the default at a terminal, no elsewhere")

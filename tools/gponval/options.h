@@ -37,6 +37,8 @@ void add_configuration_options(CLI::App& app, InputOptions& options);
 void add_input_options(CLI::App& app, InputOptions& options);
 void add_plugin_option(CLI::App& app, RunOptions& options);
 void add_format_option(CLI::App& app, RunOptions& options);
+/// --all.
+void add_all_option(CLI::App& app, bool& all);
 /// --confirm, --trace and --stats.
 void add_validation_options(CLI::App& app, RunOptions& options);
 

@@ -22,6 +22,7 @@
 #include "tools/gponval/host.h"
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
+#include "tools/gponval/owned_state.h"
 #include "tools/gponval/plugin_location.h"
 #include "tools/gponval/serve_ssh.h"
 #include "tools/gponval/serve_state.h"
@@ -99,11 +100,6 @@ netconf::ServerOptions server_options(const ServeArguments& arguments) {
   options.hello_within = std::chrono::seconds(arguments.hello_within);
   options.filters.time = std::chrono::seconds(arguments.filter_time);
   return options;
-}
-
-// A file that may not grow must be an error of the one commit.
-void ignore_limit_of_files() {
-  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 // Can be read when one of the signals came that a server reacts to.

@@ -1,8 +1,5 @@
 #include "tools/gponval/serve_state.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <charconv>
 #include <chrono>
 #include <cstdint>
@@ -12,7 +9,8 @@
 #include <utility>
 
 #include "netconf/confirmed_commit.h"
-#include "netconf/state/snapshots.h"
+#include "tools/gponval/owned_state.h"
+#include "tools/gponval/remarks.h"
 #include "tools/gponval/usage_error.h"
 
 namespace gponval {
@@ -20,16 +18,6 @@ namespace {
 
 namespace netconf = tarnd::netconf;
 namespace state = tarnd::netconf::state;
-
-state::Author importer(const InputOptions& inputs) {
-  // There is one thread.
-  // cppcheck-suppress getpwuidCalled
-  const passwd* user = getpwuid(geteuid());
-  state::Author author;
-  author.user = user != nullptr ? user->pw_name : std::to_string(geteuid());
-  author.comment = name_in_message(inputs.running);
-  return author;
-}
 
 constexpr const char* kWrongKeep =
     "a number of commits is needed, such as 1000, or of days, such as 30d";
@@ -110,12 +98,10 @@ ServedState open_state(const StateArguments& arguments, const InputOptions& inpu
   check_begins(*journal, arguments, inputs);
   if (journal->is_new()) {
     load_running(datastore, inputs);
-    journal->begin(datastore, importer(inputs));
+    journal->begin(datastore, importer_of(inputs.running));
     return {std::move(journal), true};
   }
-  const auto left = journal->left_unconfirmed();
-  state::restore(journal->connection(), datastore,
-                 left.has_value() ? left->since : journal->newest());
+  restore_newest(*journal, datastore);
   return {std::move(journal), false};
 }
 
@@ -130,7 +116,7 @@ void resume(netconf::Card& card, const ServedState& served, const StateArguments
   }
   state::Commit import;
   import.kind = state::Kind::kImport;
-  import.author = importer(inputs);
+  import.author = importer_of(inputs.running);
   replace_by_running(card.candidate, inputs);
   import.changes = card.candidate.item_changes();
   card.journal->record(import, std::nullopt);

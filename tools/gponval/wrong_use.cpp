@@ -76,10 +76,14 @@ std::string wrong_argument(const CLI::App& gponval, const CLI::App* command,
 }  // namespace
 
 std::string wrong_use(const CLI::App& gponval, const CLI::ParseError& error) {
-  const std::vector<CLI::App*> commands = gponval.get_subcommands();
-  const CLI::App* command = commands.empty() ? nullptr : commands.front();
-  return wrong_argument(gponval, command, error) + " (see gponval" +
-         (command == nullptr ? "" : " " + command->get_name()) + " --help)";
+  const CLI::App* command = nullptr;
+  std::string name = "gponval";
+  for (auto inside = gponval.get_subcommands(); !inside.empty();
+       inside = command->get_subcommands()) {
+    command = inside.front();
+    name += " " + command->get_name();
+  }
+  return wrong_argument(gponval, command, error) + " (see " + name + " --help)";
 }
 
 }  // namespace gponval
