@@ -124,12 +124,14 @@ void in_own_process(const std::function<void()>& work) {
   if (status != 0) throw std::runtime_error("a measurement has failed");
 }
 
-Card::Card(const std::string& text) : schema_(TARND_MODEL_DIR), datastore_(schema_) {
+Card::Card(const std::string& text)
+    : Card(text, {&lib_init, &get_validation_point, &validate, &lib_finish}) {}
+
+Card::Card(const std::string& text, const tarnd::PluginEntryPoints& plugin)
+    : schema_(TARND_MODEL_DIR), datastore_(schema_) {
   insert_card(roomy_card());
   load_ = milliseconds([&] { datastore_.load(text, Format::kXml); });
-  daemon_ = std::make_unique<tarnd::Daemon>(
-      datastore_,
-      tarnd::PluginEntryPoints{&lib_init, &get_validation_point, &validate, &lib_finish});
+  daemon_ = std::make_unique<tarnd::Daemon>(datastore_, plugin);
 }
 
 tarnd::CommitReport Card::decide(Transaction& transaction, const std::vector<std::string>& only) {

@@ -55,6 +55,8 @@ void in_own_process(const std::function<void()>& work);
 class Card {
  public:
   explicit Card(const std::string& text);
+  /// The same with other entry points than the plug-in's own.
+  Card(const std::string& text, const tarnd::PluginEntryPoints& plugin);
 
   /// The time of the loading in the constructor.
   [[nodiscard]] double load_milliseconds() const { return load_; }
