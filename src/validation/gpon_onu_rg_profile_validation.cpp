@@ -15,6 +15,12 @@ constexpr const char* kNotProvisioned =
     "feature enabled. You shall force rg-profile reprovision using the command 'rg-reprovision' "
     "available on the onu configuration tree.";
 
+/// Not the byte at the flag's address, which is the highest one of a big-endian card.
+void set_lowest_byte(std::int32_t& flag, bool value) {
+  constexpr std::int32_t kOtherBytes = ~0xFF;
+  flag = (flag & kOtherBytes) | (value ? 1 : 0);
+}
+
 bool is_rg_profile_reference(const confd_hkeypath_t* keypath) {
   return CONFD_GET_XMLTAG(&keypath->v[0][0]) == base_rg_profile;
 }
@@ -59,7 +65,7 @@ maapi_iter_ret diff_iter_rg(confd_hkeypath_t* kp, maapi_iter_op op, confd_value_
                    static_cast<void*>(newv));
   }
   const bool is_change = op >= MOP_CREATED && op <= MOP_VALUE_SET;
-  *static_cast<std::uint8_t*>(state) = is_change ? 1 : 0;
+  set_lowest_byte(*static_cast<std::int32_t*>(state), is_change);
   return is_change ? ITER_STOP : ITER_CONTINUE;
 }
 

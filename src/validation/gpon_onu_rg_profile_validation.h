@@ -11,8 +11,8 @@
 std::int32_t validate_rg_prof_one_shot(std::int32_t maapi_sock, confd_trans_ctx* tctx,
                                        confd_hkeypath_t* keypath, confd_value_t* newval);
 
-/// Looks for any change. Sets the first byte of state, the changed flag: to 1 for a change, which
-/// also ends the iteration, or else to 0.
+/// Looks for any change. Sets the lowest byte of state, the changed flag of 32 bits: to 1 for a
+/// change, which also ends the iteration, or else to 0.
 maapi_iter_ret diff_iter_rg(confd_hkeypath_t* kp, maapi_iter_op op, confd_value_t* oldv,
                             confd_value_t* newv, void* state);
 
