@@ -154,7 +154,7 @@ void resume_pending(Card& card) {
   const auto left = journal.left_unconfirmed();
   if (!left.has_value()) return;
   card.candidate.set_return();
-  state::replay(journal.connection(), card.candidate, left->since + 1, journal.newest());
+  state::replay(journal.connection(), card.candidate, left->since, journal.newest());
   card.pending = {0, left->persist, steady_clock::now() + left->left};
   if (left->persist.empty()) return take_back(card, "the server was started again");
   if (!left->same_boot) return take_back(card, "the machine was started again");

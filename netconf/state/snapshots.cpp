@@ -1,10 +1,11 @@
 #include "netconf/state/snapshots.h"
 
-#include <utility>
-#include <vector>
+#include <algorithm>
+#include <string>
 
 #include "netconf/state/edit_text.h"
 #include "netconf/state/failure.h"
+#include "netconf/state/net_changes.h"
 #include "standalone/input_error.h"
 
 namespace tarnd::netconf::state {
@@ -17,23 +18,6 @@ using store::ItemChange;
                           const InputError& error) {
   throw Failure("state '" + connection.name() + "': " + what + ": " + error.what() +
                 "; it is damaged, or of another model");
-}
-
-void apply(const Connection& connection, store::Transaction& transaction, Number number,
-           const std::vector<ItemChange>& changes) {
-  try {
-    apply_changes(transaction, changes);
-    transaction.commit();
-  } catch (const InputError& error) {
-    damaged(connection, "commit " + std::to_string(number) + " cannot be replayed", error);
-  }
-}
-
-// Takes commits back, the newest first.
-void replay_back(Connection& connection, store::Transaction& transaction, Number from, Number to) {
-  for_each_change(connection, from, to, [&](Number number, std::vector<ItemChange> changes) {
-    apply(connection, transaction, number, store::reversed(std::move(changes)));
-  });
 }
 
 Number load_nearest(Connection& connection, store::Datastore& datastore, Number number) {
@@ -84,23 +68,26 @@ Snapshot newest_snapshot(Connection& connection) {
 void restore(Connection& connection, store::Datastore& datastore, Number number) {
   const Number nearest = load_nearest(connection, datastore, number);
   store::Transaction transaction(datastore);
-  if (nearest < number) replay(connection, transaction, nearest + 1, number);
-  if (nearest > number) replay_back(connection, transaction, nearest, number + 1);
+  replay(connection, transaction, nearest, number);
 }
 
 void take_back(Connection& connection, store::Transaction& transaction, Number newest,
                Number number) {
-  if (number == newest) return;
-  for_each_change(connection, newest, number + 1, [&](Number, std::vector<ItemChange> changes) {
-    apply_changes(transaction, store::reversed(std::move(changes)));
-  });
+  apply_changes(transaction, changes_between(connection, newest, number));
 }
 
 void replay(Connection& connection, store::Transaction& transaction, Number from, Number to) {
-  if (from > to) return;
-  for_each_change(connection, from, to, [&](Number number, const std::vector<ItemChange>& changes) {
-    apply(connection, transaction, number, changes);
-  });
+  try {
+    apply_changes(transaction, changes_between(connection, from, to));
+    transaction.commit();
+  } catch (const InputError& error) {
+    const std::string first = std::to_string(std::min(from, to) + 1);
+    const std::string last = std::to_string(std::max(from, to));
+    damaged(connection,
+            first == last ? "commit " + first + " cannot be replayed"
+                          : "the commits " + first + " to " + last + " cannot be replayed",
+            error);
+  }
 }
 
 }  // namespace tarnd::netconf::state

@@ -38,7 +38,8 @@ void restore(Connection& connection, store::Datastore& datastore, Number number)
 void take_back(Connection& connection, store::Transaction& transaction, Number newest,
                Number number);
 
-/// Commits the same changes again, from one commit to another, both included.
+/// Commits what leads from the configuration after one commit, which the transaction has, to that
+/// after another one.
 void replay(Connection& connection, store::Transaction& transaction, Number from, Number to);
 
 }  // namespace tarnd::netconf::state

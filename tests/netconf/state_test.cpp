@@ -8,13 +8,16 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "netconf/state/database.h"
 #include "netconf/state/failure.h"
 #include "netconf/state/journal.h"
 #include "netconf/state/keeping.h"
+#include "netconf/state/net_changes.h"
 #include "netconf/state/schema_version.h"
 #include "netconf/state/snapshots.h"
 #include "tests/netconf/state_file.h"
@@ -138,6 +141,32 @@ TEST_F(StateTest, ASnapshotHasWhatIsCommittedOnly) {
   journal.tend(candidate);
   EXPECT_EQ(newest_snapshot(journal.connection()).number, 2);
   EXPECT_THAT(restored(2), ::testing::Not(HasSubstr("<id>77</id>")));
+}
+
+TEST_F(StateTest, WhatLeadsFromOneCommitToAnotherHasEachItemOnce) {
+  using Changes = std::vector<store::ItemChange>;
+  const std::optional<std::string> none;
+  make(0);
+  Journal journal(file_.name());
+  const Changes commits[] = {
+      {{"/a", none, ""}, {"/a-b", none, "1"}, {"/c", "old", "x"}},
+      {{"/a/d", none, "2"}, {"/c", "x", "y"}, {"/gone", "3", none}},
+      {{"/a-b", "1", none}, {"/gone", none, "3"}},
+  };
+  for (const Changes& changes : commits) {
+    Commit commit;
+    commit.changes = changes;
+    journal.record(commit, std::nullopt);
+  }
+  // What is in /a follows it, before /a-b.
+  EXPECT_EQ(changes_between(journal.connection(), 1, 3), (Changes{{"/a", none, ""},
+                                                                  {"/a/d", none, "2"},
+                                                                  {"/a-b", none, "1"},
+                                                                  {"/c", "old", "y"},
+                                                                  {"/gone", "3", none}}));
+  EXPECT_EQ(changes_between(journal.connection(), 4, 1),
+            (Changes{{"/a", "", none}, {"/a/d", "2", none}, {"/c", "y", "old"}}));
+  EXPECT_EQ(changes_between(journal.connection(), 4, 4), Changes());
 }
 
 struct KeepCase {
