@@ -14,7 +14,7 @@ namespace {
 
 // To begin with a snapshot must cost little more than with the file of which it was made, and
 // snapshots themselves little more than the changes.
-constexpr std::size_t kPartOfSnapshot = 16;
+constexpr std::size_t kPartOfSnapshot = 32;
 constexpr std::size_t kMostLatest = 1000;
 constexpr std::size_t kLeastOfChanges = std::size_t{1} << 16;
 
@@ -37,7 +37,7 @@ Journal::Journal(const std::filesystem::path& file, Keep keep) : database_(file)
 }
 
 void Journal::begin(const store::Datastore& datastore, const Author& author) {
-  const std::string configuration = datastore.print(store::Format::kXml);
+  const std::string configuration = snapshot_text(datastore);
   Commit first;
   first.kind = Kind::kImport;
   first.author = author;
@@ -138,7 +138,7 @@ bool Journal::is_snapshot_due(std::time_t now) const {
 
 void Journal::renew_snapshot(const store::Transaction& candidate, std::time_t now) {
   const store::CommittedSight sight(candidate);
-  const std::string configuration = candidate.datastore().print(store::Format::kXml);
+  const std::string configuration = snapshot_text(candidate.datastore());
   Writing writing(connection());
   keep_snapshot(connection(), newest_, configuration, keep_.is_all() ? 1 : 2);
   // What waits to be confirmed may go back to an old one.

@@ -1,8 +1,10 @@
 #include "netconf/state/snapshots.h"
 
 #include <algorithm>
+#include <memory>
 #include <string>
 
+#include "netconf/data_text.h"
 #include "netconf/state/edit_text.h"
 #include "netconf/state/failure.h"
 #include "netconf/state/net_changes.h"
@@ -20,14 +22,30 @@ using store::ItemChange;
                 "; it is damaged, or of another model");
 }
 
+// By number alone: to sort the configurations themselves takes a temporary file.
+Number nearest_snapshot(Connection& connection, Number number) {
+  Statement select(connection, "SELECT number FROM snapshots ORDER BY abs(number - ?) LIMIT 1");
+  return select.bind(1, number).step() ? select.integer(0) : 0;
+}
+
+// Without reading it, which length() does.
+std::size_t size_of_snapshot(const Connection& connection, Number number) {
+  sqlite3_blob* opened = nullptr;
+  const int result = sqlite3_blob_open(connection.handle(), "main", "snapshots", "configuration",
+                                       number, 0, &opened);
+  const std::unique_ptr<sqlite3_blob, int (*)(sqlite3_blob*)> blob(opened, &sqlite3_blob_close);
+  if (result != SQLITE_OK) connection.fail();
+  return static_cast<std::size_t>(sqlite3_blob_bytes(blob.get()));
+}
+
 Number load_nearest(Connection& connection, store::Datastore& datastore, Number number) {
-  Statement select(connection,
-                   "SELECT number, configuration FROM snapshots ORDER BY abs(number - ?) LIMIT 1");
-  select.bind(1, number);
-  if (!select.step()) throw Failure("state '" + connection.name() + "': it has no configuration");
-  const Number nearest = select.integer(0);
+  const Number nearest = nearest_snapshot(connection, number);
+  Statement select(connection, "SELECT configuration FROM snapshots WHERE number = ?");
+  if (!select.bind(1, nearest).step()) {
+    throw Failure("state '" + connection.name() + "': it has no configuration");
+  }
   try {
-    datastore.load(select.text(1), Format::kXml);
+    datastore.load(select.text(0), Format::kXml);
   } catch (const InputError& error) {
     damaged(connection, "the configuration of commit " + std::to_string(nearest) + " is unreadable",
             error);
@@ -41,6 +59,13 @@ void apply_changes(store::Transaction& transaction, std::span<const ItemChange> 
   for (const std::string& text : edit_texts(transaction.datastore().schema(), changes)) {
     transaction.edit(text, Format::kXml);
   }
+}
+
+std::string snapshot_text(const store::Datastore& datastore) {
+  datastore.settle_order();
+  std::string text;
+  append_data(text, datastore.root(), Defaults::kExplicit);
+  return text;
 }
 
 void keep_snapshot(Connection& connection, Number number, const std::string& configuration,
@@ -59,10 +84,11 @@ void keep_snapshot(Connection& connection, Number number, const std::string& con
 
 Snapshot newest_snapshot(Connection& connection) {
   Statement select(connection,
-                   "SELECT number, time, length(CAST(configuration AS BLOB)) FROM snapshots"
-                   " JOIN commits USING (number) ORDER BY number DESC LIMIT 1");
+                   "SELECT number, time FROM snapshots JOIN commits USING (number)"
+                   " ORDER BY number DESC LIMIT 1");
   if (!select.step()) return {};
-  return {select.integer(0), select.integer(1), static_cast<std::size_t>(select.integer(2))};
+  const Number number = select.integer(0);
+  return {number, select.integer(1), size_of_snapshot(connection, number)};
 }
 
 void restore(Connection& connection, store::Datastore& datastore, Number number) {

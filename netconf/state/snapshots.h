@@ -23,6 +23,9 @@ struct Snapshot {
   std::size_t size = 0;
 };
 
+/// The configuration as a snapshot has it: XML without white space.
+std::string snapshot_text(const store::Datastore& datastore);
+
 /// Keeps the configuration as it is after a commit. Of the snapshots before, only the oldest ones
 /// stay, so many of them.
 void keep_snapshot(Connection& connection, Number number, const std::string& configuration,

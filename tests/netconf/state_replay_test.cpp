@@ -56,7 +56,7 @@ class History {
   /// The commits before are then reached backwards.
   void keep_newest() {
     if (journal_.newest() == 1) return;
-    keep_snapshot(journal_.connection(), journal_.newest(), texts_.back(), 1);
+    keep_snapshot(journal_.connection(), journal_.newest(), snapshot_text(datastore_), 1);
     journal_.connection().run("DELETE FROM snapshots WHERE number = 1");
   }
 
