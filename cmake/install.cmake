@@ -1,6 +1,7 @@
-# What an installation holds, relative to the prefix, in two components:
+# What an installation holds, relative to the prefix, in three components:
 #   plugin   what a card needs: the plug-in, the headers of the platform that loads it, the manual
 #   gponval  the command with its platform, the model and the examples
+#   python   the Python package, see python/CMakeLists.txt; it uses the other two
 # The command finds the rest from its own folder, so an installation may be moved as a whole.
 
 include(GNUInstallDirs)

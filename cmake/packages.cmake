@@ -1,4 +1,4 @@
-# The Debian packages: cpack in the build folder makes libgpon-valid and gponval of the two
+# The Debian packages: cpack in the build folder makes libgpon-valid, gponval and python3-gponval of the
 # components of the installation. The address ends in .invalid, since nobody reads mail for it yet.
 
 set(CPACK_GENERATOR DEB)
@@ -14,7 +14,11 @@ set(CPACK_COMPONENTS_ALL plugin)
 if(NOT CONFD_DIR)
   list(APPEND CPACK_COMPONENTS_ALL gponval)
 endif()
+if(TARGET gponval_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_COMPONENT_GPONVAL_DEPENDS plugin)
+set(CPACK_COMPONENT_PYTHON_DEPENDS gponval)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION net)
@@ -43,6 +47,22 @@ set(CPACK_DEBIAN_GPONVAL_DESCRIPTION
 Commits a change of the configuration of a GPON or XGS-PON line card through
 the validation plug-in of the tarnd daemon, on a workstation, and prints the
 verdict. Brings the data model and examples.
+${zlog_origin}")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-gponval)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+if(TARGET gponval_python)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS ${PYTHON_NEEDED})
+  # The platform's library is in the package gponval.
+  get_target_property(platform_folder tarnd_standalone BINARY_DIR)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${platform_folder})
+endif()
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/python/prerm)
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+"verdicts on line-card configuration changes in Python
+Has the configuration of a GPON or XGS-PON line card in a Python process and
+validates changes with the plug-in of the tarnd daemon; also reports what the
+PON links carry.
 ${zlog_origin}")
 
 include(CPack)

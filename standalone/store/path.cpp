@@ -106,6 +106,12 @@ std::optional<Path> Path::parse(const Schema& schema, std::string_view text, std
   return path;
 }
 
+Path Path::parent() const {
+  Path path = *this;
+  path.steps_.pop_back();
+  return path;
+}
+
 bool Path::names_impossible_entry() const {
   return std::any_of(steps_.begin(), steps_.end(), [](const PathStep& step) {
     const std::size_t wanted = step.node->kind == NodeKind::kLeafList ? 1 : step.node->num_keys;

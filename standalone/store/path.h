@@ -27,6 +27,8 @@ class Path {
 
   [[nodiscard]] const std::vector<PathStep>& steps() const { return steps_; }
   [[nodiscard]] const PathStep& last() const { return steps_.back(); }
+  /// The path without its last element, of which there must be more than one.
+  [[nodiscard]] Path parent() const;
   /// Whether an element has braces without keys or with a wrong number of them: no such entry can
   /// exist.
   [[nodiscard]] bool names_impossible_entry() const;

@@ -1,0 +1,102 @@
+"""What a user may give as a configuration, a change or a card description."""
+
+from __future__ import annotations
+
+import json
+import os
+from typing import Any, List, Mapping, Optional, Union
+
+from gponval import _native
+from gponval._edit import Edit, lexical
+from gponval._errors import InputError
+
+Source = Union[str, "os.PathLike[str]", Mapping[str, Any]]
+Change = Union[Source, Edit]
+
+_BYTE_ORDER_MARK = "\ufeff"
+_BLANKS = " \t\r\n"
+# More than any card needs; a longer file, such as /dev/zero, is no configuration.
+_LONGEST_FILE = 250_000_000
+
+
+def _read(name: str) -> bytes:
+    try:
+        with open(name, "rb") as file:
+            text = file.read(_LONGEST_FILE + 1)
+    except OSError as error:
+        raise InputError(f"cannot read: {error.strerror}", name) from error
+    except ValueError as error:
+        raise InputError(f"cannot read: {error}", name) from error
+    if len(text) > _LONGEST_FILE:
+        raise InputError(f"cannot read: longer than {_LONGEST_FILE // 1_000_000} MB", name)
+    return text
+
+
+def utf8(text: str) -> bytes:
+    """The text for the extension module. Half of a surrogate pair has no form in UTF-8."""
+    try:
+        return text.encode()
+    except UnicodeEncodeError as error:
+        raise InputError(f"the text is not Unicode at its character {error.start + 1}") from error
+
+
+def _json_of(source: Mapping[str, Any]) -> str:
+    try:
+        return json.dumps(source)
+    except (TypeError, ValueError, RecursionError) as error:
+        raise InputError(f"the dict cannot be written as JSON: {error}") from error
+
+
+def _begin_of(text: str) -> str:
+    return text.lstrip(_BYTE_ORDER_MARK + _BLANKS)[:1]
+
+
+def _name_of(source: Any) -> str:
+    if not isinstance(source, (str, os.PathLike)):
+        raise TypeError(f"expected a path, a text or a dict, not {type(source).__name__}")
+    name = os.fspath(source)
+    if not isinstance(name, str):
+        raise TypeError("expected a path of type str")
+    return name
+
+
+def _native_source(source: Source, prefix: str = "") -> _native.Edit:
+    if isinstance(source, Mapping):
+        return _native.Edit(prefix + "json", _json_of(source))
+    if isinstance(source, str) and _begin_of(source) in ("<", "{"):
+        kind = "json" if _begin_of(source) == "{" else "xml"
+        return _native.Edit(prefix + kind, utf8(source))
+    name = _name_of(source)
+    kind = "json" if name.lower().endswith(".json") else "xml"
+    return _native.Edit(prefix + kind, _read(name), os.fsencode(name))
+
+
+def configuration(source: Source) -> _native.Edit:
+    """A whole configuration."""
+    return _native_source(source)
+
+
+def edits(change: Optional[Change], candidate: Optional[Source] = None) -> List[_native.Edit]:
+    """A change, or a candidate, as edits."""
+    if change is not None and candidate is not None:
+        raise TypeError("give a change or a candidate, not both")
+    if candidate is not None:
+        return [_native_source(candidate, "candidate-")]
+    if change is None:
+        return []
+    if isinstance(change, Edit):
+        return [_native.Edit(operation, utf8(text)) for operation, text in change.steps]
+    return [_native_source(change)]
+
+
+def card_file(card: Optional[Source]) -> Optional[_native.Edit]:
+    """A card description: a file, its text, or a dict of its keys."""
+    if card is None:
+        return None
+    if isinstance(card, Mapping):
+        lines = (f"{key} = {lexical(value)}\n" for key, value in card.items())
+        return _native.Edit("card", utf8("".join(lines)))
+    if isinstance(card, str) and ("=" in card or "\n" in card):
+        return _native.Edit("card", utf8(card))
+    name = _name_of(card)
+    return _native.Edit("card", _read(name), os.fsencode(name))

@@ -1,0 +1,73 @@
+#include "python/native/process.h"
+
+#include <dlfcn.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+
+namespace gponval::python {
+namespace {
+
+constexpr const char* kPlatform = "libtarnd_standalone.so";
+
+struct Places {
+  std::string plugin;
+  std::string model;
+};
+
+Places& places() {
+  static Places known;
+  return known;
+}
+
+// Python loads modules, and with them the platform, so that only they see it; the plug-in finds the
+// platform's functions among the names that the whole process sees.
+tarnd::Plugin& load_plugin() {
+  dlopen(kPlatform, RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
+  return *new tarnd::Plugin(places().plugin);
+}
+
+std::mutex& process_lock() {
+  static auto& lock = *new std::mutex;
+  return lock;
+}
+
+std::atomic<std::thread::id>& owner() {
+  static std::atomic<std::thread::id> thread;
+  return thread;
+}
+
+}  // namespace
+
+void set_places(const std::string& plugin, const std::string& model) {
+  places() = {plugin, model};
+}
+
+const tarnd::store::Schema& schema() {
+  static const auto& loaded = *new tarnd::store::Schema(places().model);
+  return loaded;
+}
+
+const tarnd::Plugin& plugin() {
+  static const tarnd::Plugin& loaded = load_plugin();
+  return loaded;
+}
+
+Turn::Turn() : lock_(process_lock(), std::defer_lock) {
+  if (is_taken_here()) {
+    throw std::logic_error("a function that confirms warnings cannot use a card");
+  }
+  lock_.lock();
+  owner() = std::this_thread::get_id();
+}
+
+Turn::~Turn() {
+  owner() = std::thread::id();
+}
+
+bool Turn::is_taken_here() {
+  return owner() == std::this_thread::get_id();
+}
+
+}  // namespace gponval::python

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+
+#include "standalone/daemon/plugin.h"
+#include "standalone/store/schema.h"
+
+namespace gponval::python {
+
+/// Where the plug-in and the model are. To be called once, before the first card.
+void set_places(const std::string& plugin, const std::string& model);
+
+// What all cards of the process share. Loaded at the first use, which needs a Turn, and never
+// destroyed: Python ends without destroying all its objects, so a card may outlive whatever is
+// destroyed at the end of the process.
+const tarnd::store::Schema& schema();
+const tarnd::Plugin& plugin();
+
+/// Held while a card works, without Python's lock: the plug-in, the inserted card and libyang's
+/// context belong to the process, so one card works at a time. Throws std::logic_error if this
+/// thread has the turn already, in a function that confirms warnings: it would wait for itself.
+class Turn {
+ public:
+  Turn();
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+  ~Turn();
+
+  /// Whether this thread has the turn.
+  static bool is_taken_here();
+
+ private:
+  std::unique_lock<std::mutex> lock_;
+};
+
+}  // namespace gponval::python
