@@ -1,6 +1,5 @@
 #include "netconf/editing.h"
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
@@ -10,6 +9,7 @@
 #include "netconf/configuration_text.h"
 #include "netconf/locks.h"
 #include "netconf/verdicts.h"
+#include "netconf/words.h"
 #include "netconf/xml_text.h"
 
 namespace tarnd::netconf {
@@ -19,18 +19,16 @@ using store::Format;
 
 enum class Test { kSet, kTestThenSet, kTestOnly };
 
-struct TestOption {
-  std::string_view name;
-  Test test;
-};
+constexpr std::array kTestOptions{Word<Test>{"set", Test::kSet},
+                                  Word<Test>{"test-then-set", Test::kTestThenSet},
+                                  Word<Test>{"test-only", Test::kTestOnly}};
 
-constexpr std::array kTestOptions{TestOption{"set", Test::kSet},
-                                  TestOption{"test-then-set", Test::kTestThenSet},
-                                  TestOption{"test-only", Test::kTestOnly}};
+// An edit is done as a whole or not at all, but if it goes on.
+enum class OnError { kUndo, kGoOn };
 
-constexpr std::string_view kContinue = "continue-on-error";
-constexpr std::array<std::string_view, 3> kErrorOptions{"stop-on-error", "rollback-on-error",
-                                                        kContinue};
+constexpr std::array kErrorOptions{Word<OnError>{"stop-on-error", OnError::kUndo},
+                                   Word<OnError>{"rollback-on-error", OnError::kUndo},
+                                   Word<OnError>{"continue-on-error", OnError::kGoOn}};
 
 struct EditOptions {
   Test test = Test::kSet;
@@ -39,25 +37,11 @@ struct EditOptions {
 
 // Without a test-option an edit may leave the candidate incomplete, for the next one to complete.
 Test test_option(const Run& run) {
-  const Element* given = find_parameter(run, "test-option");
-  if (given == nullptr) return Test::kSet;
-  const std::string_view name = trimmed(given->text);
-  const auto* option = std::find_if(kTestOptions.begin(), kTestOptions.end(),
-                                    [name](const TestOption& known) { return known.name == name; });
-  if (option != kTestOptions.end()) return option->test;
-  refuse(invalid_value("test-option is '" + std::string(name) +
-                       "'; test-then-set, set or test-only is needed"));
+  return meaning_of(run, "test-option", kTestOptions).value_or(Test::kSet);
 }
 
 bool continues_on_error(const Run& run) {
-  const Element* given = find_parameter(run, "error-option");
-  if (given == nullptr) return false;
-  const std::string_view name = trimmed(given->text);
-  if (std::find(kErrorOptions.begin(), kErrorOptions.end(), name) == kErrorOptions.end()) {
-    refuse(invalid_value("error-option is '" + std::string(name) +
-                         "'; stop-on-error, continue-on-error or rollback-on-error is needed"));
-  }
-  return name == kContinue;
+  return meaning_of(run, "error-option", kErrorOptions).value_or(OnError::kUndo) == OnError::kGoOn;
 }
 
 EditOptions edit_options(const Run& run) {

@@ -1,34 +1,21 @@
 #include "netconf/with_defaults.h"
 
-#include <algorithm>
 #include <array>
-#include <string_view>
 
-#include "netconf/xml_text.h"
+#include "netconf/words.h"
 
 namespace tarnd::netconf {
 namespace {
 
-struct Mode {
-  std::string_view name;
-  Defaults defaults;
-};
-
-constexpr std::array kModes{
-    Mode{"explicit", Defaults::kExplicit}, Mode{"report-all", Defaults::kReportAll},
-    Mode{"report-all-tagged", Defaults::kReportAllTagged}, Mode{"trim", Defaults::kTrim}};
+constexpr std::array kModes{Word<Defaults>{"explicit", Defaults::kExplicit},
+                            Word<Defaults>{"report-all", Defaults::kReportAll},
+                            Word<Defaults>{"report-all-tagged", Defaults::kReportAllTagged},
+                            Word<Defaults>{"trim", Defaults::kTrim}};
 
 }  // namespace
 
 Defaults defaults_asked_for(const Run& run) {
-  const Element* asked = find_parameter(run, "with-defaults");
-  if (asked == nullptr) return Defaults::kExplicit;
-  const std::string_view name = trimmed(asked->text);
-  const auto* mode = std::find_if(kModes.begin(), kModes.end(),
-                                  [name](const Mode& known) { return known.name == name; });
-  if (mode != kModes.end()) return mode->defaults;
-  refuse(invalid_value("with-defaults is '" + std::string(name) +
-                       "'; explicit, report-all, report-all-tagged or trim is needed"));
+  return meaning_of(run, "with-defaults", kModes).value_or(Defaults::kExplicit);
 }
 
 bool is_reported(const lyd_node* leaf, Defaults defaults) {
