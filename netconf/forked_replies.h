@@ -13,7 +13,7 @@
 
 #include "netconf/card.h"
 #include "netconf/reply.h"
-#include "netconf/unix_socket.h"
+#include "standalone/descriptor.h"
 
 namespace tarnd::netconf {
 

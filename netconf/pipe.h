@@ -1,6 +1,6 @@
 #pragma once
 
-#include "netconf/unix_socket.h"
+#include "standalone/descriptor.h"
 
 namespace tarnd::netconf {
 

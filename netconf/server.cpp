@@ -14,6 +14,7 @@
 
 #include "netconf/confirmed_commit.h"
 #include "netconf/recording.h"
+#include "netconf/unix_socket.h"
 
 namespace tarnd::netconf {
 namespace {

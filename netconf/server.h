@@ -14,7 +14,7 @@
 #include "netconf/card.h"
 #include "netconf/forked_replies.h"
 #include "netconf/session.h"
-#include "netconf/unix_socket.h"
+#include "standalone/descriptor.h"
 
 namespace tarnd::netconf {
 

@@ -9,7 +9,7 @@
 
 #include "netconf/card.h"
 #include "netconf/ssh_address.h"
-#include "netconf/unix_socket.h"
+#include "standalone/descriptor.h"
 
 namespace tarnd::netconf {
 

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
-#include <utility>
 
 namespace tarnd::netconf {
 namespace {
@@ -51,17 +50,6 @@ void remove_abandoned(const std::filesystem::path& name) {
 }
 
 }  // namespace
-
-Descriptor::Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  std::swap(number_, other.number_);
-  return *this;
-}
-
-Descriptor::~Descriptor() {
-  if (number_ >= 0) close(number_);
-}
 
 Descriptor connect_to(const std::filesystem::path& name) {
   const sockaddr_un address = address_of(name);

@@ -4,23 +4,9 @@
 
 #include <filesystem>
 
+#include "standalone/descriptor.h"
+
 namespace tarnd::netconf {
-
-/// An open file, closed at the end.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  Descriptor(Descriptor&& other) noexcept;
-  Descriptor& operator=(Descriptor&& other) noexcept;
-  ~Descriptor();
-
-  [[nodiscard]] int get() const { return number_; }
-
- private:
-  int number_;
-};
 
 /// Connects to the socket of that name. Throws std::system_error.
 Descriptor connect_to(const std::filesystem::path& name);

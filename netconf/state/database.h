@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "netconf/state/sqlite.h"
-#include "netconf/unix_socket.h"
+#include "standalone/descriptor.h"
 
 namespace tarnd::netconf::state {
 

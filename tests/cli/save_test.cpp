@@ -15,7 +15,7 @@
 #include <utility>
 
 #include "tests/cli/gponval_run.h"
-#include "tools/gponval/file_descriptor.h"
+#include "tools/gponval/file_lock.h"
 
 namespace gponval::test {
 namespace {
@@ -57,29 +57,29 @@ class SaveTest : public CommandTest {
                                    gponval_command(), running, target});
     });
     // Opened without a reader it fails, so that a command that ends early ends the test, too.
-    FileDescriptor change(-1);
+    tarnd::Descriptor change(-1);
     while (!change.is_open() &&
            run.wait_for(std::chrono::milliseconds(5)) != std::future_status::ready) {
-      change = FileDescriptor(open(fifo.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+      change = tarnd::Descriptor(open(fifo.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
     }
     others_do();
     const std::string text = in_config(good_);
     if (change.is_open()) {
       EXPECT_EQ(write(change.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
-    change = FileDescriptor(-1);
+    change = tarnd::Descriptor(-1);
     return run.get();
   }
 
   /// The file, locked as by a running command.
-  [[nodiscard]] FileDescriptor locked(const std::string& name) const {
-    FileDescriptor descriptor(open((folder_ / name).c_str(), O_RDONLY | O_CLOEXEC));
+  [[nodiscard]] tarnd::Descriptor locked(const std::string& name) const {
+    tarnd::Descriptor descriptor(open((folder_ / name).c_str(), O_RDONLY | O_CLOEXEC));
     EXPECT_EQ(flock(descriptor.get(), LOCK_EX | LOCK_NB), 0) << name;
     return descriptor;
   }
 
-  [[nodiscard]] FileDescriptor make_socket(const std::string& name) const {
-    FileDescriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  [[nodiscard]] tarnd::Descriptor make_socket(const std::string& name) const {
+    tarnd::Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     (folder_ / name).string().copy(address.sun_path, sizeof(address.sun_path) - 1);
@@ -166,7 +166,7 @@ TEST_F(SaveTest, ANameMayBeAsLongAsItGets) {
 TEST_F(SaveTest, WhatIsNoRegularFileIsRefusedBeforeTheCommit) {
   std::filesystem::create_directory(folder_ / "folder");
   mkfifo((folder_ / "fifo").c_str(), 0600);
-  const FileDescriptor socket = make_socket("socket");
+  const tarnd::Descriptor socket = make_socket("socket");
   for (const auto& [link, target] : {std::pair("to-folder", "folder"),
                                      {"to-device", "/dev/null"},
                                      {"to-nowhere", "missing/new.xml"},
@@ -334,7 +334,7 @@ TEST_F(SaveTest, ARunWaitsForAnotherAndSeesWhatThatSaved) {
   config("change.xml", service_port(4, 2, 20));
   std::future<Outcome> run;
   {
-    const FileDescriptor other = locked("card.xml");
+    const tarnd::Descriptor other = locked("card.xml");
     run = std::async(std::launch::async, [this] {
       return gponval(
           {"commit", "--running", "card.xml", "--change", "change.xml", "--save", "card.xml"});
@@ -349,7 +349,7 @@ TEST_F(SaveTest, ARunWaitsForAnotherAndSeesWhatThatSaved) {
 
 TEST_F(SaveTest, ARunDoesNotWaitForever) {
   const std::string before = text_of("card.xml");
-  const FileDescriptor other = locked("card.xml");
+  const tarnd::Descriptor other = locked("card.xml");
   const Outcome run = commit(good_, {"--save", "card.xml"});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.err, "gponval: cannot save 'card.xml': another run is committing to it\n");
@@ -414,7 +414,7 @@ TEST_F(SaveTest, TheNextSaveRemovesWhatAKilledRunLeft) {
   const std::string link = ".gponval-save-1111111111111111";
   std::filesystem::create_symlink("change.xml", folder_ / link);
   const std::string of_living = file(".gponval-save-2222222222222222", "own");
-  const FileDescriptor living = locked(of_living);
+  const tarnd::Descriptor living = locked(of_living);
 
   EXPECT_EQ(commit(good_, {"--save", "new.xml"}).status, 0);
   std::vector<std::string> expected = own;

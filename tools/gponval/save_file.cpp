@@ -84,22 +84,22 @@ bool reads_from(const std::string& running, const fs::path& target) {
 
 // The lock is on the file itself, so that no lock file is left over. While a run waits for the
 // lock, the file may be replaced by a new one; then it tries again with that.
-FileDescriptor lock_file(const std::string& name, const fs::path& target) {
+tarnd::Descriptor lock_file(const std::string& name, const fs::path& target) {
   const Clock::time_point give_up = Clock::now() + kLongestWait;
   while (true) {
-    FileDescriptor file = FileDescriptor::open_to_lock(target);
+    tarnd::Descriptor file = open_to_lock(target);
     if (!file.is_open()) {
       throw UsageError("cannot read '" + name + "': " + std::generic_category().message(errno));
     }
-    const int error = file.try_lock();
-    if (error == 0 && file.is_regular_file_at(target)) return file;
+    const int error = try_lock(file);
+    if (error == 0 && is_regular_file_at(file, target)) return file;
     if (error != 0 && error != EWOULDBLOCK) cannot_save(name, error);
     if (Clock::now() > give_up) cannot_save(name, "another run is committing to it");
     if (error != 0) std::this_thread::sleep_for(kBetweenLooks);
   }
 }
 
-bool holds(const FileDescriptor& file, std::string_view text) {
+bool holds(const tarnd::Descriptor& file, std::string_view text) {
   std::array<char, kReadSize> buffer{};
   for (off_t at = 0;;) {
     const ssize_t size = ::pread(file.get(), buffer.data(), buffer.size(), at);
@@ -122,7 +122,7 @@ SaveFile::SaveFile(const std::string& name, const std::string& running)
 
 // The whole text is compared: neither times nor sizes show every change.
 void SaveFile::check_unchanged() const {
-  if (!locked_->is_regular_file_at(target_) || !holds(*locked_, running_)) {
+  if (!is_regular_file_at(*locked_, target_) || !holds(*locked_, running_)) {
     cannot_save(name_, "it has changed since it was read");
   }
 }
@@ -131,7 +131,7 @@ void SaveFile::replace(const std::string& text) const {
   try {
     const fs::path folder_name = folder_of(target_);
     // Opened before the rename, so that a failure leaves the old file in place.
-    const FileDescriptor folder(::open(folder_name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const tarnd::Descriptor folder(::open(folder_name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder.is_open()) cannot_save(name_, errno);
     TemporaryFile file(folder_name);
     file.write(text);

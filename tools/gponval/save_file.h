@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "tools/gponval/file_descriptor.h"
+#include "tools/gponval/file_lock.h"
 
 namespace gponval {
 
@@ -30,8 +30,8 @@ class SaveFile {
   void check_unchanged() const;
 
   std::string name_;
-  std::filesystem::path target_;          ///< links followed
-  std::optional<FileDescriptor> locked_;  ///< the target, if it is the running file
+  std::filesystem::path target_;             ///< links followed
+  std::optional<tarnd::Descriptor> locked_;  ///< the target, if it is the running file
   std::string running_;
 };
 

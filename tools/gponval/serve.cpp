@@ -103,12 +103,12 @@ netconf::ServerOptions server_options(const ServeArguments& arguments) {
 }
 
 // Can be read when one of the signals came that a server reacts to.
-netconf::Descriptor watch_signals() {
+tarnd::Descriptor watch_signals() {
   sigset_t signals;
   sigemptyset(&signals);
   for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGCHLD}) sigaddset(&signals, signal);
   sigprocmask(SIG_BLOCK, &signals, nullptr);
-  netconf::Descriptor watched(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+  tarnd::Descriptor watched(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
   if (watched.get() < 0) throw UsageError(std::string("signalfd: ") + std::strerror(errno));
   return watched;
 }
@@ -116,7 +116,7 @@ netconf::Descriptor watch_signals() {
 using Ssh = std::optional<netconf::SshDaemon>;
 
 // Returns false for one that ends the server.
-bool take_signal(const netconf::Descriptor& signals, const ServerLog& log, Ssh& ssh) {
+bool take_signal(const tarnd::Descriptor& signals, const ServerLog& log, Ssh& ssh) {
   signalfd_siginfo signal{};
   if (read(signals.get(), &signal, sizeof signal) != sizeof signal) return true;
   if (signal.ssi_signo == SIGHUP) {
@@ -165,7 +165,7 @@ ExitStatus serve(const ServeArguments& arguments) {
   }
   Host host(arguments.run, read_card(arguments.inputs));
   const ServedState state = open_state(arguments.state, arguments.inputs, host.datastore());
-  const netconf::Descriptor signals = watch_signals();
+  const tarnd::Descriptor signals = watch_signals();
   const ServerLog server_log(arguments.log);
   const netconf::Log log = [&server_log](netconf::LogLevel level, const std::string& text) {
     server_log.write(level, text);

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "netconf/unix_socket.h"
+#include "standalone/descriptor.h"
 
 namespace gponval {
 
@@ -23,7 +23,7 @@ void report_ready() {
   char* path = static_cast<char*>(address.sun_path);
   std::copy(name.begin(), name.end(), path);
   if (*path == '@') *path = '\0';  // a name outside the file system
-  const tarnd::netconf::Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  const tarnd::Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   // The manager waits for it and says so if it does not come.
   sendto(socket.get(), kReady.data(), kReady.size(), MSG_NOSIGNAL,
          reinterpret_cast<const sockaddr*>(&address),

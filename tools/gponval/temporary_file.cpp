@@ -43,8 +43,8 @@ bool is_temporary_name(const std::string& name) {
 
 // Unlinked while it is locked, so that no other run can lock it and use it meanwhile.
 void remove_unless_owned(const std::filesystem::path& name) {
-  const FileDescriptor file = FileDescriptor::open_to_lock(name);
-  if (!file.is_open() || file.try_lock() != 0 || !file.is_regular_file_at(name)) return;
+  const tarnd::Descriptor file = open_to_lock(name);
+  if (!file.is_open() || try_lock(file) != 0 || !is_regular_file_at(file, name)) return;
   ::unlink(name.c_str());
 }
 
@@ -56,10 +56,11 @@ TemporaryFile::TemporaryFile(const std::filesystem::path& folder) : file_(-1) {
   bool owned = false;
   while (!owned) {
     name_ = folder / new_name();
-    file_ = FileDescriptor(::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnMode));
+    file_ =
+        tarnd::Descriptor(::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnMode));
     if (!file_.is_open() && errno == EEXIST) continue;
     if (!file_.is_open()) fail();
-    owned = file_.try_lock() != EWOULDBLOCK && file_.is_regular_file_at(name_);
+    owned = try_lock(file_) != EWOULDBLOCK && is_regular_file_at(file_, name_);
   }
 }
 

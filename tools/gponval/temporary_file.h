@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string_view>
 
-#include "tools/gponval/file_descriptor.h"
+#include "tools/gponval/file_lock.h"
 
 namespace gponval {
 
@@ -26,7 +26,7 @@ class TemporaryFile {
 
  private:
   std::filesystem::path name_;
-  FileDescriptor file_;
+  tarnd::Descriptor file_;
   bool renamed_ = false;
 };
 
