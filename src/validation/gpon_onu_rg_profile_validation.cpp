@@ -1,5 +1,7 @@
 #include "gpon_onu_rg_profile_validation.h"
 
+#include <cstddef>
+
 #include "base.h"
 #include "confd_cdb.h"
 #include "gpon_vald_trace_itf.h"
@@ -15,10 +17,12 @@ constexpr const char* kNotProvisioned =
     "feature enabled. You shall force rg-profile reprovision using the command 'rg-reprovision' "
     "available on the onu configuration tree.";
 
-/// Not the byte at the flag's address, which is the highest one of a big-endian card.
-void set_lowest_byte(std::int32_t& flag, bool value) {
-  constexpr std::int32_t kOtherBytes = ~0xFF;
-  flag = (flag & kOtherBytes) | (value ? 1 : 0);
+/// Of a flag of 32 bits. On a big-endian card it is not the byte at the flag's address, but the
+/// last.
+std::uint8_t& lowest_byte(void* flag) {
+  constexpr bool kIsBigEndian = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__;
+  constexpr std::size_t kOffset = kIsBigEndian ? sizeof(std::int32_t) - 1 : 0;
+  return static_cast<std::uint8_t*>(flag)[kOffset];
 }
 
 bool is_rg_profile_reference(const confd_hkeypath_t* keypath) {
@@ -65,7 +69,7 @@ maapi_iter_ret diff_iter_rg(confd_hkeypath_t* kp, maapi_iter_op op, confd_value_
                    static_cast<void*>(newv));
   }
   const bool is_change = op >= MOP_CREATED && op <= MOP_VALUE_SET;
-  set_lowest_byte(*static_cast<std::int32_t*>(state), is_change);
+  lowest_byte(state) = is_change ? 1 : 0;
   return is_change ? ITER_STOP : ITER_CONTINUE;
 }
 

@@ -237,7 +237,8 @@ TEST_F(OneShotProvCheck, TheTraceShowsEveryChangeThatIsChecked) {
     EXPECT_TRUE(trace.has_record("FLOW", text.data()));
   }
   TraceCapture trace(TraceLevel::kDetail);
-  diff_iter_rg(&keypath, MOP_VALUE_SET, &old_value, &new_value, &changed);
+  std::int32_t override_changed = 0;
+  diff_iter_rg(&keypath, MOP_VALUE_SET, &old_value, &new_value, &override_changed);
   EXPECT_TRUE(trace.has_record("DETAIL", text.data()));
 }
 
