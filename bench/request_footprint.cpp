@@ -11,7 +11,9 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <numeric>
 #include <string>
@@ -51,6 +53,7 @@ void forget(void* memory) {
 }  // namespace
 
 // The C library's own functions, under the names that it calls them by itself.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 void* __libc_malloc(std::size_t size);                     // NOLINT
 void* __libc_calloc(std::size_t count, std::size_t size);  // NOLINT
@@ -77,6 +80,7 @@ void free(void* memory) {
   __libc_free(memory);
 }
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 namespace {
 
@@ -109,12 +113,13 @@ class PaintedStack {
     std::memset(memory_, kPaint, kStackSize);
     ucontext_t here{};
     ucontext_t there{};
-    getcontext(&there);
+    // A thread would have data of its own on the stack.
+    getcontext(&there);  // cppcheck-suppress getcontextCalled
     there.uc_stack.ss_sp = memory_;
     there.uc_stack.ss_size = kStackSize;
     there.uc_link = &here;
-    makecontext(&there, function, 0);
-    swapcontext(&here, &there);
+    makecontext(&there, function, 0);  // cppcheck-suppress makecontextCalled
+    swapcontext(&here, &there);        // cppcheck-suppress swapcontextCalled
     const unsigned char* const end = memory_ + kStackSize;
     return static_cast<std::size_t>(
         end - std::find_if(static_cast<const unsigned char*>(memory_), end,
