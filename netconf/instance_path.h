@@ -12,4 +12,7 @@ namespace tarnd::netconf {
 /// name, such as one with a key that has both kinds of quotes.
 std::string instance_path(const store::Schema& schema, std::string_view path);
 
+/// The path that instance_path() has made this of; empty for any other text.
+std::string keypath_of(std::string_view instance);
+
 }  // namespace tarnd::netconf

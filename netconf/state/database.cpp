@@ -25,8 +25,9 @@ int note_pages(void* pages, sqlite3* /*handle*/, const char* /*name*/, int now) 
   return SQLITE_OK;
 }
 
-[[noreturn]] void fail(const std::filesystem::path& file, const std::string& why) {
-  throw Failure("state '" + file.string() + "': " + why);
+[[noreturn]] void fail(const std::filesystem::path& file, const std::string& why,
+                       Failure::Cause cause = Failure::Cause::kOther) {
+  throw Failure("state '" + file.string() + "': " + why, cause);
 }
 
 // SQLite opens a file that it must not write to for reading, and a folder not at all.
@@ -34,7 +35,8 @@ Descriptor locked(const std::filesystem::path& file) {
   Descriptor lock(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnersOnly));
   if (lock.get() < 0) fail(file, std::strerror(errno));
   if (flock(lock.get(), LOCK_EX | LOCK_NB) == 0) return lock;
-  fail(file, errno == EWOULDBLOCK ? "another process serves it" : std::strerror(errno));
+  if (errno != EWOULDBLOCK) fail(file, std::strerror(errno));
+  fail(file, "another process serves it", Failure::Cause::kInUse);
 }
 
 }  // namespace

@@ -10,7 +10,9 @@ class Failure : public std::runtime_error {
  public:
   enum class Cause {
     kOther,
-    kNoRoom  ///< the disk is full, or the file may not grow
+    kNoRoom,  ///< the disk is full, or the file may not grow
+    kInUse,   ///< another process writes to it
+    kDamaged
   };
 
   explicit Failure(const std::string& what, Cause cause = Cause::kOther)

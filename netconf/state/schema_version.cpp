@@ -41,7 +41,15 @@ constexpr const char* kFirst = R"(
   ) STRICT;
 )";
 
-constexpr std::array kSteps{kFirst};
+// 2. Where the server listens that has the state.
+constexpr const char* kSecond = R"(
+  CREATE TABLE server (
+    one INTEGER PRIMARY KEY CHECK (one = 1),
+    socket TEXT NOT NULL
+  ) STRICT;
+)";
+
+constexpr std::array kSteps{kFirst, kSecond};
 
 }  // namespace
 

@@ -19,6 +19,11 @@ bool is_without_room(int code, int error_number) {
          (error_number == ENOSPC || error_number == EDQUOT || error_number == EFBIG);
 }
 
+Failure::Cause cause_of(int code, int error_number) {
+  if (is_without_room(code, error_number)) return Failure::Cause::kNoRoom;
+  return code == SQLITE_CORRUPT ? Failure::Cause::kDamaged : Failure::Cause::kOther;
+}
+
 std::string reason(sqlite3* handle, int code, int error_number) {
   switch (code) {
     case SQLITE_NOTADB:
@@ -61,9 +66,8 @@ void Connection::fail() const {
   const int code = sqlite3_errcode(handle());
   const int kept = sqlite3_system_errno(handle());
   const int error_number = kept != 0 ? kept : last_error;
-  throw Failure(
-      "state '" + name_ + "': " + reason(handle(), code, error_number),
-      is_without_room(code, error_number) ? Failure::Cause::kNoRoom : Failure::Cause::kOther);
+  throw Failure("state '" + name_ + "': " + reason(handle(), code, error_number),
+                cause_of(code, error_number));
 }
 
 // It changes the database.

@@ -22,6 +22,8 @@ Command add_history(CLI::App& gponval);
 Command add_load(CLI::App& gponval);
 Command add_rollback(CLI::App& gponval);
 Command add_state(CLI::App& gponval);
+Command add_state_check(CLI::App& state);
+Command add_state_create(CLI::App& state);
 Command add_request(CLI::App& gponval);
 Command add_points(CLI::App& gponval);
 Command add_generate(CLI::App& gponval);

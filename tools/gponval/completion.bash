@@ -17,7 +17,7 @@ _gponval_options() {
         "--service-profiles --rg-profiles --tr069-profiles --sip-profiles --media-profiles --help"
       ;;
     serve)
-      echo "--running --state --import --keep --card --input-format --plugin --socket --warnings --allow" \
+      echo "--running --state --import --if-new --keep --card --input-format --plugin --socket --warnings --allow" \
         "--ssh --authorized-keys --sshd --log --log-level --log-config --max-message" \
         "--max-sessions --hello-timeout --filter-time --help"
       ;;
@@ -26,6 +26,7 @@ _gponval_options() {
     export) echo "--at --json --help" ;;
     rollback) echo "--card --label --comment $validation --all --help" ;;
     state) echo "--help" ;;
+    "state check") echo "--format --help" ;;
     "state create") echo "--running --input-format --help" ;;
     *) echo "--help --version" ;;
   esac
@@ -111,14 +112,14 @@ _gponval() {
     _gponval_offer "commit diff request points load generate serve netconf history export rollback \
       state --help --version" \
       "$current"
-  elif [[ $previous == --* && ! $previous =~ ^--(stats|all|changes|import|json|help|version)$ ]]; then
+  elif [[ $previous == --* && ! $previous =~ ^--(stats|all|changes|import|if-new|json|help|version)$ ]]; then
     _gponval_offer_value "$previous" "$current"
   elif [[ $previous == request && $current != -* ]] && ((COMP_CWORD == 2)); then
     _gponval_offer "$(_gponval_requests)" "$current"
   elif [[ $command == request && $current != -* ]] && ((COMP_CWORD == 3)); then
     _gponval_offer_paths "$current"
   elif [[ $command == state && $current != -* ]] && ((COMP_CWORD == 2)); then
-    _gponval_offer "create" "$current"
+    _gponval_offer "create check" "$current"
   elif [[ $command =~ ^(history|export|rollback)$ && $current != -* ]] && ((COMP_CWORD == 2)) ||
     [[ $command == state && $current != -* ]] && ((COMP_CWORD == 3)); then
     mapfile -t COMPREPLY < <(compgen -f -- "$current")

@@ -85,7 +85,14 @@ _gponval() {
       ;;
     state)
       if ((CURRENT == 2)); then
-        compadd create --help
+        compadd create check --help
+        return
+      fi
+      if [[ $words[2] == check ]]; then
+        shift words
+        ((CURRENT--))
+        _arguments '--format[how the answer is printed]:format:(text json)' \
+          '(-h --help)'{-h,--help}'[print the help]' '1:state:_files'
         return
       fi
       shift words
@@ -97,6 +104,7 @@ _gponval() {
     serve)
       _arguments '--running[the committed configuration]:file:_files' \
         '--state[where commits are kept]:file:_files' \
+        '--if-new[use --running for a new state only]' \
         '--import[replace what an existing state has]' \
         '--keep[how much of the history is kept]:commits or days: ' \
         '--input-format[how inputs without a known ending are read]:format:(xml json)' \

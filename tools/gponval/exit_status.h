@@ -11,6 +11,8 @@ enum class ExitStatus {
   kUnconfirmed = 3,
   kAlike = 0,  ///< of `gponval diff`, which has the exit statuses of diff(1)
   kDifferent = 1,
+  kSound = 0,  ///< of `gponval state check`
+  kDamaged = 1,
 };
 
 /// The part of every help text that explains them.

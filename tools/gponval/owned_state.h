@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,8 +14,17 @@ namespace gponval {
 /// A file that may not grow is an error of what writes it, and no end of the process.
 void ignore_limit_of_files();
 
-/// The state, which no other process writes to as long as this one has it. Throws UsageError if it
-/// does not exist or is empty, and state::Failure.
+/// A state to commit to: itself, which no other process writes to meanwhile, or its server.
+struct FoundState {
+  std::unique_ptr<tarnd::netconf::state::Journal> journal;  ///< null: a server has it
+  std::filesystem::path server;                             ///< the server's socket
+};
+
+/// Waits a while for another command that commits to the state. Throws UsageError if the state does
+/// not exist or is empty, and state::Failure.
+FoundState find_state(const std::string& file);
+
+/// The state itself. Throws UsageError if a server has it, too.
 std::unique_ptr<tarnd::netconf::state::Journal> own_state(const std::string& file);
 
 /// Makes the datastore the newest configuration, or the one that an unconfirmed commit goes back

@@ -1,6 +1,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "tools/gponval/commands.h"
 #include "tools/gponval/confirm.h"
@@ -8,6 +9,8 @@
 #include "tools/gponval/output.h"
 #include "tools/gponval/owned_state.h"
 #include "tools/gponval/remarks.h"
+#include "tools/gponval/served_rollback.h"
+#include "tools/gponval/usage_error.h"
 
 namespace gponval {
 namespace {
@@ -19,7 +22,8 @@ constexpr const char* kHelp =
     "\n"
     "Commits what makes the configuration of a state as it was after commit N, and prints the\n"
     "verdict: the validators see the way back as they see any other commit. The history stays,\n"
-    "with one more commit in it.\n";
+    "with one more commit in it. While a server has the state, the server does it, with its own\n"
+    "card and plug-in, and lists every error and warning.\n";
 
 constexpr const char* kExamples =
     "Examples:\n"
@@ -36,19 +40,41 @@ struct RollbackArguments {
   Remarks remarks;
 };
 
-ExitStatus roll_back(const RollbackArguments& arguments) {
-  check_standard_input(arguments.inputs, arguments.run);
-  auto journal = own_state(arguments.state);
+// The server has a card and a plug-in of its own.
+void check_is_for_server(const RollbackArguments& arguments, const std::string& server) {
+  const bool is_for_here = arguments.inputs.card.has_value() || arguments.run.plugin.has_value() ||
+                           arguments.run.stats || arguments.run.trace != "off";
+  if (!is_for_here) return;
+  throw UsageError("state '" + arguments.state + "': the server at '" + server +
+                   "' has it and validates: no --card, --plugin, --trace and --stats");
+}
+
+RollbackReport roll_back_here(std::unique_ptr<state::Journal> journal,
+                              const RollbackArguments& arguments) {
   Host host(arguments.run, read_card(arguments.inputs));
   OwnedState owned(std::move(journal), host);
   owned.go_back_to(arguments.number);
-  ReportKind kind{"Commit", false, owned.changes_nothing(), {}, {}};
-  const tarnd::CommitReport report =
-      owned.commit(state::Kind::kRollback, author_with(arguments.remarks),
-                   {arguments.all, {}, confirmation(arguments.run)});
-  kind.sources.resize(report.answers.size());
-  print_report(std::cout, report, kind, arguments.run);
-  return exit_status(report.result);
+  const bool nothing_changed = owned.changes_nothing();
+  return {owned.commit(state::Kind::kRollback, author_with(arguments.remarks),
+                       {arguments.all, {}, confirmation(arguments.run)}),
+          nothing_changed};
+}
+
+ExitStatus roll_back(const RollbackArguments& arguments) {
+  check_standard_input(arguments.inputs, arguments.run);
+  FoundState found = find_state(arguments.state);
+  RollbackReport done;
+  if (found.journal != nullptr) {
+    done = roll_back_here(std::move(found.journal), arguments);
+  } else {
+    check_is_for_server(arguments, found.server.string());
+    done = roll_back_through(found.server, {arguments.state, arguments.number, arguments.remarks},
+                             confirmation(arguments.run));
+  }
+  ReportKind kind{"Commit", false, done.nothing_changed, {}, {}};
+  kind.sources.resize(done.report.answers.size());
+  print_report(std::cout, done.report, kind, arguments.run);
+  return exit_status(done.report.result);
 }
 
 }  // namespace

@@ -175,6 +175,7 @@ ExitStatus serve(const ServeArguments& arguments) {
   card.modules = modules.get();
   resume(card, state, arguments.state, arguments.inputs);
   netconf::Server server(card, options);
+  keep_address(state, options.socket);
   Ssh ssh;
   if (ssh_server.has_value()) ssh.emplace(*ssh_server, log);
   print_start(options.socket, arguments.ssh, arguments.state);

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "netconf/confirmed_commit.h"
+#include "netconf/state/server_address.h"
 #include "tools/gponval/owned_state.h"
 #include "tools/gponval/remarks.h"
 #include "tools/gponval/usage_error.h"
@@ -52,7 +53,8 @@ void check_begins(const state::Journal& journal, const StateArguments& arguments
     throw UsageError("--state: nothing was stored in '" + *arguments.file +
                      "' yet; --running names the configuration that it begins with");
   }
-  if (journal.is_new() || inputs.running.empty() || arguments.imports) return;
+  const bool is_asked_for = arguments.imports || arguments.if_new;
+  if (journal.is_new() || inputs.running.empty() || is_asked_for) return;
   throw UsageError("--running: '" + *arguments.file +
                    "' has a configuration already; with --import it is replaced");
 }
@@ -78,11 +80,18 @@ void add_state_options(CLI::App& app, StateArguments& arguments, InputOptions& i
       ->check([](const std::string& text) { return keep_in(text).has_value() ? "" : kWrongKeep; })
       ->needs(state)
       ->group(kStateGroup);
-  app.add_flag("--import", arguments.imports,
-               "Replace what an existing state has by --running, as a commit that\n"
-               "no validator is asked about")
+  CLI::Option* import = app.add_flag("--import", arguments.imports,
+                                     "Replace what an existing state has by --running, as a\n"
+                                     "commit that no validator is asked about")
+                            ->needs(running)
+                            ->needs(state)
+                            ->group(kStateGroup);
+  app.add_flag("--if-new", arguments.if_new,
+               "Use --running only if the state is new; an existing one keeps what it\n"
+               "has, and the file is not read")
       ->needs(running)
       ->needs(state)
+      ->excludes(import)
       ->group(kStateGroup);
 }
 
@@ -122,6 +131,11 @@ void resume(netconf::Card& card, const ServedState& served, const StateArguments
   card.journal->record(import, std::nullopt);
   card.candidate.commit();
   card.journal->sync();
+}
+
+void keep_address(const ServedState& served, const std::filesystem::path& socket) {
+  if (served.journal == nullptr) return;
+  state::keep_server(served.journal->connection(), std::filesystem::absolute(socket).string());
 }
 
 std::string where_state_is(const StateArguments& arguments) {

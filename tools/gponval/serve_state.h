@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +16,7 @@ namespace gponval {
 struct StateArguments {
   std::optional<std::string> file;
   bool imports = false;
+  bool if_new = false;
   std::optional<std::string> keep;
 };
 
@@ -36,6 +38,9 @@ ServedState open_state(const StateArguments& arguments, const InputOptions& inpu
 /// What follows once the card is there: a confirmed commit that waits, and the import.
 void resume(tarnd::netconf::Card& card, const ServedState& served, const StateArguments& arguments,
             const InputOptions& inputs);
+
+/// Other commands find the server that has the state by this. Throws state::Failure.
+void keep_address(const ServedState& served, const std::filesystem::path& socket);
 
 /// A line for the user.
 std::string where_state_is(const StateArguments& arguments);
