@@ -10,6 +10,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "netconf/unix_socket.h"
 #include "netconf/xml_text.h"
 
 namespace tarnd::netconf {

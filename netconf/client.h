@@ -8,7 +8,7 @@
 #include "netconf/card.h"
 #include "netconf/framing.h"
 #include "netconf/message.h"
-#include "netconf/unix_socket.h"
+#include "standalone/descriptor.h"
 
 namespace tarnd::netconf {
 

@@ -139,6 +139,32 @@ INSTANTIATE_TEST_SUITE_P(Readme, Examples, ::testing::ValuesIn(rows_of_readme())
                            return name_of_test(row.param.change, row.param.card);
                          });
 
+// The lines of a section of the README that are indented, as a shell runs them.
+std::string commands_of(const std::string& section) {
+  std::ifstream readme(kExamples / "README.md");
+  std::string commands;
+  bool is_inside = false;
+  for (std::string line; std::getline(readme, line);) {
+    if (line.substr(0, 3) == "## ") is_inside = line == "## " + section;
+    if (is_inside && line.substr(0, 4) == "    ") commands += line + "\n";
+  }
+  return commands;
+}
+
+class ExampleOfState : public CommandTest {};
+
+TEST_F(ExampleOfState, RunsAsItIsWritten) {
+  fs::create_directory_symlink(kExamples, folder_ / "examples");
+  const std::string commands = commands_of("Who changed what, and the way back");
+  const Outcome run = run_program(
+      folder_, {"/bin/sh", "-ec", "gponval() { \"$0\" \"$@\"; }\n" + commands, gponval_command()});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("ticket 17"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("town.state is sound: 4 commits replayed"), std::string::npos) << run.out;
+  EXPECT_EQ(gponval({"export", "town.state"}).out,
+            gponval({"export", "town.state", "--at", "2"}).out);
+}
+
 class ExamplesByHand : public ::testing::TestWithParam<ByHand> {};
 
 // Only a file has lines.
