@@ -1,8 +1,10 @@
 """Commits, checks and requests, with every form of input."""
 
+import inspect
 import json
 import subprocess
 import threading
+import time
 
 import pytest
 from conftest import ADDED_PORT, COMMAND, EXAMPLES, FEC_OFF, SMALL
@@ -272,8 +274,10 @@ def test_python_goes_on_while_a_function_confirms_and_a_thread_waits(small):
     asked = threading.Event()
     answers = []
 
+    # If the other thread kept Python's lock while it waits for the card, this one could not go on.
     def confirm(warnings):
         asked.set()
+        time.sleep(0.2)
         answers.append("confirmed")
         return True
 
@@ -286,6 +290,20 @@ def test_python_goes_on_while_a_function_confirms_and_a_thread_waits(small):
     assert small.commit(FEC_OFF, confirm=confirm)
     thread.join()
     assert sorted(map(str, answers)) == ["True", "confirmed"]
+
+
+def public_functions():
+    for name in gponval.__all__:
+        public = getattr(gponval, name)
+        yield name, public
+        for inner, function in vars(public).items():
+            if inspect.isfunction(function) and not inner.startswith("_"):
+                yield f"{name}.{inner}", function
+
+
+def test_everything_public_has_a_docstring():
+    without = [name for name, public in public_functions() if not public.__doc__]
+    assert without == []
 
 
 def test_answers_cannot_be_changed(small):
