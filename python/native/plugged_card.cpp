@@ -135,6 +135,17 @@ tarnd::CardDescription read_card(const std::optional<Edit>& file) {
   }
 }
 
+std::unique_ptr<Datastore> loaded(const Edit& configuration) {
+  const Turn turn;
+  auto datastore = std::make_unique<Datastore>(schema());
+  try {
+    datastore->load(configuration.text, format_of(configuration));
+  } catch (const InputError& error) {
+    throw UnusableInput(error, configuration.name);
+  }
+  return datastore;
+}
+
 Path parsed(const std::string& keypath) {
   std::string why;
   auto path = Path::parse(schema(), keypath, &why);
@@ -187,15 +198,7 @@ std::vector<tarnd::PointInModel> points() {
 }
 
 PluggedCard::PluggedCard(const Edit& configuration, const std::optional<Edit>& card_file)
-    : card_(read_card(card_file)) {
-  const Turn turn;
-  datastore_ = std::make_unique<Datastore>(schema());
-  try {
-    datastore_->load(configuration.text, format_of(configuration));
-  } catch (const InputError& error) {
-    throw UnusableInput(error, configuration.name);
-  }
-}
+    : card_(read_card(card_file)), datastore_(loaded(configuration)) {}
 
 // A function that confirms warnings may let go of the last reference to another card.
 PluggedCard::~PluggedCard() {

@@ -24,7 +24,10 @@ Places& places() {
 // Python loads modules, and with them the platform, so that only they see it; the plug-in finds the
 // platform's functions among the names that the whole process sees.
 tarnd::Plugin& load_plugin() {
-  dlopen(kPlatform, RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
+  static void* const platform = dlopen(kPlatform, RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
+  if (platform == nullptr) {
+    throw tarnd::PluginError(std::string(kPlatform) + " is not loaded");
+  }
   return *new tarnd::Plugin(places().plugin);
 }
 
