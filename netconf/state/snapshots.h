@@ -36,8 +36,8 @@ Snapshot newest_snapshot(Connection& connection);
 /// snapshot that is nearest.
 void restore(Connection& connection, store::Datastore& datastore, Number number);
 
-/// Edits the transaction, which has the configuration after the newest commit, into the one after an
-/// earlier commit. Throws InputError, too.
+/// Edits the transaction, which has the configuration after the newest commit, into the one after
+/// an earlier commit. Throws InputError, too.
 void take_back(Connection& connection, store::Transaction& transaction, Number newest,
                Number number);
 

@@ -32,8 +32,8 @@ class Plugin {
 
   [[nodiscard]] const PluginEntryPoints& entry_points() const { return entry_points_; }
 
-  /// A variable or function that the plug-in exports besides its entry points, by the linker's name.
-  /// Throws PluginError.
+  /// A variable or function that the plug-in exports besides its entry points, by the linker's
+  /// name. Throws PluginError.
   [[nodiscard]] void* symbol(const char* name) const;
 
  private:
