@@ -344,7 +344,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "it is no state of gponval"},
         WrongFile{"OfANewerVersion",
                   [](const std::filesystem::path& file) { run(file, "PRAGMA user_version = 9"); },
-                  "it is of a newer gponval (version 9 of the tables, this one knows 1)"},
+                  "it is of a newer gponval (version 9 of the tables, this one knows 2)"},
         WrongFile{"Truncated",
                   [](const std::filesystem::path& file) {
                     std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
