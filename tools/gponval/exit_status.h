@@ -13,6 +13,7 @@ enum class ExitStatus {
   kDifferent = 1,
   kSound = 0,  ///< of `gponval state check`
   kDamaged = 1,
+  kCannotStore = 1  ///< of `gponval serve`, which may be started again
 };
 
 /// The part of every help text that explains them.

@@ -16,9 +16,11 @@
 #include "netconf/server.h"
 #include "netconf/ssh_address.h"
 #include "netconf/ssh_daemon.h"
+#include "netconf/state/failure.h"
 #include "netconf/unix_socket.h"
 #include "netconf/yang_modules.h"
 #include "tools/gponval/commands.h"
+#include "tools/gponval/error_line.h"
 #include "tools/gponval/host.h"
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
@@ -156,6 +158,17 @@ std::unique_ptr<netconf::YangModules> read_modules(const netconf::Log& log) {
   }
 }
 
+// What the disk did not take may work after a new start.
+ExitStatus run(netconf::Server& server, const std::vector<netconf::Watch>& watches) {
+  try {
+    server.run(watches);
+    return ExitStatus::kAccepted;
+  } catch (const netconf::state::Failure& failure) {
+    print_error(failure.what());
+    return ExitStatus::kCannotStore;
+  }
+}
+
 ExitStatus serve(const ServeArguments& arguments) {
   ignore_limit_of_files();
   const netconf::ServerOptions options = server_options(arguments);
@@ -189,8 +202,7 @@ ExitStatus serve(const ServeArguments& arguments) {
                          return true;
                        }});
   }
-  server.run(watches);
-  return ExitStatus::kAccepted;
+  return run(server, watches);
 }
 
 void add_limits(CLI::App& app, ServeArguments& arguments) {
