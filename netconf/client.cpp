@@ -68,18 +68,22 @@ void Client::send(const std::string& message) {
   }
 }
 
-Element Client::receive() {
+void Client::receive_some() {
   std::array<char, kReadSize> buffer;
+  const ssize_t got = recv(connection_.get(), buffer.data(), buffer.size(), 0);
+  if (got == 0) throw SessionLost("it ended the session");
+  if (got > 0) {
+    frames_.append({buffer.data(), static_cast<std::size_t>(got)});
+  } else if (errno != EINTR) {
+    throw SessionLost(std::generic_category().message(errno));
+  }
+}
+
+Element Client::receive() {
   try {
     while (true) {
       if (const auto message = frames_.next(); message.has_value()) return read_message(*message);
-      const ssize_t got = recv(connection_.get(), buffer.data(), buffer.size(), 0);
-      if (got > 0) {
-        frames_.append({buffer.data(), static_cast<std::size_t>(got)});
-      } else if (got == 0 || errno != EINTR) {
-        throw SessionLost(got == 0 ? "it ended the session"
-                                   : std::generic_category().message(errno));
-      }
+      receive_some();
     }
   } catch (const FramingError& error) {
     throw SessionLost(error.what());

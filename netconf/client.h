@@ -34,6 +34,7 @@ class Client {
  private:
   void send(const std::string& message);
   Element receive();
+  void receive_some();
 
   Descriptor connection_;
   FrameReader frames_;
