@@ -13,6 +13,7 @@
 
 from __future__ import annotations
 
+import atexit
 from typing import List, NamedTuple
 
 from gponval import _native, _places
@@ -25,6 +26,8 @@ from gponval._verdict import Answer, Verdict
 
 _native.set_places(_places.PLUGIN, _places.MODEL)
 _native.set_input_error(InputError)
+# Daemon threads may use cards while Python ends.
+atexit.register(_native.stop)
 
 
 class Point(NamedTuple):

@@ -7,6 +7,8 @@ from typing import Any, Callable, Dict, Iterable, List, Optional, Tuple, Union
 
 from gponval import _inputs, _native
 from gponval._changes import Changes, changes_of
+from gponval._edit import Value, lexical
+from gponval._errors import InputError
 from gponval._inputs import Change, Source
 from gponval._load import Load
 from gponval._verdict import Answer, Verdict
@@ -67,7 +69,7 @@ class Card:
         self,
         name: str,
         keypath: str,
-        value: Optional[str] = None,
+        value: Value = None,
         *,
         change: Optional[Change] = None,
     ) -> Verdict:
@@ -77,7 +79,7 @@ class Card:
         need not exist. ``value`` is the new value of a leaf as a file has it; without it, the leaf
         must have one. ``change`` is made before and not kept.
         """
-        native_value = None if value is None else _inputs.utf8(value)
+        native_value = None if value is None else _inputs.utf8(lexical(value))
         edits = _inputs.edits(change)
         return _verdict(
             self._native.request(_inputs.utf8(name), _inputs.utf8(keypath), native_value, edits)
@@ -93,7 +95,7 @@ class Card:
         """The configuration as text, ``"xml"`` or ``"json"``, without defaults. Passwords are
         encrypted."""
         if format not in ("xml", "json"):
-            raise ValueError(f"the format is 'xml' or 'json', not {format!r}")
+            raise InputError(f"the format is 'xml' or 'json', not {format!r}")
         return self._native.print(format)
 
     def as_dict(self) -> Dict[str, Any]:
@@ -133,7 +135,7 @@ class Card:
                 return bool(confirm([Answer(*warning) for warning in warnings]))
             return bool(confirm)
 
-        names = [only] if isinstance(only, str) else list(only)
+        names = [only] if isinstance(only, (str, bytes)) else list(only)
         requests = [_inputs.utf8(name) for name in names]
         return _verdict(self._native.commit(edits, answer, every, requests, keep))
 

@@ -4,6 +4,8 @@ from __future__ import annotations
 
 from typing import List, Tuple, Union
 
+from gponval._errors import InputError
+
 Value = Union[str, int, bool, None]
 
 
@@ -11,7 +13,12 @@ def lexical(value: Value) -> str:
     """The value as a file has it."""
     if isinstance(value, bool):
         return "true" if value else "false"
-    return str(value)
+    if not isinstance(value, (str, int)):
+        raise InputError(f"a value is a str, an int or a bool, not {type(value).__name__}")
+    try:
+        return str(value)
+    except ValueError as error:
+        raise InputError(f"the number is too long: {error}") from error
 
 
 class Edit:
@@ -50,7 +57,7 @@ class Edit:
 
     def _add(self, operation: str, path: str, value: Value) -> Edit:
         if not isinstance(path, str):
-            raise TypeError(f"expected a path of type str, not {type(path).__name__}")
+            raise InputError(f"a path is a str, not {type(path).__name__}")
         self.steps.append((operation, path if value is None else f"{path}={lexical(value)}"))
         return self
 

@@ -30,7 +30,10 @@ class InputError(ValueError):
 
     def __str__(self) -> str:
         text, file, line = self.args[:3]
-        place = "".join(f"{part}:" for part in (file, line) if part is not None)
+        if file is None and line is not None:
+            place = f"line {line}:"
+        else:
+            place = "".join(f"{part}:" for part in (file, line) if part is not None)
         return _in_one_line(f"{place} {text}" if place else text)
 
 

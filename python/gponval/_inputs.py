@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import json
 import os
+import re
 from typing import Any, List, Mapping, Optional, Union
 
 from gponval import _native
@@ -13,6 +14,8 @@ from gponval._errors import InputError
 Source = Union[str, "os.PathLike[str]", Mapping[str, Any]]
 Change = Union[Source, Edit]
 
+# Nothing, a line "key = value", a comment, or several lines.
+_CARD_TEXT = re.compile(r"\s*([\w-]+\s*=|#|$)|.*\n", re.ASCII)
 _BYTE_ORDER_MARK = "\ufeff"
 _BLANKS = " \t\r\n"
 # More than any card needs; a longer file, such as /dev/zero, is no configuration.
@@ -33,7 +36,12 @@ def _read(name: str) -> bytes:
 
 
 def utf8(text: str) -> bytes:
-    """The text for the extension module. Half of a surrogate pair has no form in UTF-8."""
+    """The text for the extension module. Half of a surrogate pair has no form in UTF-8, and a text
+    of the platform ends at a NUL."""
+    if not isinstance(text, str):
+        raise InputError(f"expected a str, not {type(text).__name__}")
+    if "\0" in text:
+        raise InputError(f"the text has a NUL at its character {text.index(chr(0)) + 1}")
     try:
         return text.encode()
     except UnicodeEncodeError as error:
@@ -42,7 +50,7 @@ def utf8(text: str) -> bytes:
 
 def _json_of(source: Mapping[str, Any]) -> str:
     try:
-        return json.dumps(source)
+        return json.dumps(dict(source))
     except (TypeError, ValueError, RecursionError) as error:
         raise InputError(f"the dict cannot be written as JSON: {error}") from error
 
@@ -53,10 +61,12 @@ def _begin_of(text: str) -> str:
 
 def _name_of(source: Any) -> str:
     if not isinstance(source, (str, os.PathLike)):
-        raise TypeError(f"expected a path, a text or a dict, not {type(source).__name__}")
+        raise InputError(f"expected a path, a text or a dict, not {type(source).__name__}")
     name = os.fspath(source)
     if not isinstance(name, str):
-        raise TypeError("expected a path of type str")
+        raise InputError("expected a path of type str")
+    if not name.strip() or "\n" in name:
+        raise InputError("the text begins neither with '<' nor with '{'")
     return name
 
 
@@ -94,9 +104,11 @@ def card_file(card: Optional[Source]) -> Optional[_native.Edit]:
     if card is None:
         return None
     if isinstance(card, Mapping):
-        lines = (f"{key} = {lexical(value)}\n" for key, value in card.items())
-        return _native.Edit("card", utf8("".join(lines)))
-    if isinstance(card, str) and ("=" in card or "\n" in card):
+        lines = [f"{key} = {lexical(value)}" for key, value in card.items()]
+        if any("\n" in line for line in lines):
+            raise InputError("a key or a value of the card has a line end")
+        return _native.Edit("card", utf8("\n".join(lines)))
+    if isinstance(card, str) and _CARD_TEXT.match(card) and not os.path.exists(card):
         return _native.Edit("card", utf8(card))
     name = _name_of(card)
     return _native.Edit("card", _read(name), os.fsencode(name))

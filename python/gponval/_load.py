@@ -15,7 +15,8 @@ class Limits(NamedTuple):
     total_capacity: int
     fixed_capacity: int
     onu_overhead: int
-    onus_per_link: int
+    onus_per_link: Optional[int]
+    """None if the card does not define it."""
     dynamic_tconts: int
     static_tconts: int
     service_ports: int

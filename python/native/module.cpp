@@ -45,10 +45,23 @@ py::tuple tuple_of(const ReportWithText& with_text) {
                         text_of(with_text.text));
 }
 
-// Runs without Python's lock, so that other threads go on.
+// Without Python's lock, so that other threads go on. A daemon thread that wants the lock back
+// while the interpreter ends is ended there by an unwinding that must pass, so the destructor may
+// throw.
+class Unlocked {
+ public:
+  Unlocked() : state_(PyEval_SaveThread()) {}
+  Unlocked(const Unlocked&) = delete;
+  Unlocked& operator=(const Unlocked&) = delete;
+  ~Unlocked() noexcept(false) { PyEval_RestoreThread(state_); }
+
+ private:
+  PyThreadState* state_;
+};
+
 template <typename Work>
 auto unlocked(Work work) {
-  const py::gil_scoped_release released;
+  const Unlocked released;
   return work();
 }
 
@@ -125,7 +138,7 @@ void bind_card(py::module_& module) {
              return Edit{std::move(kind), std::move(text), std::move(name)};
            }),
            py::arg("kind"), py::arg("text"), py::arg("name") = "");
-  using Released = py::call_guard<py::gil_scoped_release>;
+  using Released = py::call_guard<Unlocked>;
   py::class_<PluggedCard, std::unique_ptr<PluggedCard, DestroyUnlocked>>(module, "Card")
       .def(py::init<const Edit&, const std::optional<Edit>&>(), Released())
       .def("commit", &commit)
@@ -183,7 +196,9 @@ PYBIND11_MODULE(_native, module) {
   bind_card(module);
   // The exception is Python's own class, so that it is documented and typed with the rest.
   static py::object input_error;
+  module.def("stop", &Turn::take_for_good, py::call_guard<Unlocked>());
   module.def("set_input_error", [](py::object type) { input_error = std::move(type); });
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): pybind11 wants this type
   py::register_exception_translator([](std::exception_ptr thrown) {
     try {
       if (thrown) std::rethrow_exception(thrown);

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <thread>
 
@@ -31,8 +32,10 @@ tarnd::Plugin& load_plugin() {
   return *new tarnd::Plugin(places().plugin);
 }
 
-std::mutex& process_lock() {
-  static auto& lock = *new std::mutex;
+constexpr std::chrono::seconds kPatienceAtEnd{10};
+
+std::timed_mutex& process_lock() {
+  static auto& lock = *new std::timed_mutex;
   return lock;
 }
 
@@ -67,6 +70,10 @@ Turn::Turn() : lock_(process_lock(), std::defer_lock) {
 
 Turn::~Turn() {
   owner() = std::thread::id();
+}
+
+void Turn::take_for_good() {
+  if (process_lock().try_lock_for(kPatienceAtEnd)) owner() = std::this_thread::get_id();
 }
 
 bool Turn::is_taken_here() {

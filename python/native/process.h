@@ -27,11 +27,16 @@ class Turn {
   Turn& operator=(const Turn&) = delete;
   ~Turn();
 
+  /// Takes the turn for good, since the process ends: a thread that works while what it uses is
+  /// destroyed would crash. Gives up after some seconds, such as when a function that confirms
+  /// warnings does not return.
+  static void take_for_good();
+
   /// Whether this thread has the turn.
   static bool is_taken_here();
 
  private:
-  std::unique_lock<std::mutex> lock_;
+  std::unique_lock<std::timed_mutex> lock_;
 };
 
 }  // namespace gponval::python

@@ -78,21 +78,69 @@ def test_after_an_error_the_card_is_as_it_was(small):
         lambda card: card.get("/config/sevice-port"),
         lambda card: card.get("service-port"),
         lambda card: card.load().fit("hoem"),
+        lambda card: card.load().fit("home\0"),
+        lambda card: card.load().fit(None),
+        lambda card: card.get(None),
+        lambda card: card.get(b"/config"),
+        lambda card: card.get("/config\0"),
+        lambda card: card.request(None, "/config"),
+        lambda card: card.request("sp_gem_check", 5),
+        lambda card: card.request("sp_gem_check", "/config/service-port", b"1"),
+        lambda card: card.check(ADDED_PORT, only=[None]),
+        lambda card: card.check(ADDED_PORT, only=b"sp_gem_check"),
+        lambda card: card.check(Edit().set("/config/service-port{1}", 10**5000)),
+        lambda card: card.check(Edit().set("/config/service-port{1}/gpon/id", b"1/1/1")),
+        lambda card: card.check(Edit().set("/config/service-port{1}/gpon/id", ["1/1/1"])),
+        lambda card: card.check(Edit().delete(7)),
+        lambda card: card.config("yaml"),
+        lambda card: card.commit(7),
+        lambda card: card.commit(b"<config/>"),
+        lambda card: gponval.Card(7),
+        lambda card: gponval.Card(None),
+        lambda card: gponval.Card([]),
+        lambda card: gponval.Card(SMALL, card=7),
+        lambda card: gponval.Card(SMALL, card={"max-service-ports": 10**5000}),
+        lambda card: gponval.Card(SMALL, card={"bw-check": "true\nxgspon = true"}),
     ],
 )
 def test_every_kind_of_wrong_input_is_an_input_error(small, work):
     error_of(lambda: work(small))
 
 
-@pytest.mark.parametrize(
-    "work",
-    [
-        lambda card: gponval.Card(7),
-        lambda card: card.commit(7),
-        lambda card: card.commit(ADDED_PORT, candidate=SMALL),
-        lambda card: gponval.Card(SMALL, card=7),
-    ],
-)
-def test_a_value_of_a_wrong_type_is_a_type_error(small, work):
+def test_a_change_and_a_candidate_are_a_wrong_call(small):
     with pytest.raises(TypeError):
-        work(small)
+        small.commit(ADDED_PORT, candidate=SMALL)
+
+
+@pytest.mark.parametrize("text", ["", " \n", "[1]\n", "config\nxmlns"])
+def test_a_text_that_is_no_configuration_is_no_name_of_a_file(small, text):
+    for work in (gponval.Card, small.commit):
+        error = error_of(lambda: work(text))
+        assert str(error) == "the text begins neither with '<' nor with '{'"
+        assert error.file is None
+
+
+def test_a_line_of_a_text_is_called_so(small):
+    assert str(error_of(lambda: small.commit(UNKNOWN))).startswith("line 4: ")
+
+
+def test_a_card_file_may_have_an_equals_sign_in_its_name(tmp_path, monkeypatch):
+    folder = tmp_path / "env=prod"
+    folder.mkdir()
+    (folder / "a=b.card").write_text("max-service-ports = 7\n")
+    (folder / "wrong.card").write_text("max-service-port = 7\n")
+    monkeypatch.chdir(tmp_path)
+    for name in (str(folder / "a=b.card"), "env=prod/a=b.card"):
+        assert gponval.Card(SMALL, card=name).load().limits.service_ports == 7
+    error = error_of(lambda: gponval.Card(SMALL, card=str(folder / "wrong.card")))
+    assert error.file == str(folder / "wrong.card")
+
+
+@pytest.mark.parametrize("text", ["", "# nothing", "max-service-ports=7", "\nxgspon = true\n"])
+def test_a_description_may_be_a_text(text):
+    assert gponval.Card(SMALL, card=text).load().limits.onus_per_link is None
+
+
+def test_values_need_not_be_texts(town):
+    path = "/config/interface/gpon{1 1 1}/upstream-fec"
+    assert town.request("fec_confirmation_warning", path, False).answers

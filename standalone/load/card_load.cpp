@@ -51,7 +51,9 @@ CardLimits limits_of(const Plugin& plugin) {
   limits.checks_bandwidth = ask<bool>(plugin, kChecksBandwidth);
   limits.capacity = {valid::kTotalCapacity, valid::kFixedCapacity};
   limits.onu_overhead = valid::kOverheadPerOnu;
-  limits.onus_per_link = ask<std::uint32_t>(plugin, kOnusPerLink);
+  // The plug-in has 0 for what the card does not define.
+  const auto onus_per_link = ask<std::uint32_t>(plugin, kOnusPerLink);
+  if (onus_per_link != 0) limits.onus_per_link = onus_per_link;
   limits.dynamic_tconts = valid::allowed_dynamic_tconts(limits.checks_bandwidth);
   limits.static_tconts = valid::kStaticTconts;
   limits.service_ports = ask<std::uint32_t>(plugin, kMaxServicePorts);

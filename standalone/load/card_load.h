@@ -40,9 +40,10 @@ struct LineProfileLoad {
 /// What the plug-in allows on this card. Bandwidth in kbit/s.
 struct CardLimits {
   bool checks_bandwidth = true;
-  Bandwidth capacity;               ///< of a link
-  std::uint32_t onu_overhead = 0;   ///< counts toward the total, for each ONU
-  std::uint32_t onus_per_link = 0;  ///< the card's; the plug-in rejects no ONU beyond it
+  Bandwidth capacity;              ///< of a link
+  std::uint32_t onu_overhead = 0;  ///< counts toward the total, for each ONU
+  /// The card's, if it defines it; the plug-in rejects no ONU beyond it.
+  std::optional<std::uint32_t> onus_per_link;
   std::uint32_t dynamic_tconts = 0;
   std::uint32_t static_tconts = 0;
   std::uint32_t service_ports = 0;

@@ -85,9 +85,10 @@ TEST_F(LoadTest, JsonHasTheSame) {
     "links": [
       {"path": "/config/interface/gpon{1 1 3}", "onus": {"used": 1, "limit": 128},
        "total": {"reserved": 553752, "capacity": 1107504, "share": 0.5, "room": 553752},
-       "fixed": {"reserved": 110688, "capacity": 442752, "share": 0.25, "room": 332064}},
+       "fixed": {"reserved": 110688, "capacity": 442752, "share": 0.25, "room": 332064},
+       "rejected": null},
       {"path": "/config/interface/xgspon{1 1 4}", "onus": {"used": 0, "limit": 128},
-       "total": null, "fixed": null}],
+       "total": null, "fixed": null, "rejected": null}],
     "line-profiles": [
       {"name": "home", "dynamic-tconts": {"used": 1, "limit": 3},
        "static-tconts": {"used": 0, "limit": 3}, "total": 553192, "fixed": 110688}],
@@ -105,6 +106,25 @@ TEST_F(LoadTest, TheLimitsAreThoseOfTheCardFile) {
   EXPECT_THAT(run.out, HasSubstr("gpon 1/1/3    1 of 32      -"));
   EXPECT_THAT(run.out, HasSubstr("home                1 of 4  0 of 3"));
   EXPECT_THAT(run.out, HasSubstr("Service ports: 1 of 8\n"));
+}
+
+TEST_F(LoadTest, WhatTheCardFileDoesNotDefineIsNoLimit) {
+  file("small.card", "bw-check = true\n");
+  EXPECT_THAT(load({"--card", "small.card"}).out, HasSubstr("gpon 1/1/3       1  553752"));
+  const json links = load({"--card", "small.card", "--format", "json"}).json().at("links");
+  EXPECT_EQ(links.at(0).at("onus"), (json{{"used", 1}, {"limit", nullptr}}));
+}
+
+TEST_F(LoadTest, ALinkWhoseOnusCannotBeChangedIsNamed) {
+  config("load.xml",
+         "<interface><gpon><chassis-id>1</chassis-id><slot-id>1</slot-id><port-id>3</port-id>"
+         "<onu><id>1</id></onu></gpon></interface>");
+  EXPECT_THAT(load({}).out, HasSubstr("gpon 1/1/3: every change of its ONUs is rejected: "
+                                      "an ONU has no line profile\n"));
+  EXPECT_EQ(load({"--format", "json"}).json().at("links").at(0).at("rejected"),
+            "an ONU has no line profile");
+  EXPECT_THAT(run_at_terminal(folder_, {"load", "--running", "load.xml"}).out,
+              HasSubstr("\033[31mgpon 1/1/3: every change of its ONUs is rejected"));
 }
 
 TEST_F(LoadTest, AnUnknownLineProfileIsWrongUse) {

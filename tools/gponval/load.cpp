@@ -84,8 +84,9 @@ std::string short_name(const std::string& path) {
   return name;
 }
 
-std::string of_most(std::uint32_t used, std::uint32_t most) {
-  return std::to_string(used) + " of " + std::to_string(most);
+std::string of_most(std::uint32_t used, std::optional<std::uint32_t> most) {
+  if (!most.has_value()) return std::to_string(used);
+  return std::to_string(used) + " of " + std::to_string(*most);
 }
 
 /// A text of a table; its colour takes no room.
@@ -156,6 +157,18 @@ void add_bandwidth(std::vector<Cell>& row, std::uint32_t reserved, std::uint32_t
   row.emplace_back(std::to_string(room_of(reserved, capacity)));
 }
 
+// Their figures may look harmless, since the plug-in stops counting at the fault.
+void print_rejecting_links(std::ostream& out, const CardLoad& load, bool colours) {
+  for (const LinkLoad& link : load.links) {
+    if (link.rejected.empty()) continue;
+    if (colours) out << tarnd::report::kRed;
+    out << short_name(link.path)
+        << ": every change of its ONUs is rejected: " << printable(link.rejected);
+    if (colours) out << tarnd::report::kPlain;
+    out << '\n';
+  }
+}
+
 void print_links(std::ostream& out, const CardLoad& load, bool colours) {
   const CardLimits& limits = load.limits;
   out << "Upstream bandwidth of the PON links in kbit/s: total of " << limits.capacity.total
@@ -173,6 +186,7 @@ void print_links(std::ostream& out, const CardLoad& load, bool colours) {
     table.add(std::move(row));
   }
   table.print(out, colours);
+  print_rejecting_links(out, load, colours);
 }
 
 Cell tconts(std::uint32_t used, std::uint32_t most) {
@@ -223,9 +237,12 @@ ordered_json json_of(std::uint32_t reserved, std::uint32_t capacity) {
 
 ordered_json json_of(const LinkLoad& link, const CardLimits& limits) {
   ordered_json object = {{"path", link.path},
-                         {"onus", {{"used", link.onus}, {"limit", limits.onus_per_link}}},
+                         {"onus", {{"used", link.onus}, {"limit", nullptr}}},
                          {"total", nullptr},
-                         {"fixed", nullptr}};
+                         {"fixed", nullptr},
+                         {"rejected", nullptr}};
+  if (limits.onus_per_link.has_value()) object["onus"]["limit"] = *limits.onus_per_link;
+  if (!link.rejected.empty()) object["rejected"] = link.rejected;
   if (link.reserved.has_value()) {
     object["total"] = json_of(link.reserved->total, limits.capacity.total);
     object["fixed"] = json_of(link.reserved->fixed, limits.capacity.fixed);
