@@ -3,7 +3,6 @@
 import inspect
 import json
 import subprocess
-import sys
 import threading
 import time
 
@@ -269,34 +268,6 @@ def test_threads_may_use_cards_together(town):
     for thread in threads:
         thread.join()
     assert wrong == []
-
-
-ENDS_WHILE_THREADS_WORK = """
-import sys, threading, time
-import gponval
-
-card = gponval.Card(sys.argv[1])
-works = [lambda: card.check(), lambda: card.get("/config"), lambda: card.load()]
-
-def work(one):
-    while True:
-        one()
-
-for one in works:
-    threading.Thread(target=work, args=(one,), daemon=True).start()
-time.sleep(0.3)
-"""
-
-
-def test_python_ends_while_daemon_threads_use_a_card():
-    for _ in range(3):
-        ended = subprocess.run(
-            [sys.executable, "-c", ENDS_WHILE_THREADS_WORK, str(EXAMPLES / "town.xml")],
-            stderr=subprocess.PIPE,
-            text=True,
-            timeout=100,
-        )
-        assert (ended.returncode, ended.stderr) == (0, "")
 
 
 def test_python_goes_on_while_a_function_confirms_and_a_thread_waits(small):
