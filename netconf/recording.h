@@ -18,7 +18,7 @@ void record_commit(const Run& run, const CommitReport& report,
 /// Writes down that the pending commit is taken back, before it is. Throws state::Failure.
 void record_return(Card& card, const std::string& why);
 
-/// Waits until the disk has what was stored, before any client is told of it. Throws
+/// Syncs what was stored to the disk. To be called before a reply reports a commit. Throws
 /// state::Failure, after which the server must end.
 void sync_commits(Card& card);
 /// Does what the stored commits need and no client waits for. Logs what fails.

@@ -18,8 +18,8 @@ struct Word {
   Meaning meaning;
 };
 
-/// What the parameter's word means; no value if the parameter is not given. Refuses the operation,
-/// and names the words, if the word is none of them.
+/// What the parameter's word means; no value if the parameter is not given. Refuses the operation
+/// if the word is unknown, and names those that are known.
 template <typename Meaning, std::size_t Size>
 std::optional<Meaning> meaning_of(const Run& run, std::string_view parameter,
                                   const std::array<Word<Meaning>, Size>& words) {

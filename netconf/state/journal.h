@@ -48,7 +48,8 @@ class Journal {
   [[nodiscard]] std::optional<LeftUnconfirmed> left_unconfirmed();
 
   /// Stores a commit, and what waits to be confirmed after it. When it returns, both outlive the
-  /// process; sync() comes before anybody is told. A commit that changes nothing has no number.
+  /// process; sync() comes before a reply reports them. A commit that changes nothing has no
+  /// number.
   void record(const Commit& commit, const std::optional<Unconfirmed>& unconfirmed);
 
   /// When it returns, all that was recorded outlives the machine's power. After a failure nobody

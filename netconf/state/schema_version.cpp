@@ -12,9 +12,10 @@ namespace {
 // In the header of the file. Other programs' databases have another number there.
 constexpr int kApplication = 0x67706f6e;  // "gpon"
 
-// 1. Commits are numbered without gaps. `changes` and `answers` are JSON, in the form that record.h
-// has. There are two snapshots at most: of the oldest commit that is kept, and a late one, from
-// which all others are near. `since` is the commit to which an unconfirmed one goes back.
+// 1. Commits are numbered without gaps. `changes` and `answers` are JSON, in the form that
+// commits.cpp has. There is a snapshot of the oldest commit that is kept, a late one, from which
+// all others are near, and one between them if old commits go. `since` is the commit to which an
+// unconfirmed one goes back.
 constexpr const char* kFirst = R"(
   CREATE TABLE commits (
     number INTEGER PRIMARY KEY,

@@ -18,7 +18,7 @@ void apply_changes(store::Transaction& transaction, std::span<const store::ItemC
 
 /// A configuration that is stored as a whole.
 struct Snapshot {
-  Number number = 0;     ///< of the commit after which it was so; 0: there is none
+  Number number = 0;     ///< of the commit that led to it; 0: there is no snapshot
   std::time_t time = 0;  ///< of that commit
   std::size_t size = 0;
 };

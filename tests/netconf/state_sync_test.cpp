@@ -1,4 +1,4 @@
-// When the disk has a commit, and that no client is told of it before.
+// A reply that reports a commit leaves after the disk has the commit.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
