@@ -22,7 +22,7 @@ from gponval._changes import ChangedNode, Changes
 from gponval._edit import Edit
 from gponval._errors import InputError
 from gponval._load import Fit, Limits, LineProfile, Link, Load
-from gponval._verdict import Answer, Verdict
+from gponval._verdict import Answer, Audit, Verdict
 
 _native.set_places(_places.PLUGIN, _places.MODEL)
 _native.set_input_error(InputError)
@@ -46,6 +46,7 @@ def points() -> List[Point]:
 
 __all__ = [
     "Answer",
+    "Audit",
     "Card",
     "ChangedNode",
     "Changes",

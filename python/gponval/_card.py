@@ -11,7 +11,7 @@ from gponval._edit import Value, lexical
 from gponval._errors import InputError
 from gponval._inputs import Change, Source
 from gponval._load import Load
-from gponval._verdict import Answer, Verdict
+from gponval._verdict import Answer, Audit, Verdict
 
 Confirm = Union[bool, Callable[[List[Answer]], bool]]
 
@@ -25,8 +25,8 @@ class Card:
     ...     print(verdict)
 
     ``config`` is the name of a file (JSON if it ends in ``.json``, else XML), a ``pathlib.Path``, a
-    text, or a ``dict`` as in RFC 7951. ``card`` describes the card: the name of a card file, its
-    text, or a ``dict`` such as ``{"bw-check": True, "max-service-ports": 4096}``.
+    text or its ``bytes``, or a ``dict`` as in RFC 7951. ``card`` describes the card: the name of a
+    card file, its text, or a ``dict`` such as ``{"bw-check": True, "max-service-ports": 4096}``.
 
     A change is one of the same, with the operations of NETCONF's edit-config, or an ``Edit``.
     Raises InputError for input that cannot be used; the card is then as it was. Cards may be used
@@ -64,6 +64,19 @@ class Card:
     ) -> Verdict:
         """The verdict of ``commit``; the card stays as it is."""
         return self._run(_inputs.edits(change, candidate), confirm, all, only, False)
+
+    def audit(
+        self, change: Optional[Change] = None, *, candidate: Optional[Source] = None
+    ) -> Audit:
+        """What the card would be with the change: the verdict of every validator that the change
+        concerns, with warnings confirmed, and what the links would carry, even if the change is
+        rejected. Nothing is kept.
+
+        >>> audit = Card("{}", card="town.card").audit(candidate="town.xml")
+        >>> audit.verdict.result, audit.load.links
+        """
+        report, load = self._native.audit(_inputs.edits(change, candidate))
+        return Audit(_verdict(report), Load(load))
 
     def request(
         self,

@@ -11,13 +11,15 @@ from gponval import _native
 from gponval._edit import Edit, lexical
 from gponval._errors import InputError
 
-Source = Union[str, "os.PathLike[str]", Mapping[str, Any]]
+Source = Union[str, bytes, "os.PathLike[str]", Mapping[str, Any]]
 Change = Union[Source, Edit]
 
 # Nothing, a line "key = value", a comment, or several lines.
 _CARD_TEXT = re.compile(r"\s*([\w-]+\s*=|#|$)|.*\n", re.ASCII)
 _BYTE_ORDER_MARK = "\ufeff"
 _BLANKS = " \t\r\n"
+_BLANKS_IN_BYTES = (_BYTE_ORDER_MARK + _BLANKS).encode()
+_LONGEST_BEGIN = 1000
 # More than any card needs; a longer file, such as /dev/zero, is no configuration.
 _LONGEST_FILE = 250_000_000
 
@@ -73,6 +75,9 @@ def _name_of(source: Any) -> str:
 def _native_source(source: Source, prefix: str = "") -> _native.Edit:
     if isinstance(source, Mapping):
         return _native.Edit(prefix + "json", _json_of(source))
+    if isinstance(source, bytes):
+        is_json = source[:_LONGEST_BEGIN].lstrip(_BLANKS_IN_BYTES).startswith(b"{")
+        return _native.Edit(prefix + ("json" if is_json else "xml"), source)
     if isinstance(source, str) and _begin_of(source) in ("<", "{"):
         kind = "json" if _begin_of(source) == "{" else "xml"
         return _native.Edit(prefix + kind, utf8(source))
@@ -108,6 +113,8 @@ def card_file(card: Optional[Source]) -> Optional[_native.Edit]:
         if any("\n" in line for line in lines):
             raise InputError("a key or a value of the card has a line end")
         return _native.Edit("card", utf8("\n".join(lines)))
+    if isinstance(card, bytes):
+        return _native.Edit("card", card)
     if isinstance(card, str) and _CARD_TEXT.match(card) and not os.path.exists(card):
         return _native.Edit("card", utf8(card))
     name = _name_of(card)

@@ -4,6 +4,8 @@ from __future__ import annotations
 
 from typing import NamedTuple, Tuple
 
+from gponval._load import Load
+
 
 class Answer(NamedTuple):
     """What one validator said of one node."""
@@ -32,3 +34,10 @@ class Verdict(NamedTuple):
 
     def __str__(self) -> str:
         return self.text
+
+
+class Audit(NamedTuple):
+    """What a change would lead to."""
+
+    verdict: Verdict
+    load: Load

@@ -147,6 +147,11 @@ void bind_card(py::module_& module) {
               const std::optional<std::string>& value, const std::vector<Edit>& edits) {
              return tuple_of(unlocked([&] { return card.request(name, keypath, value, edits); }));
            })
+      .def("audit",
+           [](PluggedCard& card, const std::vector<Edit>& edits) {
+             Audit audit = unlocked([&] { return card.audit(edits); });
+             return py::make_tuple(tuple_of(audit.verdict), std::move(audit.load));
+           })
       .def("changes",
            [](PluggedCard& card, const std::vector<Edit>& edits) {
              const PrintedChanges changes = unlocked([&] { return card.changes(edits); });

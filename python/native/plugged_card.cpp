@@ -222,6 +222,24 @@ ReportWithText PluggedCard::commit(const std::vector<Edit>& edits, const CommitC
   }
   Transaction transaction(*datastore_);
   apply(edits, transaction);
+  return validate(transaction, edits, choice);
+}
+
+Audit PluggedCard::audit(const std::vector<Edit>& edits) {
+  const Turn turn;
+  CommitChoice choice;
+  choice.keep = false;
+  choice.options.all = true;
+  choice.options.confirm = [](const std::vector<tarnd::Answer>&) { return true; };
+  Transaction transaction(*datastore_);
+  apply(edits, transaction);
+  ReportWithText verdict = validate(transaction, edits, choice);
+  return {std::move(verdict), tarnd::card_load(daemon(), plugin(), transaction)};
+}
+
+ReportWithText PluggedCard::validate(Transaction& transaction, const std::vector<Edit>& edits,
+                                     const CommitChoice& choice) {
+  tarnd::Daemon& asked = daemon();
   const bool nothing_changed = transaction.changes() == nullptr;
   tarnd::CommitReport report = choice.keep ? asked.commit(transaction, choice.options)
                                            : asked.check(transaction, choice.options);

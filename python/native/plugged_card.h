@@ -55,6 +55,12 @@ struct ReportWithText {
   std::string text;
 };
 
+/// What a change would lead to: its verdict, and what the card would carry.
+struct Audit {
+  ReportWithText verdict;
+  tarnd::CardLoad load;
+};
+
 /// What a change changes, in both forms of `gponval diff`.
 struct PrintedChanges {
   std::string json;
@@ -83,6 +89,8 @@ class PluggedCard {
   /// without the value that it reads, a validator may end the process.
   ReportWithText request(const std::string& name, const std::string& keypath,
                          const std::optional<std::string>& value, const std::vector<Edit>& edits);
+  /// Asks every validator that the change concerns, and confirms warnings. Keeps nothing.
+  Audit audit(const std::vector<Edit>& edits);
   PrintedChanges changes(const std::vector<Edit>& edits);
   tarnd::CardLoad load();
   std::string print(tarnd::store::Format format);
@@ -90,6 +98,8 @@ class PluggedCard {
 
  private:
   tarnd::Daemon& daemon();
+  ReportWithText validate(tarnd::store::Transaction& transaction, const std::vector<Edit>& edits,
+                          const CommitChoice& choice);
 
   tarnd::CardDescription card_;
   std::unique_ptr<tarnd::store::Datastore> datastore_;

@@ -40,12 +40,6 @@ Result ask(const Plugin& plugin, const char* function) {
   return reinterpret_cast<Result (*)()>(plugin.symbol(function))();
 }
 
-void make_plugin_load_its_model(Daemon& daemon, Datastore& datastore) {
-  store::Transaction no_change(datastore);
-  no_change.prepare();
-  daemon.request(no_change, kCheckOfAllLinks, kPlaceOfThatCheck, std::nullopt, {});
-}
-
 CardLimits limits_of(const Plugin& plugin) {
   CardLimits limits;
   limits.checks_bandwidth = ask<bool>(plugin, kChecksBandwidth);
@@ -181,7 +175,14 @@ std::optional<std::uint32_t> times(std::uint32_t step, std::uint32_t used, std::
 }  // namespace
 
 CardLoad card_load(Daemon& daemon, const Plugin& plugin, Datastore& datastore) {
-  make_plugin_load_its_model(daemon, datastore);
+  store::Transaction no_change(datastore);
+  no_change.prepare();
+  return card_load(daemon, plugin, no_change);
+}
+
+CardLoad card_load(Daemon& daemon, const Plugin& plugin, store::Transaction& transaction) {
+  daemon.request(transaction, kCheckOfAllLinks, kPlaceOfThatCheck, std::nullopt, {});
+  const Datastore& datastore = transaction.datastore();
   const auto& model = *static_cast<const Model*>(plugin.symbol(kLineProfiles));
   CardLoad load;
   load.limits = limits_of(plugin);

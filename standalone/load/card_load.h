@@ -61,6 +61,9 @@ struct CardLoad {
 /// export that model.
 CardLoad card_load(Daemon& daemon, const Plugin& plugin, store::Datastore& datastore);
 
+/// What the configuration in the prepared transaction would carry.
+CardLoad card_load(Daemon& daemon, const Plugin& plugin, store::Transaction& transaction);
+
 /// How many more ONUs with a line profile a link accepts, and why it rejects the next one.
 struct Fit {
   std::optional<std::uint32_t> onus;  ///< empty if no number of them is rejected
