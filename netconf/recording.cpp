@@ -22,17 +22,27 @@ std::optional<state::Unconfirmed> unconfirmed(const std::optional<PendingCommit>
 
 }  // namespace
 
+state::Commit accepted_commit(state::Kind kind, state::Author author, const CommitReport& report,
+                              const store::Transaction& transaction) {
+  state::Commit commit;
+  commit.kind = kind;
+  commit.author = std::move(author);
+  commit.changes = transaction.item_changes();
+  commit.answers = report.answers;
+  commit.notices = report.messages;
+  return commit;
+}
+
 void record_commit(const Run& run, const CommitReport& report,
                    const std::optional<PendingCommit>& pending) {
   Card& card = run.card;
   if (card.journal == nullptr) return;
-  state::Commit commit;
-  if (run.operation.name == kRollback) commit.kind = state::Kind::kRollback;
-  commit.author = {card.sessions.at(run.caller.id).user, run.caller.id, text_in(run, "label"),
-                   text_in(run, "comment")};
-  commit.changes = card.candidate.item_changes();
-  commit.answers = report.answers;
-  commit.notices = report.messages;
+  const bool goes_back = run.operation.name == kRollback;
+  state::Author author{card.sessions.at(run.caller.id).user, run.caller.id, text_in(run, "label"),
+                       text_in(run, "comment")};
+  const state::Commit commit =
+      accepted_commit(goes_back ? state::Kind::kRollback : state::Kind::kCommit, std::move(author),
+                      report, card.candidate);
   try {
     card.journal->record(commit, unconfirmed(pending));
   } catch (const state::Failure& failure) {

@@ -5,9 +5,14 @@
 
 #include "netconf/operation.h"
 #include "netconf/rpc_error.h"
+#include "netconf/state/commits.h"
 #include "netconf/state/failure.h"
 
 namespace tarnd::netconf {
+
+/// What is stored of the transaction's commit, which was accepted and is not done yet.
+state::Commit accepted_commit(state::Kind kind, state::Author author, const CommitReport& report,
+                              const store::Transaction& transaction);
 
 /// Writes down the commit of the prepared candidate, which was accepted and is not done yet, and
 /// what waits to be confirmed after it. Refuses the operation if that fails. Does nothing if

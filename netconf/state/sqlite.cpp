@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "netconf/state/failure.h"
 
@@ -100,13 +101,28 @@ std::int64_t Connection::number(const std::string& statement) {
   return prepared.step() ? prepared.integer(0) : 0;
 }
 
-Statement::Statement(Connection& connection, std::string_view text)
-    : connection_(connection), handle_(nullptr, &sqlite3_finalize) {
-  sqlite3_stmt* handle = nullptr;
-  const int result = sqlite3_prepare_v2(connection.handle(), text.data(),
-                                        static_cast<int>(text.size()), &handle, nullptr);
-  handle_.reset(handle);
-  check(result);
+PreparedStatement Connection::take_prepared(const std::string& text) {
+  const auto kept = prepared_.find(text);
+  if (kept != prepared_.end()) return prepared_.extract(kept);
+  sqlite3_stmt* made = nullptr;
+  const int result = sqlite3_prepare_v3(handle(), text.data(), static_cast<int>(text.size()),
+                                        SQLITE_PREPARE_PERSISTENT, &made, nullptr);
+  StatementHandle statement(made, &sqlite3_finalize);
+  if (result != SQLITE_OK) fail();
+  return prepared_.extract(prepared_.try_emplace(text, std::move(statement)).first);
+}
+
+void Connection::keep_prepared(PreparedStatement statement) {
+  sqlite3_reset(statement.mapped().get());
+  sqlite3_clear_bindings(statement.mapped().get());
+  prepared_.insert(std::move(statement));
+}
+
+Statement::Statement(Connection& connection, const std::string& text)
+    : connection_(connection), prepared_(connection.take_prepared(text)) {}
+
+Statement::~Statement() {
+  connection_.keep_prepared(std::move(prepared_));
 }
 
 void Statement::check(int result) const {
@@ -114,27 +130,26 @@ void Statement::check(int result) const {
 }
 
 Statement& Statement::bind(int parameter, std::int64_t value) {
-  check(sqlite3_bind_int64(handle_.get(), parameter, value));
+  check(sqlite3_bind_int64(handle(), parameter, value));
   return *this;
 }
 
 Statement& Statement::bind(int parameter, std::string_view text) {
   // A null pointer would be a null.
   const char* bytes = text.data() != nullptr ? text.data() : "";
-  check(sqlite3_bind_text64(handle_.get(), parameter, bytes, text.size(), SQLITE_STATIC,
-                            SQLITE_UTF8));
+  check(sqlite3_bind_text64(handle(), parameter, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8));
   return *this;
 }
 
 Statement& Statement::bind(int parameter, const std::optional<std::string>& text) {
   if (text.has_value()) return bind(parameter, std::string_view(*text));
-  check(sqlite3_bind_null(handle_.get(), parameter));
+  check(sqlite3_bind_null(handle(), parameter));
   return *this;
 }
 
 bool Statement::step() {
   errno = 0;
-  switch (sqlite3_step(handle_.get())) {
+  switch (sqlite3_step(handle())) {
     case SQLITE_ROW:
       return true;
     case SQLITE_DONE:
@@ -150,13 +165,13 @@ void Statement::run() {
 }
 
 std::int64_t Statement::integer(int column) const {
-  return sqlite3_column_int64(handle_.get(), column);
+  return sqlite3_column_int64(handle(), column);
 }
 
 std::string Statement::text(int column) const {
-  const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(handle_.get(), column));
+  const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(handle(), column));
   if (bytes == nullptr) return "";
-  return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(handle_.get(), column))};
+  return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(handle(), column))};
 }
 
 std::optional<std::string> Statement::optional_text(int column) const {
@@ -165,7 +180,7 @@ std::optional<std::string> Statement::optional_text(int column) const {
 }
 
 bool Statement::is_null(int column) const {
-  return sqlite3_column_type(handle_.get(), column) == SQLITE_NULL;
+  return sqlite3_column_type(handle(), column) == SQLITE_NULL;
 }
 
 namespace {
@@ -179,7 +194,7 @@ void roll_back(Connection& connection) {
 }  // namespace
 
 Reading::Reading(Connection& connection) : connection_(connection) {
-  connection.run("BEGIN");
+  Statement(connection, "BEGIN").run();
 }
 
 Reading::~Reading() {
@@ -187,7 +202,7 @@ Reading::~Reading() {
 }
 
 Writing::Writing(Connection& connection) : connection_(connection) {
-  connection.run("BEGIN IMMEDIATE");
+  Statement(connection, "BEGIN IMMEDIATE").run();
 }
 
 Writing::~Writing() {
@@ -195,7 +210,7 @@ Writing::~Writing() {
 }
 
 void Writing::commit() {
-  connection_.run("COMMIT");
+  Statement(connection_, "COMMIT").run();
 }
 
 }  // namespace tarnd::netconf::state

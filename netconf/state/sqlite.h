@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +13,10 @@
 namespace tarnd::netconf::state {
 
 enum class Access { kRead, kWrite };
+
+using StatementHandle = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
+using PreparedStatements = std::map<std::string, StatementHandle>;
+using PreparedStatement = PreparedStatements::node_type;
 
 /// An open SQLite database. Every function throws Failure, whose text names the file.
 class Connection {
@@ -38,14 +43,23 @@ class Connection {
   [[noreturn]] void fail() const;
 
  private:
+  friend class Statement;
+  PreparedStatement take_prepared(const std::string& text);
+  void keep_prepared(PreparedStatement statement);
+
   std::string name_;
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> handle_;
+  PreparedStatements prepared_;  // those that no Statement uses
 };
 
-/// A prepared statement. Parameters and columns count from 1 and 0, as SQLite has them.
+/// A prepared statement, which the connection keeps for the next one of the same text. Parameters
+/// and columns count from 1 and 0, as SQLite has them.
 class Statement {
  public:
-  Statement(Connection& connection, std::string_view text);
+  Statement(Connection& connection, const std::string& text);
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+  ~Statement();
 
   Statement& bind(int parameter, std::int64_t value);
   /// The text must live until the statement has run.
@@ -65,9 +79,10 @@ class Statement {
 
  private:
   void check(int result) const;
+  [[nodiscard]] sqlite3_stmt* handle() const { return prepared_.mapped().get(); }
 
   Connection& connection_;
-  std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> handle_;
+  PreparedStatement prepared_;
 };
 
 /// A transaction that writes. It is rolled back unless commit() returns.

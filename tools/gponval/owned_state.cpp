@@ -121,13 +121,8 @@ tarnd::CommitReport OwnedState::commit(state::Kind kind, state::Author author,
                                        const tarnd::CommitOptions& options) {
   tarnd::CommitReport report = card_->daemon.check(transaction(), options);
   if (report.result != tarnd::CommitResult::kAccepted) return report;
-  state::Commit commit;
-  commit.kind = kind;
-  commit.author = std::move(author);
-  commit.changes = transaction().item_changes();
-  commit.answers = report.answers;
-  commit.notices = report.messages;
-  journal_->record(commit, std::nullopt);
+  journal_->record(netconf::accepted_commit(kind, std::move(author), report, transaction()),
+                   std::nullopt);
   transaction().commit();
   journal_->sync();
   netconf::tend_commits(*card_);
