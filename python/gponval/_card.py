@@ -3,14 +3,14 @@
 from __future__ import annotations
 
 import json
-from typing import Any, Callable, Dict, Iterable, List, Optional, Tuple, Union
+from typing import Any, Callable, Dict, Iterable, List, NoReturn, Optional, Tuple, Union
 
 from gponval import _inputs, _native
 from gponval._changes import Changes, changes_of
 from gponval._edit import Value, lexical
 from gponval._errors import InputError
 from gponval._inputs import Change, Source
-from gponval._load import Load
+from gponval._load import Load, load_of
 from gponval._verdict import Answer, Audit, Verdict
 
 Confirm = Union[bool, Callable[[List[Answer]], bool]]
@@ -76,7 +76,7 @@ class Card:
         >>> audit.verdict.result, audit.load.links
         """
         report, load = self._native.audit(_inputs.edits(change, candidate))
-        return Audit(_verdict(report), Load(load))
+        return Audit(_verdict(report), load_of(load))
 
     def request(
         self,
@@ -133,7 +133,13 @@ class Card:
 
     def load(self) -> Load:
         """What each link carries, by the figures of the plug-in."""
-        return Load(self._native.load())
+        return load_of(self._native.load())
+
+    def __reduce__(self) -> NoReturn:
+        raise TypeError(
+            "a Card cannot be pickled or copied, as the plug-in belongs to its process; "
+            "make a new one of its config()"
+        )
 
     def _run(
         self,

@@ -8,8 +8,9 @@ from typing import Optional
 class InputError(ValueError):
     """What was given cannot be read or does not fit the data model.
 
-    ``file`` is the name of the file, or None for a text or an edit; ``line`` counts from 1, or is
-    None; ``path`` is the node in question, or None. ``str(error)`` is one line with file and line.
+    ``file`` is the name of the file, or None for anything else; ``line`` counts the lines of a file
+    or a text from 1, or is None, as for a ``dict`` or an ``Edit``; ``path`` is the node in question,
+    or None. ``str(error)`` is one line with file and line.
     """
 
     file: Optional[str]

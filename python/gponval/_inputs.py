@@ -74,7 +74,7 @@ def _name_of(source: Any) -> str:
 
 def _native_source(source: Source, prefix: str = "") -> _native.Edit:
     if isinstance(source, Mapping):
-        return _native.Edit(prefix + "json", _json_of(source))
+        return _native.Edit(prefix + "json", _json_of(source), has_lines=False)
     if isinstance(source, bytes):
         is_json = source[:_LONGEST_BEGIN].lstrip(_BLANKS_IN_BYTES).startswith(b"{")
         return _native.Edit(prefix + ("json" if is_json else "xml"), source)
@@ -100,7 +100,9 @@ def edits(change: Optional[Change], candidate: Optional[Source] = None) -> List[
     if change is None:
         return []
     if isinstance(change, Edit):
-        return [_native.Edit(operation, utf8(text)) for operation, text in change.steps]
+        return [
+            _native.Edit(operation, utf8(text), has_lines=False) for operation, text in change.steps
+        ]
     return [_native_source(change)]
 
 
@@ -112,7 +114,7 @@ def card_file(card: Optional[Source]) -> Optional[_native.Edit]:
         lines = [f"{key} = {lexical(value)}" for key, value in card.items()]
         if any("\n" in line for line in lines):
             raise InputError("a key or a value of the card has a line end")
-        return _native.Edit("card", utf8("\n".join(lines)))
+        return _native.Edit("card", utf8("\n".join(lines)), has_lines=False)
     if isinstance(card, bytes):
         return _native.Edit("card", card)
     if isinstance(card, str) and _CARD_TEXT.match(card) and not os.path.exists(card):

@@ -57,7 +57,7 @@ class Fit(NamedTuple):
     limit: str
 
 
-class Load:
+class Load(NamedTuple):
     """What a card carried when it was asked. ``links`` and ``line_profiles`` are lists of records that
     ``pandas.DataFrame`` takes as they are."""
 
@@ -66,36 +66,41 @@ class Load:
     line_profiles: List[LineProfile]
     service_ports: int
 
-    def __init__(self, load: _native.CardLoad) -> None:
-        self._native = load
-        self.limits = Limits(**load.limits)
-        self.links = [_link(link, self.limits) for link in load.links]
-        self.line_profiles = [
-            LineProfile(line.name, line.total, line.fixed, line.dynamic_tconts, line.static_tconts)
-            for line in load.line_profiles
-        ]
-        self.service_ports = load.service_ports
-
     def fit(self, line_profile: str) -> List[Fit]:
         """How many more ONUs with this line profile each link accepts. Raises InputError for a line
         profile that does not exist."""
-        name = utf8(line_profile)
-        return [Fit(link.path, *self._native.fit(link, name)) for link in self._native.links]
+        links = [(link.path, link.onus, link.total, link.fixed, link.rejected) for link in self.links]
+        figures = (self.limits, links, self.line_profiles, self.service_ports)
+        return [Fit(*fit) for fit in _native.fit(figures, utf8(line_profile))]
 
     def __repr__(self) -> str:
         return f"<gponval.Load of {len(self.links)} links, {self.service_ports} service ports>"
 
 
-def _link(link: _native.LinkLoad, limits: Limits) -> Link:
-    if link.total is None or link.fixed is None:
-        return Link(link.path, link.onus, None, None, None, None, None, link.rejected)
+def load_of(figures: _native.Load) -> Load:
+    """The figures of the plug-in, and what follows from them."""
+    limit_figures, links, line_profiles, service_ports = figures
+    limits = Limits(*limit_figures)
+    return Load(
+        limits,
+        [_link(limits, *link) for link in links],
+        [LineProfile(*line_profile) for line_profile in line_profiles],
+        service_ports,
+    )
+
+
+def _link(
+    limits: Limits, path: str, onus: int, total: Optional[int], fixed: Optional[int], rejected: str
+) -> Link:
+    if total is None or fixed is None:
+        return Link(path, onus, None, None, None, None, None, rejected)
     return Link(
-        link.path,
-        link.onus,
-        link.total,
-        max(limits.total_capacity - link.total, 0),
-        link.fixed,
-        max(limits.fixed_capacity - link.fixed, 0),
-        max(link.total / limits.total_capacity, link.fixed / limits.fixed_capacity),
-        link.rejected,
+        path,
+        onus,
+        total,
+        max(limits.total_capacity - total, 0),
+        fixed,
+        max(limits.fixed_capacity - fixed, 0),
+        max(total / limits.total_capacity, fixed / limits.fixed_capacity),
+        rejected,
     )

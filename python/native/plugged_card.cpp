@@ -70,7 +70,7 @@ void apply(const Edit& edit, Transaction& transaction) {
       transaction.edit(edit.text, format_of(edit));
     }
   } catch (const InputError& error) {
-    throw UnusableInput(error, edit.name);
+    throw UnusableInput(error, edit);
   }
 }
 
@@ -80,7 +80,8 @@ void apply(const std::vector<Edit>& edits, Transaction& transaction) {
   try {
     transaction.prepare();
   } catch (const InputError& error) {
-    throw UnusableInput(error, edits.size() == 1 ? edits.front().name : std::string());
+    if (edits.size() == 1) throw UnusableInput(error, edits.front());
+    throw UnusableInput(error);
   }
 }
 
@@ -131,7 +132,7 @@ tarnd::CardDescription read_card(const std::optional<Edit>& file) {
   try {
     return tarnd::parse_card(file->text);
   } catch (const InputError& error) {
-    throw UnusableInput(error, file->name);
+    throw UnusableInput(error, *file);
   }
 }
 
@@ -141,7 +142,7 @@ std::unique_ptr<Datastore> loaded(const Edit& configuration) {
   try {
     datastore->load(configuration.text, format_of(configuration));
   } catch (const InputError& error) {
-    throw UnusableInput(error, configuration.name);
+    throw UnusableInput(error, configuration);
   }
   return datastore;
 }
@@ -200,10 +201,15 @@ std::vector<tarnd::PointInModel> points() {
 PluggedCard::PluggedCard(const Edit& configuration, const std::optional<Edit>& card_file)
     : card_(read_card(card_file)), datastore_(loaded(configuration)) {}
 
-// A function that confirms warnings may let go of the last reference to another card.
+// A function that confirms warnings may let go of the last reference to another card. At the end of
+// the process a thread may have the turn that gives it to nobody.
 PluggedCard::~PluggedCard() {
+  if (Turn::is_lost()) {
+    static_cast<void>(datastore_.release());
+    return;
+  }
   std::optional<Turn> turn;
-  if (!Turn::is_taken_here()) turn.emplace();
+  if (!Turn::is_taken_here()) turn.emplace(Turn::Wait::kToTheEnd);
   if (in_use().card == this) {
     in_use().daemon.reset();
     in_use().card = nullptr;

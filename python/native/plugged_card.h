@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -22,17 +23,21 @@ struct Edit {
   std::string kind;  ///< "xml", "json", "candidate-xml", "candidate-json"; "set", "create",
                      ///< "replace", "delete" or "remove" of one node
   std::string text;
-  std::string name;  ///< of the file, for messages; may be empty
+  std::string name;       ///< of the file, for messages; may be empty
+  bool has_lines = true;  ///< false if no user wrote the text, so that its lines mean nothing
 };
 
 /// What was given cannot be used. The file's name and the path may be empty, the line 0.
 class UnusableInput : public std::runtime_error {
  public:
-  UnusableInput(const tarnd::InputError& error, std::string file)
-      : std::runtime_error(error.what()),
-        file_(std::move(file)),
-        line_(error.line()),
-        path_(error.subject().path) {}
+  /// Of no edit in particular.
+  explicit UnusableInput(const tarnd::InputError& error)
+      : std::runtime_error(error.what()), path_(error.subject().path) {}
+
+  UnusableInput(const tarnd::InputError& error, const Edit& edit) : UnusableInput(error) {
+    file_ = edit.name;
+    if (edit.has_lines) line_ = error.line();
+  }
 
   [[nodiscard]] const std::string& file() const { return file_; }
   [[nodiscard]] std::size_t line() const { return line_; }
@@ -40,7 +45,7 @@ class UnusableInput : public std::runtime_error {
 
  private:
   std::string file_;
-  std::size_t line_;
+  std::size_t line_ = 0;
   std::string path_;
 };
 

@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "python/native/interpreter.h"
+
 namespace gponval::python {
 namespace {
 
@@ -33,6 +35,7 @@ tarnd::Plugin& load_plugin() {
 }
 
 constexpr std::chrono::seconds kPatienceAtEnd{10};
+constexpr std::chrono::milliseconds kBetweenSignals{100};
 
 std::timed_mutex& process_lock() {
   static auto& lock = *new std::timed_mutex;
@@ -42,6 +45,11 @@ std::timed_mutex& process_lock() {
 std::atomic<std::thread::id>& owner() {
   static std::atomic<std::thread::id> thread;
   return thread;
+}
+
+std::atomic<bool>& lost() {
+  static std::atomic<bool> is_lost;
+  return is_lost;
 }
 
 }  // namespace
@@ -60,11 +68,15 @@ const tarnd::Plugin& plugin() {
   return loaded;
 }
 
-Turn::Turn() : lock_(process_lock(), std::defer_lock) {
+Turn::Turn(Wait wait) : lock_(process_lock(), std::defer_lock) {
   if (is_taken_here()) {
     throw std::logic_error("a function that confirms warnings cannot use a card");
   }
-  lock_.lock();
+  if (wait == Wait::kToTheEnd) {
+    lock_.lock();
+  } else {
+    while (!lock_.try_lock_for(kBetweenSignals)) handle_signals();
+  }
   owner() = std::this_thread::get_id();
 }
 
@@ -73,7 +85,15 @@ Turn::~Turn() {
 }
 
 void Turn::take_for_good() {
-  if (process_lock().try_lock_for(kPatienceAtEnd)) owner() = std::this_thread::get_id();
+  if (process_lock().try_lock_for(kPatienceAtEnd)) {
+    owner() = std::this_thread::get_id();
+  } else {
+    lost() = true;
+  }
+}
+
+bool Turn::is_lost() {
+  return lost();
 }
 
 bool Turn::is_taken_here() {

@@ -22,7 +22,11 @@ const tarnd::Plugin& plugin();
 /// thread has the turn already, in a function that confirms warnings: it would wait for itself.
 class Turn {
  public:
-  Turn();
+  /// How to wait for the thread that has the turn. A wait with signals throws what their handlers
+  /// raise in Python, such as KeyboardInterrupt.
+  enum class Wait { kWithSignals, kToTheEnd };
+
+  explicit Turn(Wait wait = Wait::kWithSignals);
   Turn(const Turn&) = delete;
   Turn& operator=(const Turn&) = delete;
   ~Turn();
@@ -31,6 +35,9 @@ class Turn {
   /// destroyed would crash. Gives up after some seconds, such as when a function that confirms
   /// warnings does not return.
   static void take_for_good();
+
+  /// Whether that was given up.
+  static bool is_lost();
 
   /// Whether this thread has the turn.
   static bool is_taken_here();

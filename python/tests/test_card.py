@@ -1,8 +1,12 @@
 """Commits, checks and requests, with every form of input."""
 
+import copy
 import inspect
 import json
+import pickle
+import signal
 import subprocess
+import sys
 import threading
 import time
 
@@ -270,6 +274,105 @@ def test_threads_may_use_cards_together(town):
     assert wrong == []
 
 
+ENDS_WHILE_THREADS_WORK = """
+import sys, threading, time
+import gponval
+
+card = gponval.Card(sys.argv[1])
+fec_off = gponval.Edit().set("/config/interface/gpon{1 1 1}/upstream-fec", False)
+
+def ask_wrongly():
+    try:
+        card.get("/config/sevice-port")
+    except gponval.InputError:
+        pass
+
+works = [
+    lambda: card.check(),
+    lambda: card.get("/config"),
+    lambda: card.load(),
+    lambda: card.check(fec_off, confirm=lambda warnings: True),
+    ask_wrongly,
+]
+
+def work(one):
+    while True:
+        one()
+
+for one in works:
+    threading.Thread(target=work, args=(one,), daemon=True).start()
+time.sleep(0.3)
+"""
+
+
+def test_python_ends_while_daemon_threads_use_a_card():
+    for _ in range(5):
+        ended = subprocess.run(
+            [sys.executable, "-c", ENDS_WHILE_THREADS_WORK, str(EXAMPLES / "town.xml")],
+            stderr=subprocess.PIPE,
+            text=True,
+            timeout=100,
+            check=False,
+        )
+        assert (ended.returncode, ended.stderr) == (0, "")
+
+
+ENDS_WHILE_A_FUNCTION_CONFIRMS = """
+import sys, threading, time
+import gponval
+
+card = gponval.Card(sys.argv[1])
+other = gponval.Card(sys.argv[1])
+fec_off = gponval.Edit().set("/config/interface/gpon{1 1 1}/upstream-fec", False)
+asked = threading.Event()
+
+def confirm(warnings):
+    asked.set()
+    while True:
+        time.sleep(0.01)
+
+threading.Thread(target=card.check, args=(fec_off, confirm), daemon=True).start()
+asked.wait()
+"""
+
+
+def test_python_ends_while_a_function_that_confirms_does_not():
+    ended = subprocess.run(
+        [sys.executable, "-c", ENDS_WHILE_A_FUNCTION_CONFIRMS, str(EXAMPLES / "town.xml")],
+        stderr=subprocess.PIPE,
+        text=True,
+        timeout=100,
+        check=False,
+    )
+    assert (ended.returncode, ended.stderr) == (0, "")
+
+
+def test_ctrl_c_ends_the_wait_for_another_thread(small):
+    asked = threading.Event()
+    interrupted = threading.Event()
+
+    def confirm(warnings):
+        asked.set()
+        return interrupted.wait(100)
+
+    def interrupt():
+        time.sleep(0.3)
+        signal.pthread_kill(threading.main_thread().ident, signal.SIGINT)
+
+    confirming = threading.Thread(target=small.check, args=(FEC_OFF, confirm))
+    confirming.start()
+    assert asked.wait(100)
+    interrupting = threading.Thread(target=interrupt)
+    interrupting.start()
+    with pytest.raises(KeyboardInterrupt):
+        small.check(ADDED_PORT)
+    assert confirming.is_alive()
+    interrupted.set()
+    confirming.join()
+    interrupting.join()
+    assert small.check(ADDED_PORT)
+
+
 def test_python_goes_on_while_a_function_confirms_and_a_thread_waits(small):
     asked = threading.Event()
     answers = []
@@ -304,6 +407,28 @@ def public_functions():
 def test_everything_public_has_a_docstring():
     without = [name for name, public in public_functions() if not public.__doc__]
     assert without == []
+
+
+def test_records_can_be_sent_to_another_process(small):
+    edit = Edit().set(PORT + "/gpon/id", "1/1/1")
+    load = small.load()
+    changes = small.changes(ADDED_PORT)
+    with pytest.raises(gponval.InputError) as raised:
+        small.get("/config/sevice-port")
+    records = [small.check(FEC_OFF), small.audit(FEC_OFF), load, load.fit("home"), changes]
+    for record in [*records, gponval.points()]:
+        assert pickle.loads(pickle.dumps(record)) == record
+    assert str(pickle.loads(pickle.dumps(changes))) == str(changes)
+    assert pickle.loads(pickle.dumps(load)).fit("home") == load.fit("home")
+    assert pickle.loads(pickle.dumps(edit)).steps == edit.steps
+    error = pickle.loads(pickle.dumps(raised.value))
+    assert (str(error), vars(error)) == (str(raised.value), vars(raised.value))
+
+
+@pytest.mark.parametrize("work", [pickle.dumps, copy.copy, copy.deepcopy])
+def test_a_card_stays_in_its_process(small, work):
+    with pytest.raises(TypeError, match="a Card cannot be pickled or copied"):
+        work(small)
 
 
 def test_answers_cannot_be_changed(small):

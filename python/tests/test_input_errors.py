@@ -6,6 +6,7 @@ from conftest import ADDED_PORT, SMALL
 import gponval
 from gponval import Edit
 
+PORT_ID = "/config/service-port{1}/match/vlan/vlan-id"
 UNKNOWN = ADDED_PORT.replace("gem-id", "gem-idd")
 
 
@@ -33,6 +34,25 @@ def test_a_wrong_file_is_named(small, tmp_path):
     error = error_of(lambda: small.commit(file))
     assert error.file == str(file)
     assert str(error).startswith(f"{file}:4: ")
+
+
+@pytest.mark.parametrize(
+    "work",
+    [
+        lambda card: card.commit({"base:config": {"service-port": [{"id": 7, "gem-idd": 1}]}}),
+        lambda card: card.commit({"base:config": {"service-port": [{"id": -1}]}}),
+        lambda card: card.commit(candidate={"base:config": {"sevice-port": []}}),
+        lambda card: gponval.Card({"base:config": {"sevice-port": []}}),
+        lambda card: gponval.Card(SMALL, card={"bw-check": True, "onu-per-link": 1}),
+        lambda card: card.check(Edit().set("/config/sevice-port{1}")),
+        lambda card: card.check(Edit().set(PORT_ID, "many")),
+        lambda card: card.check(Edit().delete("/config/service-port{99}").delete("/config/gpon")),
+    ],
+)
+def test_a_line_is_one_that_the_user_wrote(small, work):
+    error = error_of(lambda: work(small))
+    assert (error.file, error.line) == (None, None)
+    assert not str(error).startswith("line")
 
 
 def test_after_an_error_the_card_is_as_it_was(small):
