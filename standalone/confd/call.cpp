@@ -18,6 +18,24 @@ bool names_many(const PathStep& step) {
          (step.node->kind == NodeKind::kList || step.node->kind == NodeKind::kLeafList);
 }
 
+int fail_format() {
+  return fail(CONFD_ERR_BADPATH, "the path's format does not go with its arguments");
+}
+
+std::optional<store::Path> parse_path(const Model& model, const std::string& text) {
+  std::string why;
+  std::optional<store::Path> path = store::Path::parse(model.schema(), text, &why);
+  if (!path.has_value()) {
+    fail(CONFD_ERR_BADPATH, why);
+    return std::nullopt;
+  }
+  if (std::any_of(path->steps().begin(), path->steps().end() - 1, names_many)) {
+    fail(CONFD_ERR_BADPATH, "a list without keys stands inside the path " + text);
+    return std::nullopt;
+  }
+  return path;
+}
+
 }  // namespace
 
 bool enter(PlatformCall call) {
@@ -43,30 +61,27 @@ SessionState* enter_session(PlatformCall call, int sock) {
 std::optional<store::Path> read_path(const Model& model, const char* format,
                                      std::va_list arguments) {
   const std::optional<std::string> text = format_path(format, arguments);
-  if (!text.has_value()) {
-    fail(CONFD_ERR_BADPATH, "the path's format does not go with its arguments");
-    return std::nullopt;
-  }
-  std::string why;
-  std::optional<store::Path> path = store::Path::parse(model.schema(), *text, &why);
-  if (!path.has_value()) {
-    fail(CONFD_ERR_BADPATH, why);
-    return std::nullopt;
-  }
-  if (std::any_of(path->steps().begin(), path->steps().end() - 1, names_many)) {
-    fail(CONFD_ERR_BADPATH, "a list without keys stands inside the path " + *text);
-    return std::nullopt;
-  }
-  return path;
+  if (text.has_value()) return parse_path(model, *text);
+  fail_format();
+  return std::nullopt;
 }
 
 std::optional<PlaceInSession> enter_place(PlatformCall call, int sock, int thandle,
                                           const char* format, std::va_list arguments) {
   SessionState* session = enter_session(call, sock, thandle);
   if (session == nullptr) return std::nullopt;
-  const std::optional<store::Path> path = read_path(session->model, format, arguments);
+  std::string& text = session->path_text;
+  if (!format_path(text, format, arguments)) {
+    fail_format();
+    return std::nullopt;
+  }
+  const store::Datastore& datastore = session->transaction.datastore();
+  if (const Place* place = session->places.find(datastore, text)) {
+    return PlaceInSession{session, *place};
+  }
+  const std::optional<store::Path> path = parse_path(session->model, text);
   if (!path.has_value()) return std::nullopt;
-  return PlaceInSession{session, find_place(session->transaction.datastore(), *path)};
+  return PlaceInSession{session, find_place(datastore, *path)};
 }
 
 std::optional<PathInSession> enter_committed(PlatformCall call, int sock, const char* format,

@@ -72,11 +72,11 @@ bool add_directive(std::string& text, std::string_view& format, Arguments& argum
 
 }  // namespace
 
-std::optional<std::string> format_path(const char* format, std::va_list arguments) {
-  if (format == nullptr) return std::nullopt;
+bool format_path(std::string& text, const char* format, std::va_list arguments) {
+  text.clear();
+  if (format == nullptr) return false;
   Arguments own;
   va_copy(own.list, arguments);
-  std::string text;
   std::string_view rest(format);
   bool good = true;
   while (good && !rest.empty()) {
@@ -88,8 +88,13 @@ std::optional<std::string> format_path(const char* format, std::va_list argument
     good = add_directive(text, rest, own);
   }
   va_end(own.list);
-  if (!good) return std::nullopt;
-  enter_platform_path(text);
+  if (good) enter_platform_path(text);
+  return good;
+}
+
+std::optional<std::string> format_path(const char* format, std::va_list arguments) {
+  std::string text;
+  if (!format_path(text, format, arguments)) return std::nullopt;
   return text;
 }
 

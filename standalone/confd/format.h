@@ -11,4 +11,7 @@ namespace tarnd::confd {
 /// root, and a keypath. Nothing if the format has another conversion or an argument is null.
 std::optional<std::string> format_path(const char* format, std::va_list arguments);
 
+/// The same into a text whose memory is used again. If the result is false, the text is of no use.
+bool format_path(std::string& text, const char* format, std::va_list arguments);
+
 }  // namespace tarnd::confd

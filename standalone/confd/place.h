@@ -1,6 +1,7 @@
 #pragma once
 
 #include "standalone/store/datastore.h"
+#include "standalone/store/instance_key.h"
 #include "standalone/store/path.h"
 
 namespace tarnd::confd {
@@ -14,6 +15,16 @@ struct Place {
   /// The node exists, or it is a container without presence in a parent that exists.
   bool exists = false;
 };
+
+/// The place of the root.
+Place root_place(const store::Datastore& datastore);
+
+/// The place of a node of the model below another place. Keys count only if the step is keyed.
+Place step_down(const store::Datastore& datastore, const Place& around,
+                const store::SchemaNode& node, bool keyed, store::InstanceKeyView keys);
+
+/// Whether the place is a list or leaf-list without keys, inside which no path leads.
+bool names_many(const Place& place);
 
 /// Follows a path in the tree.
 Place find_place(const store::Datastore& datastore, const store::Path& path);

@@ -10,6 +10,7 @@
 #include "confd_maapi.h"
 #include "standalone/confd/cursor.h"
 #include "standalone/confd/model.h"
+#include "standalone/confd/place_finder.h"
 #include "standalone/confd/query.h"
 #include "standalone/store/transaction.h"
 
@@ -33,6 +34,8 @@ struct SessionState {
   std::optional<std::string> error_text;
   std::vector<std::string> messages;
 
+  std::string path_text;  ///< of the call that is being answered
+  confd::PlaceFinder places;
   std::unordered_map<std::uintptr_t, confd::Cursor> cursors;
   std::unordered_map<int, confd::Query> queries;
   std::vector<int> cdb_sockets;  ///< of the open configuration sessions, in order of opening

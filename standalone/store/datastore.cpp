@@ -116,6 +116,7 @@ ValueKind value_kind(const lyd_node* leaf) {
 }
 
 void TreeKeeper::insert(lyd_node* parent, lyd_node* node) {
+  ++version;
   lyd_insert_child(parent, node);
   const SchemaNode& schema = schema_of(node);
   ListIndex* index = schema.kind == NodeKind::kList ? indexes.made(parent, schema) : nullptr;
@@ -124,6 +125,7 @@ void TreeKeeper::insert(lyd_node* parent, lyd_node* node) {
 }
 
 void TreeKeeper::unlink(lyd_node* node) {
+  ++version;
   if (node->schema->nodetype == LYS_LIST) {
     ListIndex* index = indexes.made(&node->parent->node, schema_of(node));
     if (index != nullptr) index->erase(node);
@@ -132,6 +134,7 @@ void TreeKeeper::unlink(lyd_node* node) {
 }
 
 void TreeKeeper::free(lyd_node* node) {
+  ++version;
   indexes.forget_below(node);
   if (!unordered_lists.empty()) {
     const lyd_node* below = nullptr;
@@ -186,6 +189,16 @@ lyd_node* Datastore::entry(const lyd_node* parent, const SchemaNode& list,
                            std::span<const std::string> keys) const {
   if (keys.size() != list.num_keys) return nullptr;
   return keeper_->indexes.of(parent, list).find(keys);
+}
+
+lyd_node* Datastore::entry(const lyd_node* parent, const SchemaNode& list,
+                           std::span<const std::string_view> keys) const {
+  if (keys.size() != list.num_keys) return nullptr;
+  return keeper_->indexes.of(parent, list).find(keys);
+}
+
+std::uint64_t Datastore::version() const {
+  return keeper_->version;
 }
 
 std::span<lyd_node* const> Datastore::entries(const lyd_node* parent,

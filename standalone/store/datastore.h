@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -37,6 +38,8 @@ class Datastore {
   /// The entry with these canonical key texts, or null.
   [[nodiscard]] lyd_node* entry(const lyd_node* parent, const SchemaNode& list,
                                 std::span<const std::string> keys) const;
+  [[nodiscard]] lyd_node* entry(const lyd_node* parent, const SchemaNode& list,
+                                std::span<const std::string_view> keys) const;
   /// The entries in key order. Valid until the list changes.
   [[nodiscard]] std::span<lyd_node* const> entries(const lyd_node* parent,
                                                    const SchemaNode& list) const;
@@ -45,6 +48,10 @@ class Datastore {
                                                  const SchemaNode& node) const;
   /// The node at the path; null if it does not exist, and for a list or leaf-list without keys.
   [[nodiscard]] lyd_node* find(const Path& path) const;
+
+  /// Another number after nodes were linked, unlinked or freed. Whoever keeps nodes of the tree
+  /// asks whether it and root() are still the same.
+  [[nodiscard]] std::uint64_t version() const;
 
   /// Restores the key order of lists, and the ascending order of leaf-lists, after new instances
   /// were inserted, for readers that follow the tree itself (XPath, printing).

@@ -25,6 +25,25 @@ KeyNodes key_nodes(const lyd_node* node) {
   return {};
 }
 
+template <typename Key>
+std::size_t hash_of(Key key) {
+  std::size_t hash = 0;
+  for (const auto& text : key) hash = mix(hash, text);
+  return hash;
+}
+
+template <typename Key>
+bool is_key_of(const lyd_node* node, Key key) {
+  const KeyNodes keys = key_nodes(node);
+  if (keys.count != key.size()) return false;
+  const lyd_node* own = keys.first;
+  for (const auto& text : key) {
+    if (text != lyd_get_value(own)) return false;
+    own = own->next;
+  }
+  return true;
+}
+
 }  // namespace
 
 std::size_t key_hash(const lyd_node* node) {
@@ -36,20 +55,19 @@ std::size_t key_hash(const lyd_node* node) {
 }
 
 std::size_t key_hash(InstanceKey key) {
-  std::size_t hash = 0;
-  for (const std::string& text : key) hash = mix(hash, text);
-  return hash;
+  return hash_of(key);
+}
+
+std::size_t key_hash(InstanceKeyView key) {
+  return hash_of(key);
 }
 
 bool has_key(const lyd_node* node, InstanceKey key) {
-  const KeyNodes keys = key_nodes(node);
-  if (keys.count != key.size()) return false;
-  const lyd_node* own = keys.first;
-  for (const std::string& text : key) {
-    if (text != lyd_get_value(own)) return false;
-    own = own->next;
-  }
-  return true;
+  return is_key_of(node, key);
+}
+
+bool has_key(const lyd_node* node, InstanceKeyView key) {
+  return is_key_of(node, key);
 }
 
 }  // namespace tarnd::store

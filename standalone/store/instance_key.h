@@ -4,6 +4,7 @@
 #include <cstring>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "standalone/store/schema.h"
 
@@ -12,12 +13,16 @@ namespace tarnd::store {
 /// What identifies an instance among those of one node of the model: an entry's keys, or the value
 /// of a leaf-list; nothing for other nodes. The texts are canonical, as in a PathStep.
 using InstanceKey = std::span<const std::string>;
+/// The same without memory of its own.
+using InstanceKeyView = std::span<const std::string_view>;
 
 std::size_t key_hash(const lyd_node* node);
 std::size_t key_hash(InstanceKey key);
+std::size_t key_hash(InstanceKeyView key);
 
 /// Whether the node has this key. It must be an instance of the model's node that the key is for.
 bool has_key(const lyd_node* node, InstanceKey key);
+bool has_key(const lyd_node* node, InstanceKeyView key);
 
 /// Compares two leaves, or values of leaf-lists, of one model.
 inline bool same_value(const lyd_node* left, const lyd_node* right) {

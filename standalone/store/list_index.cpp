@@ -31,6 +31,11 @@ lyd_node* ListIndex::find(InstanceKey keys) const {
   return found == by_key_.end() ? nullptr : *found;
 }
 
+lyd_node* ListIndex::find(InstanceKeyView keys) const {
+  const auto found = by_key_.find(keys);
+  return found == by_key_.end() ? nullptr : *found;
+}
+
 std::span<lyd_node* const> ListIndex::ordered() const {
   settle();
   return ordered_;

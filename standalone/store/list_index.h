@@ -19,6 +19,7 @@ class ListIndex {
 
   [[nodiscard]] std::span<lyd_node* const> ordered() const;
   [[nodiscard]] lyd_node* find(InstanceKey keys) const;
+  [[nodiscard]] lyd_node* find(InstanceKeyView keys) const;
 
   /// Returns true if the entry belongs after all others, as far as that is known without sorting.
   bool insert(lyd_node* entry);
@@ -30,12 +31,19 @@ class ListIndex {
     using is_transparent = void;
     std::size_t operator()(const lyd_node* entry) const { return key_hash(entry); }
     std::size_t operator()(InstanceKey keys) const { return key_hash(keys); }
+    std::size_t operator()(InstanceKeyView keys) const { return key_hash(keys); }
   };
   struct Equal {
     using is_transparent = void;
     bool operator()(const lyd_node* left, const lyd_node* right) const { return left == right; }
     bool operator()(InstanceKey keys, const lyd_node* entry) const { return has_key(entry, keys); }
     bool operator()(const lyd_node* entry, InstanceKey keys) const { return has_key(entry, keys); }
+    bool operator()(InstanceKeyView keys, const lyd_node* entry) const {
+      return has_key(entry, keys);
+    }
+    bool operator()(const lyd_node* entry, InstanceKeyView keys) const {
+      return has_key(entry, keys);
+    }
   };
 
   void settle() const;

@@ -17,33 +17,22 @@ bool is_number(std::string_view text) {
 }
 
 // "007" and "7" are the same key. A text that is no number stays as it is and finds nothing.
-void drop_leading_zeros(std::string& text) {
-  if (text.size() < 2 || text.front() != '0' || !is_number(text)) return;
-  text.erase(0, std::min(text.find_first_not_of('0'), text.size() - 1));
+std::string_view without_leading_zeros(std::string_view text) {
+  if (text.size() < 2 || text.front() != '0' || !is_number(text)) return text;
+  return text.substr(std::min(text.find_first_not_of('0'), text.size() - 1));
 }
 
 // An enumeration whose type is not known prints as "enum<4>".
-void name_enumeration(const SchemaNode& key, std::string& text) {
-  if (!text.starts_with(kEnumOpen) || text.back() != '>') return;
-  const std::string number = text.substr(kEnumOpen.size(), text.size() - kEnumOpen.size() - 1);
+std::string_view enumeration_name(const SchemaNode& key, std::string_view text) {
+  if (!text.starts_with(kEnumOpen) || text.back() != '>') return text;
+  const std::string_view number = text.substr(kEnumOpen.size(), text.size() - kEnumOpen.size() - 1);
   const auto* type = reinterpret_cast<const lysc_type_enum*>(
       reinterpret_cast<const lysc_node_leaf*>(key.lysc)->type);
   LY_ARRAY_COUNT_TYPE i = 0;
   LY_ARRAY_FOR(type->enums, i) {
-    if (std::to_string(type->enums[i].value) == number) {
-      text = type->enums[i].name;
-      return;
-    }
+    if (std::to_string(type->enums[i].value) == number) return type->enums[i].name;
   }
-}
-
-const SchemaNode* first_node(const Schema& schema, std::string_view name) {
-  const auto colon = name.find(':');
-  if (colon != std::string_view::npos) {
-    if (name.substr(0, colon) != schema.prefix()) return nullptr;
-    name = name.substr(colon + 1);
-  }
-  return name == schema.root().name ? &schema.root() : nullptr;
+  return text;
 }
 
 void canonicalize(PathStep& step) {
@@ -58,18 +47,32 @@ void canonicalize(PathStep& step) {
 
 }  // namespace
 
-void make_canonical(const SchemaNode& key, std::string& text) {
+std::string_view canonical_key(const SchemaNode& key, std::string_view text) {
   switch (key.value) {
     case ValueKind::kUint8:
     case ValueKind::kUint16:
     case ValueKind::kUint32:
     case ValueKind::kUint64:
-      return drop_leading_zeros(text);
+      return without_leading_zeros(text);
     case ValueKind::kEnumeration:
-      return name_enumeration(key, text);
+      return enumeration_name(key, text);
     default:
-      return;
+      return text;
   }
+}
+
+void make_canonical(const SchemaNode& key, std::string& text) {
+  const std::string_view canonical = canonical_key(key, text);
+  if (canonical != text) text = std::string(canonical);
+}
+
+const SchemaNode* root_named(const Schema& schema, std::string_view name) {
+  const auto colon = name.find(':');
+  if (colon != std::string_view::npos) {
+    if (name.substr(0, colon) != schema.prefix()) return nullptr;
+    name = name.substr(colon + 1);
+  }
+  return name == schema.root().name ? &schema.root() : nullptr;
 }
 
 std::optional<Path> Path::parse(const Schema& schema, std::string_view text, std::string* why) {
@@ -85,7 +88,7 @@ std::optional<Path> Path::parse(const Schema& schema, std::string_view text, std
     if (reader.peek() != '{') {
       const std::string_view name = reader.until([](char c) { return c == '/' || c == '{'; });
       const SchemaNode* node =
-          path.steps_.empty() ? first_node(schema, name) : path.last().node->child(name);
+          path.steps_.empty() ? root_named(schema, name) : path.last().node->child(name);
       if (node == nullptr) return fail("no node '" + std::string(name) + "'");
       path.steps_.emplace_back().node = node;
     } else if (path.steps_.empty() || path.last().keyed) {

@@ -44,8 +44,15 @@ std::string path_of(const lyd_node* node);
 /// The last step of that path: "/gpon{1 1 3}".
 std::string step_of(const lyd_node* node);
 
-/// Brings a key, or a value of a leaf-list, as it is written in a path into its canonical form.
+/// The canonical form of a key, or of a value of a leaf-list, that is written in a path: a part of
+/// the text, or a name that lives as long as the model.
+std::string_view canonical_key(const SchemaNode& key, std::string_view text);
+/// Replaces the text by it.
 void make_canonical(const SchemaNode& key, std::string& text);
+
+/// The root of the model if the name, with or without the model's prefix, is its name; or else
+/// null.
+const SchemaNode* root_named(const Schema& schema, std::string_view name);
 
 /// A key as a path has it between braces.
 std::string quote_key(std::string_view key);

@@ -43,21 +43,32 @@ class PathText {
     return text_.substr(begin, pos_ - begin);
   }
 
-  /// The key values after an opening brace; false if the closing one is missing.
-  bool keys(std::vector<std::string>& result) {
+  void skip(std::size_t length) { pos_ += length; }
+  [[nodiscard]] std::size_t position() const { return pos_; }
+
+  /// The key values after an opening brace; false if the closing one is missing. Keys that are
+  /// views into the text cannot have a backslash in quotes: the result is false then, too.
+  template <typename Key>
+  bool keys(std::vector<Key>& result) {
     for (;;) {
       skip_blanks();
       if (take('}')) return true;
       if (at_end()) return false;
-      std::string& key = result.emplace_back();
+      Key& key = result.emplace_back();
       if (take('"') ? !quoted(key) : !plain(key)) return false;
     }
   }
 
  private:
-  bool plain(std::string& key) {
+  template <typename Key>
+  bool plain(Key& key) {
     key = until([](char c) { return c == ' ' || c == '}'; });
     return !at_end();
+  }
+
+  bool quoted(std::string_view& key) {
+    key = until([](char c) { return c == '"' || c == '\\'; });
+    return take('"');
   }
 
   bool quoted(std::string& key) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <utility>
 
@@ -22,6 +23,7 @@ class TreeKeeper {
   void mark_unordered(const lyd_node* parent, const SchemaNode& list);
 
   IndexSet indexes;
+  std::uint64_t version = 0;  ///< see Datastore::version()
   std::set<std::pair<const lyd_node*, const SchemaNode*>> unordered_lists;
 };
 

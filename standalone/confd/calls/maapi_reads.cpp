@@ -4,6 +4,8 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <optional>
+#include <vector>
 
 #include "standalone/confd/call.h"
 #include "standalone/confd/errors.h"
@@ -41,43 +43,60 @@ int num_instances(int sock, int thandle, const char* fmt, std::va_list args) {
   return static_cast<int>(datastore.entries(place.parent, *place.schema).size());
 }
 
+// What a call reads: a leaf, or all values of a leaf-list.
+struct Reading {
+  const Model& model;
+  const lyd_node* leaf = nullptr;
+  std::vector<lyd_node*> values;
+};
+
+std::optional<Reading> enter_reading(PlatformCall call, int sock, int thandle, const char* fmt,
+                                     std::va_list args) {
+  const auto found = enter_place(call, sock, thandle, fmt, args);
+  if (!found.has_value()) return std::nullopt;
+  const Place& place = found->place;
+  if (place.schema->value == store::ValueKind::kNone) {
+    fail_kind(*place.schema, "leaf");
+    return std::nullopt;
+  }
+  Reading reading{found->session->model, place.node, {}};
+  if (reading.leaf != nullptr) return reading;
+  if (place.schema->kind == NodeKind::kLeafList && !place.keyed && place.parent != nullptr) {
+    const store::Datastore& datastore = found->session->transaction.datastore();
+    reading.values = datastore.leaf_list(place.parent, *place.schema);
+    if (!reading.values.empty()) return reading;
+  }
+  fail_missing(*place.schema);
+  return std::nullopt;
+}
+
 // The value of a leaf, or of a leaf-list as a whole, with memory of its own.
 int get_value(PlatformCall call, int sock, int thandle, OwnedValue& value, const char* fmt,
               std::va_list args) {
-  const auto found = enter_place(call, sock, thandle, fmt, args);
-  if (!found.has_value()) return CONFD_ERR;
-  const Place& place = found->place;
-  const Model& model = found->session->model;
-  if (place.schema->value == store::ValueKind::kNone) return fail_kind(*place.schema, "leaf");
-  if (place.node != nullptr) {
-    value = OwnedValue(own_leaf_value(model, place.node));
-    return CONFD_OK;
-  }
-  if (place.schema->kind == NodeKind::kLeafList && !place.keyed && place.parent != nullptr) {
-    const store::Datastore& datastore = found->session->transaction.datastore();
-    const auto values = datastore.leaf_list(place.parent, *place.schema);
-    if (!values.empty()) {
-      value = OwnedValue(own_list_value(model, values));
-      return CONFD_OK;
-    }
-  }
-  return fail_missing(*place.schema);
+  const auto reading = enter_reading(call, sock, thandle, fmt, args);
+  if (!reading.has_value()) return CONFD_ERR;
+  value = OwnedValue(reading->leaf != nullptr ? own_leaf_value(reading->model, reading->leaf)
+                                              : own_list_value(reading->model, reading->values));
+  return CONFD_OK;
 }
 
-// The same for the calls that read one type of value.
-int get_typed(PlatformCall call, int sock, int thandle, confd_vtype type, OwnedValue& value,
+// The value of a leaf of one type, for the calls that copy it. It belongs to the configuration.
+int get_typed(PlatformCall call, int sock, int thandle, confd_vtype type, confd_value_t& value,
               const char* fmt, std::va_list args) {
-  if (get_value(call, sock, thandle, value, fmt, args) != CONFD_OK) return CONFD_ERR;
-  return value.get().type == type ? CONFD_OK : fail_type(call);
+  const auto reading = enter_reading(call, sock, thandle, fmt, args);
+  if (!reading.has_value()) return CONFD_ERR;
+  if (reading->leaf == nullptr) return fail_type(call);
+  value = leaf_value(reading->model, reading->leaf);
+  return value.type == type ? CONFD_OK : fail_type(call);
 }
 
-// The same for a type without memory of its own, whose value is one member of confd_value_t.
+// The same for a type whose value is one member of confd_value_t.
 template <typename Result>
 int get_fixed(PlatformCall call, int sock, int thandle, confd_vtype type,
               Result ValueUnion::*member, Result* result, const char* fmt, std::va_list args) {
-  OwnedValue value;
+  confd_value_t value;
   if (get_typed(call, sock, thandle, type, value, fmt, args) != CONFD_OK) return CONFD_ERR;
-  *result = value.get().val.*member;
+  *result = value.val.*member;
   return CONFD_OK;
 }
 
@@ -181,11 +200,11 @@ int maapi_get_ipv4_and_plen_elem(int sock, int thandle, struct confd_ipv4_prefix
 int maapi_get_str_elem(int sock, int thandle, char* buf, int n, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  OwnedValue value;
+  confd_value_t value;
   const int result =
       get_typed(PlatformCall::maapi_get_str_elem, sock, thandle, C_BUF, value, fmt, args);
   va_end(args);
-  return result == CONFD_OK ? tarnd::confd::copy_text(value.get().val.buf, buf, n) : result;
+  return result == CONFD_OK ? tarnd::confd::copy_text(value.val.buf, buf, n) : result;
 }
 
 int maapi_get_list_elem(int sock, int thandle, confd_value_t** values, int* n, const char* fmt,
@@ -194,9 +213,12 @@ int maapi_get_list_elem(int sock, int thandle, confd_value_t** values, int* n, c
   va_start(args, fmt);
   OwnedValue value;
   const int result =
-      get_typed(PlatformCall::maapi_get_list_elem, sock, thandle, C_LIST, value, fmt, args);
+      tarnd::confd::get_value(PlatformCall::maapi_get_list_elem, sock, thandle, value, fmt, args);
   va_end(args);
   if (result != CONFD_OK) return result;
+  if (value.get().type != C_LIST) {
+    return tarnd::confd::fail_type(PlatformCall::maapi_get_list_elem);
+  }
   const confd_value_t list = value.take();
   *values = list.val.list.ptr;
   *n = static_cast<int>(list.val.list.size);
