@@ -1,7 +1,8 @@
 """What a card carries."""
 
+import pandas
 import pytest
-from conftest import SMALL
+from conftest import ADDED_PORT, SMALL
 
 import gponval
 
@@ -41,3 +42,15 @@ def test_a_link_without_a_check_has_no_figures():
     assert link.total is None
     assert link.share is None
     assert card.load().fit("home")[0].onus is None
+
+
+def test_tables_are_made_of_records(small):
+    answers = pandas.DataFrame(small.check(ADDED_PORT).answers)
+    assert list(answers.columns) == ["request", "path", "result", "text", "msecs"]
+    assert set(answers.result) == {"OK"}
+    load = small.load()
+    links = pandas.DataFrame(load.links)
+    assert list(links.columns) == list(gponval.Link._fields)
+    assert links.total_room.tolist() == [1107504 - 1560]
+    fits = pandas.DataFrame(load.fit("home"))
+    assert list(fits.columns) == ["path", "onus", "limit"]
