@@ -49,8 +49,10 @@ std::string report_line(const std::string& label, const std::string& leaf_name,
   return label + " " + leaf_name + ": [" + value + "]\n";
 }
 
-std::string credentials_prefix(const std::string& onus_path, const std::string& onu) {
-  return onus_path + "{" + onu + "}/auth-method/";
+// The path up to the leaf, in a text that begins with that of the list and a brace.
+void end_credentials_prefix(std::string& prefix, std::size_t brace, const std::string& onu) {
+  prefix.resize(brace);
+  prefix.append(onu).append("}/auth-method/");
 }
 
 std::string onus_path_of(const std::string& list_path, const std::string& slot,
@@ -62,14 +64,20 @@ std::string onus_path_of(const std::string& list_path, const std::string& slot,
 void collect_onus(int sock, confd_trans_ctx* tctx, const std::string& onus_path,
                   const std::string& interface_key, int auth_method, Credentials& passwords,
                   Credentials& serials) {
+  // Made once: a card has thousands of ONUs.
+  const std::string password = kPassword;
+  const std::string serial_number = kSerialNumber;
+  const std::string label = kInterfaceLabel;
+  std::string prefix = onus_path + "{";
+  const std::size_t brace = prefix.size();
   valid::Cursor onus(sock, tctx, "%s", onus_path.c_str());
   while (onus.next()) {
     const std::string onu = valid::value_text(&onus.entry().keys[0]);
-    const std::string prefix = credentials_prefix(onus_path, onu);
-    ProfileOnuSerialPassword(sock, tctx, &passwords, interface_key, onu, prefix, kPassword,
-                             auth_method, kInterfaceLabel);
-    ProfileOnuSerialPassword(sock, tctx, &serials, interface_key, onu, prefix, kSerialNumber,
-                             auth_method, kInterfaceLabel);
+    end_credentials_prefix(prefix, brace, onu);
+    ProfileOnuSerialPassword(sock, tctx, &passwords, interface_key, onu, prefix, password,
+                             auth_method, label);
+    ProfileOnuSerialPassword(sock, tctx, &serials, interface_key, onu, prefix, serial_number,
+                             auth_method, label);
   }
 }
 
@@ -153,7 +161,9 @@ void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* cred
     return;
   }
   std::array<char, valid::kTextSize> text;
-  const std::string path = leafPrefix + leafName;
+  std::string path;
+  path.reserve(leafPrefix.size() + leafName.size());
+  path.append(leafPrefix).append(leafName);
   if (maapi_get_str_elem(sock, tctx->thandle, text.data(), static_cast<int>(text.size()), "%s",
                          path.c_str()) != CONFD_OK) {
     return;
@@ -162,27 +172,28 @@ void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* cred
   if (leafName == kSerialNumber) {
     upper_case_after_vendor(value);
   }
-  credentials->emplace(std::move(value), interfaceLabel + " " + interfaceKey + " onu " + onuId);
+  interfaceLabel.append(" ").append(interfaceKey).append(" onu ").append(onuId);
+  // ONUs are often numbered in order, and then each one belongs at the end.
+  credentials->emplace_hint(credentials->end(), std::move(value), std::move(interfaceLabel));
 }
 
 // cppcheck-suppress constParameter
 void evaluateOnuSerialPassword(std::stringstream& report, Credentials& credentials,
                                const std::string& leafName, std::int32_t* result) {
-  std::string previous_value;
-  std::string previous_label;
+  const Credentials::value_type none;
+  const Credentials::value_type* previous = &none;
   bool in_group = false;
-  for (const auto& [value, label] : credentials) {
-    if (value == previous_value) {
+  for (const Credentials::value_type& credential : credentials) {
+    if (credential.first == previous->first) {
       if (!in_group) {
-        report << report_line(previous_label, leafName, previous_value);
+        report << report_line(previous->second, leafName, previous->first);
       }
-      report << report_line(label, leafName, value);
+      report << report_line(credential.second, leafName, credential.first);
       *result = CONFD_ERR;
       in_group = true;
     } else {
       in_group = false;
     }
-    previous_value = value;
-    previous_label = label;
+    previous = &credential;
   }
 }
