@@ -6,6 +6,7 @@
 #include <new>
 
 #include "standalone/store/libyang_compat.h"
+#include "standalone/store/path_count.h"
 #include "standalone/store/xpath_text.h"
 
 namespace tarnd::store {
@@ -152,7 +153,13 @@ std::optional<std::vector<const lyd_node*>> XPath::nodes(const std::string& expr
 std::optional<std::string> XPath::text(const std::string& expression) {
   std::vector<const lyd_node*> found;
   const auto path = counted_path(expression);
-  if (path.has_value() && find(*path, found) == Outcome::kNodes) return count(*path, found.size());
+  if (path.has_value()) {
+    // Rules count the users of a profile on the whole card; libyang would make sets of all nodes on
+    // the way.
+    const auto counted = count_by_walk(tree_, *path);
+    if (counted.has_value()) return std::to_string(*counted);
+    if (find(*path, found) == Outcome::kNodes) return count(*path, found.size());
+  }
   switch (find(expression, found)) {
     case Outcome::kNodes:
       return found.empty() ? std::string() : string_value(found.front());

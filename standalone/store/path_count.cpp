@@ -1,0 +1,95 @@
+#include "standalone/store/path_count.h"
+
+#include <libyang/plugins_types.h>
+
+#include <vector>
+
+#include "standalone/store/datastore.h"
+#include "standalone/store/path_text.h"
+
+namespace tarnd::store {
+namespace {
+
+struct CountedPath {
+  std::vector<const SchemaNode*> steps;  // below the root
+  const SchemaNode* leaf = nullptr;      // that the condition names, or null without a condition
+  std::string_view wanted;
+};
+
+// libyang compares a leaf of any other type with the canonical form of the text. It looks up an
+// entry by its key faster than a walk would.
+bool is_plain_text(const SchemaNode& node) {
+  if (node.kind != NodeKind::kLeaf || node.value != ValueKind::kString || node.is_key()) {
+    return false;
+  }
+  const lysc_type* type = reinterpret_cast<const lysc_node_leaf*>(node.lysc)->type;
+  return type->basetype == LY_TYPE_STRING && type->plugin->store == &lyplg_type_store_string;
+}
+
+// "[leaf='text']" at the end of the path.
+bool read_condition(PathText& reader, CountedPath& path) {
+  const SchemaNode& last = *path.steps.back();
+  path.leaf = last.child(reader.until([](char c) { return c == '='; }));
+  if (path.leaf == nullptr || !is_plain_text(*path.leaf) || !reader.take('=')) return false;
+  const char quote = reader.peek();
+  if ((quote != '\'' && quote != '"') || !reader.take(quote)) return false;
+  path.wanted = reader.until([quote](char c) { return c == quote; });
+  return reader.take(quote) && reader.take(']') && reader.at_end();
+}
+
+std::optional<CountedPath> read_path(const SchemaNode& root, std::string_view text) {
+  const auto ends_name = [](char c) { return c == '/' || c == '['; };
+  PathText reader(text);
+  CountedPath path;
+  if (!reader.take('/') || reader.until(ends_name) != root.name) return std::nullopt;
+  const SchemaNode* node = &root;
+  while (reader.take('/')) {
+    node = node->child(reader.until(ends_name));
+    if (node == nullptr) return std::nullopt;
+    path.steps.push_back(node);
+  }
+  if (path.steps.empty()) return std::nullopt;
+  if (reader.at_end() || (reader.take('[') && read_condition(reader, path))) return path;
+  return std::nullopt;
+}
+
+class Walk {
+ public:
+  explicit Walk(const CountedPath& path) : path_(path) {}
+
+  std::size_t count(const lyd_node* around, std::size_t depth = 0) const {
+    if (depth == path_.steps.size()) return holds(around) ? 1 : 0;
+    const SchemaNode& step = *path_.steps[depth];
+    if (step.kind != NodeKind::kList && step.kind != NodeKind::kLeafList) {
+      const lyd_node* child = child_instance(around, step);
+      return child != nullptr ? count(child, depth + 1) : 0;
+    }
+    const lyd_node* entry = lyd_child(around);
+    while (entry != nullptr && entry->schema != step.lysc) entry = entry->next;
+    std::size_t sum = 0;
+    // Entries of one list are neighbours.
+    for (; entry != nullptr && entry->schema == step.lysc; entry = entry->next) {
+      sum += count(entry, depth + 1);
+    }
+    return sum;
+  }
+
+ private:
+  bool holds(const lyd_node* node) const {
+    if (path_.leaf == nullptr) return true;
+    const lyd_node* leaf = child_instance(node, *path_.leaf);
+    return leaf != nullptr && value_text(leaf) == path_.wanted;
+  }
+
+  const CountedPath& path_;
+};
+
+}  // namespace
+
+std::optional<std::size_t> count_by_walk(const lyd_node* root, std::string_view path) {
+  const auto read = read_path(schema_of(root), path);
+  if (!read.has_value()) return std::nullopt;
+  return Walk(*read).count(root);
+}
+
+}  // namespace tarnd::store
