@@ -158,7 +158,7 @@ std::string get_schema(const Run& run) {
                         (version.empty() ? "" : " of the version '" + version + "'")));
   }
   return "<data xmlns=\"" + std::string(kMonitoringNamespace) + "\">" +
-         escaped(run.card.modules->text_of(*found)) + "</data>";
+         escaped(YangModules::text_of(*found)) + "</data>";
 }
 
 }  // namespace tarnd::netconf
