@@ -63,7 +63,9 @@ void print_bar(const char* what, double figure, double most) {
 }
 
 void print_bars(const Costs& costs, const Bars& bars) {
-  print_bar("own steps of 1,000 service ports, ms", costs.thousand_ports, kThousandPorts);
+  if (bars.cards == 1) {
+    print_bar("own steps of 1,000 service ports, ms", costs.thousand_ports, kThousandPorts);
+  }
   print_bar("a whole new candidate / libyang's reading", costs.candidate / costs.libyang,
             bars.candidate);
   print_bar("its peak memory above an empty card, MB", costs.candidate_peak, bars.candidate_peak);
