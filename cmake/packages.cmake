@@ -57,12 +57,15 @@ if(TARGET gponval_python)
   get_target_property(platform_folder tarnd_standalone BINARY_DIR)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${platform_folder})
 endif()
+# What gponval-fleet can do without.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-rich, python3-yaml")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-distributed)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/python/prerm)
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION
 "verdicts on line-card configuration changes in Python
 Has the configuration of a GPON or XGS-PON line card in a Python process and
 validates changes with the plug-in of the tarnd daemon; also reports what the
-PON links carry.
+PON links carry. The command gponval-fleet audits many configurations at once.
 ${zlog_origin}")
 
 include(CPack)

@@ -1,0 +1,89 @@
+"""What a fleet's records come to."""
+
+from __future__ import annotations
+
+import heapq
+from collections import Counter
+from typing import Dict, List, Tuple
+
+from gponval.fleet._records import STATUSES, LinkRecord, Record, printable
+
+_FULLEST = 5
+_CARDS_OF_A_REASON = 3
+
+
+class Summary:
+    """Takes records one by one and keeps only what it says in the end."""
+
+    def __init__(self) -> None:
+        self.statuses: Counter[str] = Counter()
+        self.errors: Counter[str] = Counter()
+        """Refused cards by the request that refuses them; a card may be in several."""
+        self.warnings: Counter[str] = Counter()
+        self.reasons: Dict[str, Tuple[int, List[str]]] = {}
+        """Why cards could not be audited: how many, and some of their names."""
+        self.onus = 0
+        self.links = 0
+        self._fullest: List[Tuple[float, int, str, LinkRecord]] = []
+
+    def add(self, record: Record) -> None:
+        self.statuses[record.status] += 1
+        self.onus += record.onus
+        self.links += len(record.links)
+        for request in {f.request for f in record.findings if f.result == "ERROR"}:
+            self.errors[request] += 1
+        for request in {f.request for f in record.findings if f.result == "WARNING"}:
+            self.warnings[request] += 1
+        if record.why:
+            count, names = self.reasons.get(record.why, (0, []))
+            names = names if len(names) == _CARDS_OF_A_REASON else [*names, record.name]
+            self.reasons[record.why] = (count + 1, names)
+        for link in record.links:
+            if link.share is None:
+                continue
+            # The number keeps two equal links from being compared further.
+            entry = (link.share, -len(self._fullest) - self.links, record.name, link)
+            if len(self._fullest) < _FULLEST:
+                heapq.heappush(self._fullest, entry)
+            else:
+                heapq.heappushpop(self._fullest, entry)
+
+    @property
+    def cards(self) -> int:
+        return sum(self.statuses.values())
+
+    @property
+    def fullest(self) -> List[Tuple[str, LinkRecord]]:
+        """The fullest links with their cards, the fullest first."""
+        return [(name, link) for _, _, name, link in sorted(self._fullest, reverse=True)]
+
+    def exit_status(self) -> int:
+        if self.statuses["unreadable"] or self.statuses["failed"]:
+            return 2
+        return 1 if self.statuses["refused"] or self.statuses["warned"] else 0
+
+    def text(self, seconds: float) -> str:
+        lines = [f"{self.cards} cards: {self.counts()}"]
+        lines += _requests("refused by", self.errors)
+        lines += _requests("warned by", self.warnings)
+        lines += [
+            f"  {count} of them: {printable(why)} ({printable(', '.join(names))}"
+            + (", ...)" if count > len(names) else ")")
+            for why, (count, names) in sorted(self.reasons.items(), key=lambda item: -item[1][0])
+        ]
+        if self._fullest:
+            lines.append("Fullest links:")
+        for name, link in self.fullest:
+            lines.append(f"  {100 * (link.share or 0):5.1f} %  {link.path} of {printable(name)}")
+        rate = self.cards / seconds if seconds > 0 else 0
+        lines.append(f"{seconds:.1f} s, {rate:.1f} cards/s")
+        return "\n".join(lines)
+
+    def counts(self) -> str:
+        counts = [f"{self.statuses[status]} {status}" for status in STATUSES if self.statuses[status]]
+        return ", ".join(counts) or "none"
+
+
+def _requests(words: str, requests: Counter[str]) -> List[str]:
+    by_count = sorted(requests.items(), key=lambda item: (-item[1], item[0]))
+    return [f"  {count} {words} {request}" for request, count in by_count]
