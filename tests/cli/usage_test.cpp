@@ -99,6 +99,13 @@ TEST_F(UsageTest, AWrongCommandLineIsReportedWithWhatWasMeant) {
       {{"request", "sp_gem_check", "/config/service-port"}, "--running is required"},
       {{"points", "--format", "xml"}, "--format: 'xml' is none of text, json"},
       {{"generate", "--links", "many"}, "--links: 'many' is no number from 0 to 4294967295"},
+      {{"history", "card.state", "x"}, "N: 'x' is no number from 1 on"},
+      {{"history", "card.state", "--last", "0"}, "--last: '0' is no number from 1 on"},
+      {{"export", "card.state", "--at", "1.5"}, "--at: '1.5' is no number from 1 on"},
+      {{"rollback", "card.state", "99999999999999999999"},
+       "N: '99999999999999999999' is no number from 1 on"},
+      {{"serve", "--max-message", "0"}, "--max-message: '0' is no number from 1 to 1024"},
+      {{"serve", "--hello-timeout", "3601"}, "--hello-timeout: '3601' is no number from 1 to 3600"},
       {{"generate", "--onu", "3"}, "unknown option '--onu', did you mean '--onus'?"},
   };
   for (const auto& [line, told] : cases) {

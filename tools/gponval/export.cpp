@@ -9,6 +9,7 @@
 #include "tools/gponval/commands.h"
 #include "tools/gponval/output.h"
 #include "tools/gponval/plugin_location.h"
+#include "tools/gponval/whole_number.h"
 
 namespace gponval {
 namespace {
@@ -56,7 +57,7 @@ Command add_export(CLI::App& gponval) {
   app->add_option("STATE", arguments->state, "The state of gponval serve")->required();
   app->add_option("--at", arguments->at, "After this commit, instead of the newest one")
       ->type_name("N")
-      ->check(CLI::PositiveNumber);
+      ->transform(whole_number(1));
   app->add_flag("--json", arguments->as_json, "As JSON instead of XML");
   return {app, [arguments] { return write_configuration(*arguments); }};
 }

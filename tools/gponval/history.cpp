@@ -18,6 +18,7 @@
 #include "tools/gponval/output.h"
 #include "tools/gponval/plugin_location.h"
 #include "tools/gponval/terminal.h"
+#include "tools/gponval/whole_number.h"
 
 namespace gponval {
 namespace {
@@ -181,10 +182,10 @@ Command add_history(CLI::App& gponval) {
   app->footer(std::string(kExamples) + kExitStatusHelp);
   app->add_option("STATE", arguments->state, "The state of gponval serve")->required();
   CLI::Option* number =
-      app->add_option("N", arguments->number, "The number of a commit")->check(CLI::PositiveNumber);
+      app->add_option("N", arguments->number, "The number of a commit")->transform(whole_number(1));
   app->add_option("--last", arguments->last, "List so many commits only, the newest ones")
       ->type_name("N")
-      ->check(CLI::PositiveNumber)
+      ->transform(whole_number(1))
       ->excludes(number);
   add_format_option(*app, arguments->run);
   return {app, [arguments] { return history(*arguments); }};

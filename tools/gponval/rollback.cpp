@@ -11,6 +11,7 @@
 #include "tools/gponval/remarks.h"
 #include "tools/gponval/served_rollback.h"
 #include "tools/gponval/usage_error.h"
+#include "tools/gponval/whole_number.h"
 
 namespace gponval {
 namespace {
@@ -86,7 +87,7 @@ Command add_rollback(CLI::App& gponval) {
   app->add_option("STATE", arguments->state, "The state")->required();
   app->add_option("N", arguments->number, "The number of the commit to go back to")
       ->required()
-      ->check(CLI::PositiveNumber);
+      ->transform(whole_number(1));
   add_card_option(*app, arguments->inputs);
   add_remark_options(*app, arguments->remarks);
   add_plugin_option(*app, arguments->run);

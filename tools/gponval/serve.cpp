@@ -32,6 +32,7 @@
 #include "tools/gponval/service_manager.h"
 #include "tools/gponval/socket_name.h"
 #include "tools/gponval/usage_error.h"
+#include "tools/gponval/whole_number.h"
 
 namespace gponval {
 namespace {
@@ -209,22 +210,22 @@ void add_limits(CLI::App& app, ServeArguments& arguments) {
   app.add_option("--max-message", arguments.most_of_message,
                  "The longest message that a client may send, in MiB (64)")
       ->type_name("N")
-      ->check(CLI::Range(1, 1024))
+      ->transform(whole_number(1, 1024))
       ->group(kServerGroup);
   app.add_option("--max-sessions", arguments.most_sessions,
                  "How many sessions may be open at once (64)")
       ->type_name("N")
-      ->check(CLI::Range(1, 512))
+      ->transform(whole_number(1, 512))
       ->group(kServerGroup);
   app.add_option("--hello-timeout", arguments.hello_within,
                  "How many seconds a client has for its hello (10)")
       ->type_name("N")
-      ->check(CLI::Range(1, 3600))
+      ->transform(whole_number(1, 3600))
       ->group(kServerGroup);
   app.add_option("--filter-time", arguments.filter_time,
                  "How many seconds the filter of a get or get-config may take (10)")
       ->type_name("N")
-      ->check(CLI::Range(1, 3600))
+      ->transform(whole_number(1, 3600))
       ->group(kServerGroup);
 }
 
