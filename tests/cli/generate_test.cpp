@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 
 #include <set>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "tests/cli/gponval_run.h"
 
@@ -171,6 +175,138 @@ TEST_F(GenerateTest, TheSameOptionsGiveTheSameBytes) {
   EXPECT_EQ(generate(kSmall).out, first);
 }
 
+/// The requests that do not answer OK when the generated card is committed to an empty one.
+class FaultTest : public GenerateTest {
+ protected:
+  // Each kind with the requests that report it, as the command lists them.
+  [[nodiscard]] std::vector<std::pair<std::string, std::set<std::string>>> kinds() const {
+    std::vector<std::pair<std::string, std::set<std::string>>> all;
+    std::istringstream lines(generate({"--faults", "list"}).out);
+    for (std::string line; std::getline(lines, line);) {
+      std::istringstream words(line);
+      std::string name;
+      std::string requests;
+      words >> name >> requests;
+      all.emplace_back(name, split(requests));
+    }
+    return all;
+  }
+
+  [[nodiscard]] std::set<std::string> findings(const std::vector<std::string>& options) const {
+    const Outcome card = generate(options);
+    EXPECT_EQ(card.status, 0) << card.err;
+    file("generated.xml", card.out);
+    const Outcome run = gponval({"commit", "--running", "empty.xml", "--candidate", "generated.xml",
+                                 "--all", "--confirm", "yes", "--format", "json"});
+    EXPECT_NE(run.status, 2) << run.err;
+    std::set<std::string> requests;
+    if (run.status == 2) return requests;
+    const json report = run.json();
+    for (const json& answer : report.at("answers")) {
+      if (answer.at("result") != "OK") requests.insert(answer.at("request").get<std::string>());
+    }
+    return requests;
+  }
+
+ private:
+  static std::set<std::string> split(const std::string& list) {
+    std::set<std::string> parts;
+    std::istringstream all(list);
+    for (std::string part; std::getline(all, part, ',');) parts.insert(part);
+    return parts;
+  }
+};
+
+TEST_F(FaultTest, EachFaultIsFoundByItsRequestsAndNothingElseIs) {
+  EXPECT_GT(kinds().size(), 20U);
+  for (const auto& [name, requests] : kinds()) {
+    EXPECT_EQ(findings({"--size", "town", "--faults", name}), requests) << name;
+    EXPECT_EQ(findings({"--size", "town", "--seed", "11", "--faults", name}), requests) << name;
+  }
+}
+
+TEST_F(FaultTest, AllFaultsAreFoundTogether) {
+  std::set<std::string> all;
+  for (const auto& [name, requests] : kinds()) all.insert(requests.begin(), requests.end());
+  EXPECT_EQ(findings({"--size", "town", "--faults", "all"}), all);
+}
+
+TEST_F(FaultTest, TheServicePortsOfAFaultAreAmongThoseOfTheCard) {
+  EXPECT_EQ(findings({"--faults", "service-port-onu,service-port-gem"}),
+            std::set<std::string>{"sp_gem_check"});
+  EXPECT_EQ(count("<service-port><id>"), 4096U);
+}
+
+TEST_F(FaultTest, EveryRequestThatCanRejectANewCardHasAFault) {
+  // The others compare with what is committed already, or with the number of links of the card.
+  std::set<std::string> requests = {
+      "config_modified_check",
+      "fec_confirmation_warning",
+      "interface_gpon_validation",
+      "interface_xgs_validation",
+      "line_confirmation_warning",
+      "onu_gem_check",
+      "rg_profile_confirmation_warning",
+      "service_port_delete_all_warning_check",
+      "sip_agent_profile_confirmation_warning",
+      "tr069_profile_confirmation_warning",
+      "voip_media_profile_confirmation_warning",
+  };
+  for (const auto& [name, of_kind] : kinds()) requests.insert(of_kind.begin(), of_kind.end());
+  std::set<std::string> in_model;
+  const json points = gponval({"points", "--format", "json"}).json();
+  for (const json& point : points.at("points")) {
+    in_model.insert(point.at("request").get<std::string>());
+  }
+  EXPECT_EQ(requests, in_model);
+}
+
+TEST_F(FaultTest, AnUnknownFaultIsWrongUse) {
+  const struct {
+    std::string faults;
+    const char* told;
+  } cases[] = {
+      {"ssids",
+       "gponval: --faults: there is no fault 'ssids', did you mean 'ssid'? "
+       "('--faults list' prints all)\n"},
+      {"ssid,", "gponval: --faults: there is no fault '' ('--faults list' prints all)\n"},
+      {"", "gponval: --faults: there is no fault '' ('--faults list' prints all)\n"},
+      {"all,ssid", "gponval: --faults: there is no fault 'all' ('--faults list' prints all)\n"},
+  };
+  for (const auto& [faults, told] : cases) {
+    const Outcome run = generate({"--faults=" + faults});
+    EXPECT_EQ(run.status, 2) << faults;
+    EXPECT_EQ(run.out, "") << faults;
+    EXPECT_EQ(run.err, told) << faults;
+  }
+}
+
+TEST_F(GenerateTest, EverySeedMakesAnotherValidCard) {
+  std::set<std::string> cards;
+  constexpr int kSeeds = 12;
+  for (int seed = 0; seed < kSeeds; ++seed) {
+    SCOPED_TRACE(seed);
+    expect_valid({"--size", "town", "--seed", std::to_string(seed)});
+    cards.insert(text_of("generated.xml"));
+    EXPECT_EQ(count("<gpon>\n      <chassis-id>"), 2U);
+    EXPECT_GE(count("<onu>\n"), 4U * 8U);
+    EXPECT_LE(count("<onu>\n"), 4U * 16U);
+  }
+  EXPECT_EQ(cards.size(), std::size_t{kSeeds});
+  expect_valid({"--seed", "4294967295"});
+}
+
+TEST_F(GenerateTest, TheSameSeedMakesTheSameBytes) {
+  const std::vector<std::string> options = {"--size", "town", "--seed", "7"};
+  EXPECT_EQ(generate(options).out, generate(options).out);
+}
+
+TEST_F(GenerateTest, ATownIsSmallAndMayHaveOtherNumbers) {
+  expect_valid({"--onus", "3", "--size", "town"});
+  EXPECT_EQ(count("<onu>\n"), 4U * 3U);
+  EXPECT_EQ(count("<service-port><id>"), 64U);
+}
+
 TEST_F(GenerateTest, NoPasswordIsInTheCard) {
   EXPECT_THAT(generate(kSmall).out, Not(HasSubstr("<password>")));
 }
@@ -194,6 +330,10 @@ TEST_F(GenerateTest, ASizeOfWhichNoValidCardCanBeMadeIsRefused) {
       {{"--links", "1.5"}, "--links: '1.5' is no number"},
       {{"--links", "0x10"}, "--links: '0x10' is no number"},
       {{"--links="}, "--links: '' is no number"},
+      {{"--seed", "-1"}, "--seed: '-1' is no number from 0 to 4294967295"},
+      {{"--size", "city"}, "--size: "},
+      {{"--onus", "0", "--service-ports", "0", "--faults", "service-ports"},
+       "service ports need ONUs"},
   };
   for (const auto& [sizes, told] : cases) {
     const Outcome run = generate(sizes);

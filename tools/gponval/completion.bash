@@ -13,7 +13,7 @@ _gponval_options() {
     load) echo "--running --input-format --card --fit --plugin --format --help" ;;
     points) echo "--plugin --format --help" ;;
     generate)
-      echo "--links --xgs-links --onus --service-ports --bandwidth-profiles --line-profiles --gems" \
+      echo "--size --seed --faults --links --xgs-links --onus --service-ports --bandwidth-profiles --line-profiles --gems" \
         "--service-profiles --rg-profiles --tr069-profiles --sip-profiles --media-profiles --help"
       ;;
     serve)
@@ -89,6 +89,8 @@ _gponval_offer_value() {
       --sshd | --log | --log-config) _gponval_offer_files "$2" ;;
     --set | --create | --replace) _gponval_offer_paths "$2" --values ;;
     --delete | --remove) _gponval_offer_paths "$2" ;;
+    --size) _gponval_offer "full town" "$2" ;;
+    --faults) _gponval_offer "all list" "$2" ;;
     --log-level) _gponval_offer "error warning info" "$2" ;;
     --only) _gponval_offer_list "$2" ;;
     --confirm) _gponval_offer "yes no ask" "$2" ;;

@@ -127,7 +127,10 @@ _gponval() {
         '(-h --help)'{-h,--help}'[print the help]'
       ;;
     generate)
-      _arguments '--links:number: ' '--xgs-links:number: ' '--onus:number: ' \
+      _arguments '--size[the numbers that are not given]:size:(full town)' \
+        '--seed[makes cards that differ]:number: ' \
+        '--faults[known faults, separated by commas]:faults:(all list)' \
+        '--links:number: ' '--xgs-links:number: ' '--onus:number: ' \
         '--service-ports:number: ' '--bandwidth-profiles:number: ' '--line-profiles:number: ' \
         '--gems:number: ' '--service-profiles:number: ' '--rg-profiles:number: ' \
         '--tr069-profiles:number: ' '--sip-profiles:number: ' '--media-profiles:number: ' \

@@ -1,7 +1,6 @@
 #include "tools/gponval/generated_card.h"
 
 #include <algorithm>
-#include <cassert>
 #include <string>
 #include <string_view>
 
@@ -32,6 +31,7 @@ constexpr std::uint64_t kVlansBetweenGems = 100;
 constexpr std::uint64_t kRealTimeOnus = 64;
 
 constexpr int kMappings = 4;
+constexpr std::uint64_t kVlanOffsets = 3000;
 constexpr std::uint32_t kFirstHostNetwork = 10U << 24U;
 constexpr std::uint32_t kHostNetworks = 1U << 22U;
 constexpr std::uint32_t kHostNetworkSize = 4;
@@ -67,18 +67,24 @@ std::string host_address(std::uint32_t address) {
   return byte(24) + '.' + byte(16) + '.' + byte(8) + '.' + byte(0);
 }
 
-std::string serial_number(std::uint64_t onu) {
+std::string serial_number(std::string_view vendor, std::uint32_t number) {
   constexpr std::string_view kHexDigits = "0123456789ABCDEF";
-  std::string text = "ZQRT00000000";
-  for (auto digit = text.rbegin(); onu != 0; ++digit, onu /= kHexDigits.size()) {
-    *digit = kHexDigits[onu % kHexDigits.size()];
+  std::string text = std::string(vendor) + "00000000";
+  for (auto digit = text.rbegin(); number != 0; ++digit, number /= kHexDigits.size()) {
+    *digit = kHexDigits[number % kHexDigits.size()];
   }
   return text;
 }
 
 class CardWriter {
  public:
-  CardWriter(std::ostream& out, const CardSize& size) : out_(out), size_(size) {}
+  CardWriter(std::ostream& out, const CardSize& size, const CardVariation& variation,
+             const CardAdditions& additions)
+      : out_(out),
+        size_(size),
+        variation_(variation),
+        additions_(additions),
+        word_(variation.word()) {}
 
   void write() {
     out_ << "<config xmlns=\"urn:tarnd:base\">\n";
@@ -88,11 +94,11 @@ class CardWriter {
     for (std::uint32_t link = 0; link < size_.xgs_links; ++link) {
       write_link("xgspon", size_.links + link);
     }
-    out_ << "  </interface>\n  <profile>\n    <gpon>\n";
+    out_ << additions_.interfaces << "  </interface>\n  <profile>\n    <gpon>\n";
     write_profiles();
-    out_ << "    </gpon>\n  </profile>\n";
-    for (std::uint32_t port = 0; port < size_.service_ports; ++port) write_service_port(port);
-    out_ << "</config>\n";
+    out_ << additions_.profiles << "    </gpon>\n  </profile>\n";
+    write_service_ports();
+    out_ << additions_.others << "</config>\n";
   }
 
  private:
@@ -100,7 +106,7 @@ class CardWriter {
     out_ << "  <gpon>\n"
             "    <slot>1/1</slot>\n"
             "    <onu-auth-method>serial-number</onu-auth-method>\n"
-            "  </gpon>\n";
+         << additions_.card << "  </gpon>\n";
   }
 
   // The XGS-PON links have other port numbers than the GPON links, because onu_gem_check does not
@@ -108,7 +114,8 @@ class CardWriter {
   void write_link(std::string_view kind, std::uint32_t link) {
     out_ << "    <" << kind << ">\n      <chassis-id>1</chassis-id><slot-id>1</slot-id><port-id>"
          << link + 1 << "</port-id>\n";
-    for (std::uint32_t onu = 0; onu < size_.onus; ++onu) {
+    const std::uint32_t onus = variation_.onus_on(link, size_.onus);
+    for (std::uint32_t onu = 0; onu < onus; ++onu) {
       write_onu(onu + 1, std::uint64_t{link} * size_.onus + onu);
     }
     out_ << "    </" << kind << ">\n";
@@ -116,7 +123,8 @@ class CardWriter {
 
   void write_onu(std::uint32_t id, std::uint64_t index) {
     out_ << "      <onu>\n        <id>" << id << "</id>\n        <auth-method><serial-number>"
-         << serial_number(index) << "</serial-number></auth-method>\n"
+         << serial_number(variation_.vendor(), number_of_onu(index))
+         << "</serial-number></auth-method>\n"
          << "        <profile-references>";
     write_reference("line-profile", "line-", size_.line_profiles, index);
     write_reference("service-profile", "service-", size_.service_profiles, index);
@@ -135,7 +143,18 @@ class CardWriter {
   void write_reference(std::string_view leaf, std::string_view prefix, std::uint32_t profiles,
                        std::uint64_t index) {
     if (profiles == 0) return;
-    out_ << '<' << leaf << '>' << numbered(prefix, index % profiles + 1) << "</" << leaf << '>';
+    out_ << '<' << leaf << '>' << named(prefix, variation_.pick(leaf, index, profiles) + 1) << "</"
+         << leaf << '>';
+  }
+
+  // Another one for each ONU of the card.
+  [[nodiscard]] std::uint32_t number_of_onu(std::uint64_t index) const {
+    constexpr std::uint64_t kNumbers = std::uint64_t{1} << 32U;
+    return static_cast<std::uint32_t>((index + variation_.offset("serial", kNumbers)) % kNumbers);
+  }
+
+  [[nodiscard]] std::string named(std::string_view prefix, std::uint64_t number) const {
+    return numbered(std::string(prefix) + word_, number);
   }
 
   // Each ONU has a network of four addresses: the first usable one is the gateway's, the second its
@@ -153,15 +172,15 @@ class CardWriter {
     for (std::uint32_t i = 0; i < size_.service_profiles; ++i) write_service_profile(i);
     for (std::uint32_t i = 0; i < size_.rg_profiles; ++i) write_rg_profile(i);
     for (std::uint32_t i = 1; i <= size_.tr069_profiles; ++i) {
-      out_ << "      <tr069-acs-profile><name>" << numbered("acs-", i) << "</name><url>http://acs-"
+      out_ << "      <tr069-acs-profile><name>" << named("acs-", i) << "</name><url>http://acs-"
            << i << ".example/</url><username>olt</username></tr069-acs-profile>\n";
     }
     for (std::uint32_t i = 1; i <= size_.sip_profiles; ++i) {
-      out_ << "      <sip-agent-profile><name>" << numbered("sip-", i)
-           << "</name><proxy-server>sip-" << i << ".example</proxy-server></sip-agent-profile>\n";
+      out_ << "      <sip-agent-profile><name>" << named("sip-", i) << "</name><proxy-server>sip-"
+           << i << ".example</proxy-server></sip-agent-profile>\n";
     }
     for (std::uint32_t i = 1; i <= size_.media_profiles; ++i) {
-      out_ << "      <media-profile><name>" << numbered("media-", i) << "</name><codec>"
+      out_ << "      <media-profile><name>" << named("media-", i) << "</name><codec>"
            << (i % 2 == 1 ? "pcma" : "pcmu") << "</codec></media-profile>\n";
     }
   }
@@ -169,12 +188,12 @@ class CardWriter {
   // The five traffic types in turn. A later profile of a type gets a little less than an earlier.
   void write_bandwidth_profile(std::uint32_t index) {
     const Budget budget = tcont_budget(size_);
-    const std::uint64_t variant = index / kTrafficTypes % kVariants;
+    const std::uint64_t variant = variation_.pick("bandwidth", index / kTrafficTypes, kVariants);
     const std::uint64_t total = budget.total - variant * (budget.total / (2 * kVariants));
     const std::uint64_t most_fixed = std::min(budget.fixed, budget.total);
     const std::uint64_t fixed = most_fixed - variant * (most_fixed / (2 * kVariants));
-    out_ << "      <bandwidth-profile><name>" << numbered("bw-", index + 1U) << "</name><traffic>";
-    switch (index % kTrafficTypes) {
+    out_ << "      <bandwidth-profile><name>" << named("bw-", index + 1U) << "</name><traffic>";
+    switch (variation_.pick("type", index, kTrafficTypes)) {
       case 0:
         out_ << "<type-1><fixed>" << fixed << "</fixed></type-1>";
         break;
@@ -196,11 +215,12 @@ class CardWriter {
   }
 
   void write_line_profile(std::uint32_t index) {
-    out_ << "      <line-profile>\n        <name>" << numbered("line-", index + 1U) << "</name>\n";
+    out_ << "      <line-profile>\n        <name>" << named("line-", index + 1U) << "</name>\n";
     for (std::uint64_t tcont = 0; tcont < kTconts; ++tcont) {
-      const std::uint64_t bandwidth = (index * kTconts + tcont) % size_.bandwidth_profiles;
+      const std::uint64_t bandwidth =
+          variation_.pick("tcont", index * kTconts + tcont, size_.bandwidth_profiles);
       out_ << "        <tcont><id>" << tcont + 1 << "</id><bandwidth-profile>"
-           << numbered("bw-", bandwidth + 1) << "</bandwidth-profile></tcont>\n";
+           << named("bw-", bandwidth + 1) << "</bandwidth-profile></tcont>\n";
     }
     for (std::uint32_t gem = 0; gem < size_.gems; ++gem) {
       out_ << "        <gem><gem-id>" << gem + 1 << "</gem-id><tcont>" << gem % kTconts + 1
@@ -211,12 +231,13 @@ class CardWriter {
 
   // One mapping for each Ethernet port and one for the gateway inside the ONU.
   void write_service_profile(std::uint32_t index) {
-    out_ << "      <service-profile>\n        <name>" << numbered("service-", index + 1U)
+    out_ << "      <service-profile>\n        <name>" << named("service-", index + 1U)
          << "</name>\n";
+    const std::uint64_t first = variation_.offset("mapping", kVlanOffsets);
     for (int port = 1; port <= kMappings; ++port) {
       out_ << "        <vlan-mapping><name>eth" << port << "</name><match><outer><vlan-id>"
-           << 100 + port << "</vlan-id></outer></match><uni><ethernet>" << port
-           << "</ethernet></uni><action><vlan-id>" << 200 + port
+           << first + 100 + port << "</vlan-id></outer></match><uni><ethernet>" << port
+           << "</ethernet></uni><action><vlan-id>" << first + 200 + port
            << "</vlan-id></action></vlan-mapping>\n";
     }
     out_ << "        <vlan-mapping><name>veip</name><match><outer><vlan-id>100</vlan-id></outer>"
@@ -225,7 +246,7 @@ class CardWriter {
   }
 
   void write_rg_profile(std::uint32_t index) {
-    out_ << "      <rg-profile>\n        <name>" << numbered("rg-", index + 1U) << "</name>\n";
+    out_ << "      <rg-profile>\n        <name>" << named("rg-", index + 1U) << "</name>\n";
     write_routed_wan("wan-pppoe-connection", "internet", "eth1", 1);
     write_routed_wan("wan-ip-connection", "management", "eth2", 2);
     out_ << "        <wan-bridge-connection><name>video</name><itf-grouping>"
@@ -251,23 +272,41 @@ class CardWriter {
 
   // In each round every ONU gets one service port, for its next GEM port. When all GEM ports have
   // one, the next rounds use them again with another VLAN.
-  void write_service_port(std::uint32_t index) {
-    assert(size_.gems != 0 && all_onus(size_) != 0);  // see check_card_size
-    const std::uint64_t onu = index % all_onus(size_);
-    const std::uint64_t round = index / all_onus(size_);
+  void write_service_ports() {
+    const std::uint32_t links = size_.links + size_.xgs_links;
+    std::uint32_t written = 0;
+    // Only a varied card may have too few ONUs for all of them, see check_card_size.
+    const std::uint64_t rounds = size_.gems * kVlans;
+    for (std::uint64_t round = 0; round < rounds && written < size_.service_ports; ++round) {
+      for (std::uint32_t link = 0; link < links; ++link) {
+        const std::uint32_t onus = variation_.onus_on(link, size_.onus);
+        for (std::uint32_t onu = 0; onu < onus && written < size_.service_ports; ++onu) {
+          write_service_port(++written, link, onu + 1, round);
+        }
+      }
+    }
+  }
+
+  void write_service_port(std::uint32_t id, std::uint32_t link, std::uint32_t onu,
+                          std::uint64_t round) {
     const std::uint64_t gem = round % size_.gems + 1;
-    const std::uint64_t vlan = (gem * kVlansBetweenGems + round / size_.gems - 1) % kVlans + 1;
-    const std::uint64_t link = onu / size_.onus + 1;
-    const std::string_view kind = link <= size_.links ? "gpon" : "xgspon";
-    out_ << "  <service-port><id>" << index + 1 << "</id><" << kind << "><id>1/1/" << link
-         << "</id><onu><id>" << onu % size_.onus + 1 << "</id><gem><gem-id>" << gem
-         << "</gem-id></gem></onu></" << kind << "><match><vlan><vlan-id>" << vlan
+    const std::uint64_t vlan = (gem * kVlansBetweenGems + round / size_.gems - 1 +
+                                variation_.offset("service-port", kVlans)) %
+                                   kVlans +
+                               1;
+    const std::string_view kind = link < size_.links ? "gpon" : "xgspon";
+    out_ << "  <service-port><id>" << id << "</id><" << kind << "><id>1/1/" << link + 1
+         << "</id><onu><id>" << onu << "</id><gem><gem-id>" << gem << "</gem-id></gem></onu></"
+         << kind << "><match><vlan><vlan-id>" << vlan
          << "</vlan-id></vlan></match><action><type>translate</type><vlan><vlan-id>" << vlan
          << "</vlan-id></vlan></action><admin-enabled>true</admin-enabled></service-port>\n";
   }
 
   std::ostream& out_;
-  const CardSize& size_;
+  CardSize size_;
+  const CardVariation& variation_;
+  const CardAdditions& additions_;
+  std::string word_;
 };
 
 }  // namespace
@@ -296,8 +335,9 @@ void check_card_size(const CardSize& size) {
   }
 }
 
-void write_card(std::ostream& out, const CardSize& size) {
-  CardWriter(out, size).write();
+void write_card(std::ostream& out, const CardSize& size, const CardVariation& variation,
+                const CardAdditions& additions) {
+  CardWriter(out, size, variation, additions).write();
 }
 
 }  // namespace gponval
