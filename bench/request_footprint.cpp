@@ -55,10 +55,11 @@ void forget(void* memory) {
 // The C library's own functions, under the names that it calls them by itself.
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
-void* __libc_malloc(std::size_t size);                     // NOLINT
-void* __libc_calloc(std::size_t count, std::size_t size);  // NOLINT
-void* __libc_realloc(void* memory, std::size_t size);      // NOLINT
-void __libc_free(void* memory);                            // NOLINT
+void* __libc_malloc(std::size_t size);                           // NOLINT
+void* __libc_calloc(std::size_t count, std::size_t size);        // NOLINT
+void* __libc_realloc(void* memory, std::size_t size);            // NOLINT
+void* __libc_memalign(std::size_t alignment, std::size_t size);  // NOLINT
+void __libc_free(void* memory);                                  // NOLINT
 
 void* malloc(std::size_t size) {
   return noted(__libc_malloc(size));
@@ -73,6 +74,10 @@ void* realloc(void* memory, std::size_t size) {
   void* const moved = __libc_realloc(memory, size);
   if (moved != nullptr || size == 0) heap.used -= before;
   return noted(moved);
+}
+
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+  return noted(__libc_memalign(alignment, size));
 }
 
 void free(void* memory) {

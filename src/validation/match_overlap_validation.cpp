@@ -14,7 +14,7 @@ bool MatchOverlapValidation::key_equal::operator()(const key& left, const key& r
          std::get<0>(left) == std::get<0>(right);
 }
 
-MatchOverlapValidation::MatchOverlapValidation() = default;
+MatchOverlapValidation::MatchOverlapValidation() : first_claims_(&memory_) {}
 
 MatchOverlapValidation::~MatchOverlapValidation() = default;
 

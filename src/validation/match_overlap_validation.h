@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -41,5 +42,7 @@ class MatchOverlapValidation {
   // Not noexcept: the table then stores the hash of each entry instead of computing it again.
   static_assert(!std::is_nothrow_invocable_v<const key_hash&, const key&>);
 
-  std::unordered_map<key, std::uint32_t, key_hash, key_equal> first_claims_;
+  // Claims are added one by one and go all together, so the table takes its memory in pieces.
+  std::pmr::monotonic_buffer_resource memory_;
+  std::pmr::unordered_map<key, std::uint32_t, key_hash, key_equal> first_claims_;
 };

@@ -29,11 +29,6 @@ confd_tag_value_t leaf_to_read(std::uint32_t tag) {
   return tv;
 }
 
-std::string replaced(std::string text, char from, char to) {
-  std::replace(text.begin(), text.end(), from, to);
-  return text;
-}
-
 }  // namespace
 
 const char* ponlink_type_name(fm_port_type type) {
@@ -78,10 +73,6 @@ std::optional<ServicePort> take_service_port(confd_value_t* values) {
   return port;
 }
 
-bool has_branch(const confd_value_t* values, const BranchPositions& branch) {
-  return values[branch.interface_name].type != C_NOEXISTS;
-}
-
 ServicePortRequest::ServicePortRequest()
     : values_{{
           container_begin(base_gpon),
@@ -121,11 +112,15 @@ void free_interface_name(confd_value_t* name) {
 }
 
 std::string blank_separated(const char* name) {
-  return name == nullptr ? std::string() : replaced(name, '/', ' ');
+  std::string text(name == nullptr ? "" : name);
+  std::replace(text.begin(), text.end(), '/', ' ');
+  return text;
 }
 
 std::string slash_separated(const std::string& name) {
-  return replaced(name, ' ', '/');
+  std::string text(name);
+  std::replace(text.begin(), text.end(), ' ', '/');
+  return text;
 }
 
 }  // namespace valid

@@ -95,7 +95,9 @@ inline constexpr BranchPositions kXgsponPositions{kXgsponList, SP_CONFD_VAL_OFFS
                                                   SP_CONFD_VAL_OFFSET_XGSPON_GEM};
 
 /// Whether the value array has the branch.
-bool has_branch(const confd_value_t* values, const BranchPositions& branch);
+inline bool has_branch(const confd_value_t* values, const BranchPositions& branch) {
+  return values[branch.interface_name].type != C_NOEXISTS;
+}
 
 /// The tagged request has the GPON branch first, unlike the value array.
 inline constexpr BranchPositions kGponRequest{kGponList, 1, 3, 5};

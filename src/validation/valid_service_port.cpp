@@ -151,19 +151,19 @@ bool has_one_branch(const confd_value_t* values) {
          valid::has_branch(values, valid::kXgsponPositions);
 }
 
-// Returns null, or the text of the trace record for a failure.
-const char* validate_object(confd_value_t* values, std::string& message,
+// Reads the object into `port`. Returns null, or the text of the trace record for a failure.
+const char* validate_object(confd_value_t* values, valid::ServicePort& port, std::string& message,
                             MatchOverlapValidation& matches) {
   fm_port_type type{};
   if (get_ponlink_type(values, &type) != 0) {
     return "Failed to get PONLINK Type.";
   }
-  const std::optional<valid::ServicePort> port = valid::take_service_port(values);
-  if (!port.has_value()) {
+  if (service_port_get_leafs(values, port.id, port.interface_name, port.onu, port.gem,
+                             port.match_vlan, port.action_vlan) != 0) {
     return "Failed to get leafs.";
   }
-  if (service_port_validate(port->id, type, port->interface_name, port->onu, port->gem,
-                            port->match_vlan, port->action_vlan, message, matches) != CONFD_OK) {
+  if (service_port_validate(port.id, type, port.interface_name, port.onu, port.gem, port.match_vlan,
+                            port.action_vlan, message, matches) != CONFD_OK) {
     return "Service Port Validation failed.";
   }
   return nullptr;
@@ -215,6 +215,9 @@ std::int32_t validate_sp_global_validation(std::int32_t sock, confd_trans_ctx* t
   std::int32_t result = CONFD_OK;
   std::string message;
 
+  // Outside the loop, so that their memory is used again.
+  valid::ServicePort port;
+  std::string conflict;
   int count = 0;
   while ((count = batches.next()) > 0) {
     for (int i = 0; i < count; ++i) {
@@ -222,8 +225,8 @@ std::int32_t validate_sp_global_validation(std::int32_t sock, confd_trans_ctx* t
       if (!has_one_branch(values)) {
         continue;
       }
-      std::string conflict;
-      if (const char* const failure = validate_object(values, conflict, matches)) {
+      conflict.clear();
+      if (const char* const failure = validate_object(values, port, conflict, matches)) {
         VALID_TRACE(kTraceFlow, "%s", failure);
         result = CONFD_ERR;
         if (message.empty()) {
@@ -249,13 +252,13 @@ std::int32_t service_port_validate(std::uint32_t sp, fm_port_type type,
                                    std::uint32_t gem, std::int32_t match_vlan,
                                    std::int32_t /*action_vlan*/, std::string& message,
                                    MatchOverlapValidation& matches) {
-  VALID_TRACE(kTraceEntry, "Validate SP %u (%s=%s, onu=%d, gem=%d) Match Vlan %d begin.", sp,
-              ponlink_type_name(type), interface_name.c_str(), static_cast<int>(onu),
-              static_cast<int>(gem), match_vlan);
+  VALID_TRACE_IF(kTraceEntry, "Validate SP %u (%s=%s, onu=%d, gem=%d) Match Vlan %d begin.", sp,
+                 ponlink_type_name(type), interface_name.c_str(), static_cast<int>(onu),
+                 static_cast<int>(gem), match_vlan);
   if (matches.ServicePortMatchOverlaps(sp, message, type, interface_name, onu, gem, match_vlan)) {
     return CONFD_ERR;
   }
-  VALID_TRACE(kTraceEntry, "Validate SP %u end.", sp);
+  VALID_TRACE_IF(kTraceEntry, "Validate SP %u end.", sp);
   return CONFD_OK;
 }
 

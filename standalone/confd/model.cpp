@@ -21,6 +21,28 @@ NameNumbers read_numbers(const store::Schema& schema) {
   }
 }
 
+ValueForm form_of(const store::SchemaNode& node) {
+  using store::ValueKind;
+  switch (node.value) {
+    case ValueKind::kString:
+      return type_of(node)->basetype == LY_TYPE_STRING ? ValueForm::kText : ValueForm::kByValue;
+    case ValueKind::kEnumeration:
+      return ValueForm::kEnumeration;
+    case ValueKind::kBoolean:
+      return ValueForm::kBoolean;
+    case ValueKind::kUint8:
+      return ValueForm::kUint8;
+    case ValueKind::kUint16:
+      return ValueForm::kUint16;
+    case ValueKind::kUint32:
+      return ValueForm::kUint32;
+    case ValueKind::kInt32:
+      return ValueForm::kInt32;
+    default:
+      return ValueForm::kByValue;
+  }
+}
+
 }  // namespace
 
 Model::Model(const store::Schema& schema) : schema_(schema), numbers_(read_numbers(schema)) {
@@ -30,6 +52,8 @@ Model::Model(const store::Schema& schema) : schema_(schema), numbers_(read_numbe
     ModelNode& added = nodes_.emplace_back();
     added.schema = &schema_node;
     added.lysc = schema_node.lysc;
+    added.kind = schema_node.kind;
+    added.form = form_of(schema_node);
     added.name = schema_node.name;
     added.number = numbers_.number(schema_node.name);
     added.type.leaf = &schema_node;

@@ -15,10 +15,24 @@ struct confd_type {
 
 namespace tarnd::confd {
 
+/// How a leaf's value follows from what libyang stores, as far as the leaf's type decides it.
+enum class ValueForm : std::uint8_t {
+  kByValue,  ///< the value itself has to be looked at
+  kText,
+  kEnumeration,
+  kBoolean,
+  kUint8,
+  kUint16,
+  kUint32,
+  kInt32,
+};
+
 /// What the client library knows about one node of the model.
 struct ModelNode {
   const store::SchemaNode* schema = nullptr;
   const lysc_node* lysc = nullptr;
+  store::NodeKind kind = store::NodeKind::kContainer;
+  ValueForm form = ValueForm::kByValue;
   std::string name;
   std::uint32_t number = 0;
   confd_type type;

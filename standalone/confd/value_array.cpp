@@ -30,20 +30,21 @@ class Writer {
   // Writes the values of the instance's children. `base` is where they begin if no presence
   // container before them exists; each that exists moves them back, by moved_ in all.
   void fill(const lyd_node* instance, int base) {
-    const lyd_node* child = lyd_child(instance);
+    // The instance has the children of a container or an entry.
+    const lyd_node* child = reinterpret_cast<const lyd_node_inner*>(instance)->child;
     while (child != nullptr) {
       const ModelNode& node = model_.node(store::schema_of(child));
       put(node, child, base + node.offset);
-      do {
-        child = child->next;
-      } while (child != nullptr && child->schema == node.lysc);
+      child = child->next;
+      const bool many = node.kind == NodeKind::kList || node.kind == NodeKind::kLeafList;
+      while (many && child != nullptr && child->schema == node.lysc) child = child->next;
     }
   }
 
   void put(const ModelNode& node, const lyd_node* instance, int at) {
-    switch (node.schema->kind) {
+    switch (node.kind) {
       case NodeKind::kLeaf:
-        if (at + moved_ < room_) values_[at + moved_] = own_leaf_value(model_, instance);
+        if (at + moved_ < room_) set_own_leaf_value(model_, node, instance, values_[at + moved_]);
         return;
       case NodeKind::kLeafList:
         if (at + moved_ < room_) values_[at + moved_] = leaf_list(node, instance);

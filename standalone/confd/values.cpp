@@ -33,12 +33,22 @@ const char* text_of(const SchemaNode& leaf, const lyd_value& value) {
                                      : lyd_value_get_canonical(leaf.lysc->module->ctx, &value);
 }
 
-confd_value_t buf_value(const char* text) {
-  confd_value_t value;
+void set_text(const char* text, confd_value_t& value) {
   // The pointer is not const in the interface, but no caller writes through it.
   auto* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(text));
   CONFD_SET_BUF(&value, bytes, static_cast<unsigned int>(std::strlen(text)));
+}
+
+confd_value_t buf_value(const char* text) {
+  confd_value_t value;
+  set_text(text, value);
   return value;
+}
+
+// Puts a copy, with its NUL, in place of the text.
+void own_text(confd_buf_t& text) {
+  void* const copy = allocate(std::size_t{text.size} + 1);
+  text.ptr = static_cast<unsigned char*>(std::memcpy(copy, text.ptr, std::size_t{text.size} + 1));
 }
 
 in_addr address(std::string_view text) {
@@ -104,22 +114,60 @@ const lyd_value& stored_value(const lyd_node* leaf) {
   return reinterpret_cast<const lyd_node_term*>(leaf)->value;
 }
 
+// Most reads are of leaves whose type decides how they are read.
+inline void set_leaf_value(const Model& model, const ModelNode& node, const lyd_node* leaf,
+                           confd_value_t& value) {
+  const lyd_value& stored = stored_value(leaf);
+  switch (node.form) {
+    case ValueForm::kText:
+      set_text(text_of(*node.schema, stored), value);
+      return;
+    case ValueForm::kEnumeration:
+      CONFD_SET_ENUM_VALUE(&value, stored.enum_item->value);
+      return;
+    case ValueForm::kBoolean:
+      CONFD_SET_BOOL(&value, stored.boolean != 0 ? 1 : 0);
+      return;
+    case ValueForm::kUint8:
+      CONFD_SET_UINT8(&value, stored.uint8);
+      return;
+    case ValueForm::kUint16:
+      CONFD_SET_UINT16(&value, stored.uint16);
+      return;
+    case ValueForm::kUint32:
+      CONFD_SET_UINT32(&value, stored.uint32);
+      return;
+    case ValueForm::kInt32:
+      CONFD_SET_INT32(&value, stored.int32);
+      return;
+    case ValueForm::kByValue:
+      value = to_value(model, *node.schema, stored);
+  }
+}
+
 }  // namespace
 
+void set_own_leaf_value(const Model& model, const ModelNode& node, const lyd_node* leaf,
+                        confd_value_t& value) {
+  set_leaf_value(model, node, leaf, value);
+  if (value.type == C_BUF) own_text(value.val.buf);
+}
+
 confd_value_t leaf_value(const Model& model, const lyd_node* leaf) {
-  return to_value(model, store::schema_of(leaf), stored_value(leaf));
+  confd_value_t value;
+  set_leaf_value(model, model.node(store::schema_of(leaf)), leaf, value);
+  return value;
 }
 
 confd_value_t own_value(confd_value_t value) {
-  if (value.type != C_BUF) return value;
-  auto* text = static_cast<unsigned char*>(allocate(value.val.buf.size + 1));
-  std::memcpy(text, value.val.buf.ptr, value.val.buf.size + 1);
-  value.val.buf.ptr = text;
+  if (value.type == C_BUF) own_text(value.val.buf);
   return value;
 }
 
 confd_value_t own_leaf_value(const Model& model, const lyd_node* leaf) {
-  return own_value(leaf_value(model, leaf));
+  confd_value_t value;
+  set_own_leaf_value(model, model.node(store::schema_of(leaf)), leaf, value);
+  return value;
 }
 
 confd_value_t own_list_value(const Model& model, std::span<const lyd_node* const> values) {

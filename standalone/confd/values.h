@@ -17,6 +17,9 @@ confd_value_t leaf_value(const Model& model, const lyd_node* leaf);
 /// may be anything but a C_LIST.
 confd_value_t own_value(confd_value_t value);
 confd_value_t own_leaf_value(const Model& model, const lyd_node* leaf);
+/// The same into a value that exists already; `node` is the leaf's.
+void set_own_leaf_value(const Model& model, const ModelNode& node, const lyd_node* leaf,
+                        confd_value_t& value);
 
 /// The values of a leaf-list as one C_LIST, with memory of its own.
 confd_value_t own_list_value(const Model& model, std::span<const lyd_node* const> values);
