@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -211,19 +212,33 @@ class FitTest : public CardLoadTest {
  protected:
   // Returns the limit.
   std::string check(const std::string& profiles, const std::string& before) {
-    running(profiles + gpon_link(1, before));
+    return check_link(profiles + gpon_link(1, before), 0, 1, "plain");
+  }
+
+  // Of a link by its place among all; the kinds of links have other port numbers.
+  std::string check_link(const std::string& card_text, std::size_t index, int port,
+                         const std::string& profile) {
+    running(card_text);
     const CardLoad card = load();
-    const Fit fits = fit(card.limits, card.links.front(), find_line_profile(card, "plain"));
+    const LinkLoad& link = card.links.at(index);
+    const bool is_xgspon = link.path.find("xgspon") != std::string::npos;
+    const auto add = [&](int first, int count) {
+      const std::string added = onus(port, first, count, profile);
+      return commit(is_xgspon ? xgspon_link(port, added) : gpon_link(port, added));
+    };
+    const Fit fits = fit(card.limits, link, find_line_profile(card, profile));
+    constexpr int kFirst = 100;
+    constexpr int kMany = 500;
     if (!fits.onus.has_value()) {
-      EXPECT_THAT(commit(gpon_link(1, onus(1, 100, 500, "plain"))), test::Accepted());
+      EXPECT_THAT(add(kFirst, kMany), test::Accepted());
       return "none";
     }
     const int count = static_cast<int>(*fits.onus);
     EXPECT_LT(count, 3000);
     if (count > 0) {
-      EXPECT_THAT(commit(gpon_link(1, onus(1, 100, count, "plain"))), test::Accepted());
+      EXPECT_THAT(add(kFirst, count), test::Accepted());
     }
-    const CommitReport one_more = commit(gpon_link(1, onus(1, 100 + count, 1, "plain")));
+    const CommitReport one_more = add(kFirst + count, 1);
     EXPECT_EQ(one_more.result, CommitResult::kRejected);
     EXPECT_THAT(one_more.answers.back().text,
                 HasSubstr(fits.limit == "total bandwidth" ? "Total bandwidth exceeds"
@@ -250,6 +265,46 @@ TEST_F(FitTest, OnRandomCardsAsManyOnusFitAsACommitAccepts) {
   }
   EXPECT_GT(seen["total bandwidth"], 5);
   EXPECT_GT(seen["fixed bandwidth"], 5);
+}
+
+// Each card has two GPON links and two XGS-PON links, four line profiles, and a mix of ONUs on each
+// link. Every link is asked about one of the line profiles.
+TEST_F(FitTest, OnEachLinkOfARandomCardAsManyOnusFitAsACommitAccepts) {
+  std::mt19937 random(2);
+  const auto below = [&random](int limit) {
+    return static_cast<int>(random() % static_cast<unsigned>(limit));
+  };
+  const auto profile_name = [](int number) { return "line-" + std::to_string(number); };
+  constexpr int kCards = 12;
+  constexpr int kLineProfiles = 4;
+  constexpr int kLinks = 4;
+  std::map<std::string, int> seen;
+  for (int card_number = 0; card_number < kCards; ++card_number) {
+    SCOPED_TRACE(card_number);
+    const int most = card_number % 2 == 0 ? 80'000 : 4'000;
+    std::string text = bandwidth_profile("f", fixed(1 + below(most))) +
+                       bandwidth_profile("g", fixed(1 + below(most))) +
+                       bandwidth_profile("a", assured(static_cast<std::uint32_t>(1 + below(most))));
+    for (int i = 0; i < kLineProfiles; ++i) {
+      text += line_profile(profile_name(i), tcont(1, below(3) == 0 ? "a" : "f") +
+                                                (below(2) == 0 ? tcont(2, "g") : "") +
+                                                (below(2) == 0 ? tcont(3, "a") : ""));
+    }
+    for (int link = 1; link <= kLinks; ++link) {
+      std::string mix;
+      for (int id = below(5); id > 0; --id)
+        mix += onus(link, id, 1, profile_name(below(kLineProfiles)));
+      text += link <= 2 ? gpon_link(link, mix) : xgspon_link(link, mix);
+    }
+    for (int link = 1; link <= kLinks; ++link) {
+      SCOPED_TRACE(link);
+      const auto index = static_cast<std::size_t>(link - 1);
+      ++seen[check_link(text, index, link, profile_name(below(kLineProfiles)))];
+    }
+  }
+  EXPECT_GT(seen["total bandwidth"], 3);
+  EXPECT_GT(seen["fixed bandwidth"], 3);
+  EXPECT_EQ(seen["none"], kCards * 2);
 }
 
 // The plug-in's sums have 32 bits: what is beyond begins again at 0.
