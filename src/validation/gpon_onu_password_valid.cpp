@@ -172,9 +172,9 @@ void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* cred
   if (leafName == kSerialNumber) {
     upper_case_after_vendor(value);
   }
-  interfaceLabel.append(" ").append(interfaceKey).append(" onu ").append(onuId);
   // ONUs are often numbered in order, and then each one belongs at the end.
-  credentials->emplace_hint(credentials->end(), std::move(value), std::move(interfaceLabel));
+  credentials->emplace_hint(credentials->end(), std::move(value),
+                            std::move(interfaceLabel) + " " + interfaceKey + " onu " + onuId);
 }
 
 // cppcheck-suppress constParameter
