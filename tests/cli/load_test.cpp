@@ -127,6 +127,17 @@ TEST_F(LoadTest, ALinkWhoseOnusCannotBeChangedIsNamed) {
               HasSubstr("\033[31mgpon 1/1/3: every change of its ONUs is rejected"));
 }
 
+TEST_F(LoadTest, WideLettersTakeTwoColumnsAndCombiningOnesNone) {
+  config("load.xml",
+         "<profile><gpon><line-profile><name>家庭</name></line-profile>"
+         "<line-profile><name>cafe\xcc\x81</name></line-profile>"
+         "<line-profile><name>home</name></line-profile></gpon></profile>");
+  EXPECT_THAT(load({}).out, HasSubstr("line profile  types 2 to 5  type 1  total  fixed\n"
+                                      "cafe\xcc\x81                0 of 3  0 of 3      0      0\n"
+                                      "home                0 of 3  0 of 3      0      0\n"
+                                      "家庭                0 of 3  0 of 3      0      0\n"));
+}
+
 TEST_F(LoadTest, AnUnknownLineProfileIsWrongUse) {
   const Outcome run = load({"--fit", "hoem"});
   EXPECT_EQ(run.status, 2);

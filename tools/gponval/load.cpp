@@ -20,6 +20,7 @@
 #include "tools/gponval/inputs.h"
 #include "tools/gponval/output.h"
 #include "tools/gponval/terminal.h"
+#include "tools/gponval/text_width.h"
 #include "tools/gponval/usage_error.h"
 
 namespace gponval {
@@ -108,7 +109,7 @@ class Table {
   void add(std::vector<Cell> row) {
     widths_.resize(std::max(widths_.size(), row.size()));
     for (std::size_t i = 0; i < row.size(); ++i) {
-      widths_[i] = std::max(widths_[i], shown_width(row[i].text));
+      widths_[i] = std::max(widths_[i], text_width(row[i].text));
     }
     rows_.push_back(std::move(row));
   }
@@ -116,7 +117,7 @@ class Table {
   void print(std::ostream& out, bool colours) const {
     for (const std::vector<Cell>& row : rows_) {
       for (std::size_t i = 0; i < row.size(); ++i) {
-        const std::string padding(widths_[i] - shown_width(row[i].text), ' ');
+        const std::string padding(widths_[i] - text_width(row[i].text), ' ');
         if (i > 0) out << "  " << padding;
         const bool coloured = colours && !row[i].colour.empty();
         if (coloured) out << row[i].colour;
@@ -129,13 +130,6 @@ class Table {
   }
 
  private:
-  // Letters outside ASCII have several bytes, of which all but the first begin with the bits 10.
-  static std::size_t shown_width(const std::string& text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-      return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U;
-    }));
-  }
-
   std::vector<std::vector<Cell>> rows_;
   std::vector<std::size_t> widths_;
 };

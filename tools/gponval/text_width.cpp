@@ -1,0 +1,49 @@
+#include "tools/gponval/text_width.h"
+
+#include <locale.h>
+
+#include <cwchar>
+
+namespace gponval {
+namespace {
+
+// The thread's locale while the object lives. The command's own is "C", so that its numbers have no
+// digits of a language.
+class Utf8Locale {
+ public:
+  Utf8Locale() : utf8_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)), before_(uselocale(utf8_)) {}
+  Utf8Locale(const Utf8Locale&) = delete;
+  Utf8Locale& operator=(const Utf8Locale&) = delete;
+  ~Utf8Locale() {
+    uselocale(before_);
+    if (utf8_ != nullptr) freelocale(utf8_);
+  }
+
+ private:
+  locale_t utf8_;
+  locale_t before_;
+};
+
+}  // namespace
+
+std::size_t text_width(const std::string& text) {
+  const Utf8Locale locale;
+  std::size_t width = 0;
+  std::mbstate_t state{};
+  for (std::size_t at = 0; at < text.size();) {
+    wchar_t letter = 0;
+    const std::size_t bytes = std::mbrtowc(&letter, text.data() + at, text.size() - at, &state);
+    if (bytes == 0 || bytes > text.size() - at) {  // a NUL, or no letter
+      state = {};
+      ++at;
+      ++width;
+      continue;
+    }
+    const int columns = wcwidth(letter);
+    width += columns < 0 ? 1 : static_cast<std::size_t>(columns);
+    at += bytes;
+  }
+  return width;
+}
+
+}  // namespace gponval
