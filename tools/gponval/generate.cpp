@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <iostream>
@@ -8,7 +7,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -18,6 +16,7 @@
 #include "tools/gponval/commands.h"
 #include "tools/gponval/generated_card.h"
 #include "tools/gponval/output.h"
+#include "tools/gponval/whole_number.h"
 
 namespace gponval {
 namespace {
@@ -111,27 +110,16 @@ ExitStatus generate(const GenerateArguments& arguments) {
   return ExitStatus::kAccepted;
 }
 
-// The library's own conversion reads 010 as 8, and its message has no range.
-std::uint32_t number_of(const std::string& option, const std::string& text) {
-  std::uint32_t number = 0;
-  const char* end = text.data() + text.size();
-  const auto [rest, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || rest != end) {
-    throw CLI::ValidationError(
-        option, "'" + text + "' is no number from 0 to " + std::to_string(UINT32_MAX));
-  }
-  return number;
-}
-
 void add_number(CLI::App& app, const std::string& name, GenerateArguments& arguments, Number number,
                 const std::string& help) {
-  app.add_option_function<std::string>(
+  app.add_option_function<std::uint32_t>(
          name,
-         [name, number, &arguments](const std::string& text) {
-           arguments.numbers.emplace_back(number, number_of(name, text));
+         [number, &arguments](std::uint32_t value) {
+           arguments.numbers.emplace_back(number, value);
          },
          help + " (" + std::to_string(CardSize().*number) + ")")
-      ->type_name("N");
+      ->type_name("N")
+      ->transform(whole_number(0, UINT32_MAX));
 }
 
 }  // namespace
@@ -166,11 +154,10 @@ Command add_generate(CLI::App& gponval) {
   for (const auto& [name, number, help] : numbers) {
     add_number(*app, name, *arguments, number, help);
   }
-  app->add_option_function<std::string>(
-         "--seed",
-         [arguments](const std::string& text) { arguments->seed = number_of("--seed", text); },
-         "Makes cards that differ, always the same for the same seed")
-      ->type_name("N");
+  app->add_option("--seed", arguments->seed,
+                  "Makes cards that differ, always the same for the same seed")
+      ->type_name("N")
+      ->transform(whole_number(0, UINT32_MAX));
   app->add_option("--faults", arguments->faults,
                   "Adds these faults, separated by commas, or all; list prints them")
       ->type_name("LIST");
