@@ -282,6 +282,8 @@ void print_profiles(const std::vector<std::string>& growing) {
   std::puts("\nInstructions of the check of all service ports");
   const bool holds = run_script("service_port_instructions", {SERVICE_PORT_BENCH});
   std::printf("  %-14s the plug-in's own code within 3 times the bare loop\n", verdict(holds));
+  const bool walks_alike = run_script("candidate_instructions", {GPONVAL_COMMAND});
+  std::printf("  %-14s the differences of a whole new card\n", verdict(walks_alike));
   if (growing.empty()) return;
   std::puts("\nWhat grows by more than the bar: instructions, and misses of a 32 MB cache");
   std::vector<std::string> arguments{ONE_REQUEST};
