@@ -56,7 +56,7 @@ TEST(ForkedRepliesTest, AReplyComesAsItWasMade) {
   replies.begin(7, [&text] { return Reply{text, 2, "it failed"}; });
   const auto done = next(replies, 1);
   EXPECT_TRUE(done.at(7).reply.content == text);
-  EXPECT_EQ(done.at(7).reply.errors, 2u);
+  EXPECT_EQ(done.at(7).reply.errors, 2U);
   EXPECT_EQ(done.at(7).reply.failure, "it failed");
   EXPECT_EQ(done.at(7).given_up, "");
 }
@@ -109,7 +109,7 @@ TEST(ForkedRepliesTest, AnErrorTellsWhyThereIsNoReply) {
     ForkedReplies replies(row.limits);
     replies.begin(3, row.make);
     const auto done = next(replies, 1);
-    EXPECT_EQ(done.at(3).reply.errors, 1u);
+    EXPECT_EQ(done.at(3).reply.errors, 1U);
     EXPECT_THAT(done.at(3).reply.content, HasSubstr("<error-tag>resource-denied</error-tag>"));
     EXPECT_THAT(done.at(3).reply.content, HasSubstr(row.why));
     EXPECT_THAT(done.at(3).given_up, HasSubstr(row.why));

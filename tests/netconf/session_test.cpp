@@ -497,7 +497,7 @@ TEST_F(ConfirmedCommitTest, WithPersistOutlivesItsSession) {
                 AllOf(IsError("lock-denied"), HasSubstr("<session-id>0</session-id>")));
     EXPECT_THAT(client(2).ask("<commit><confirmed/>" + option("persist", "a b") + id + "</commit>"),
                 IsOk());
-    EXPECT_THAT(client(3).ask("<" + name + id + "</" + name), IsOk());
+    EXPECT_THAT(client(3).ask(std::string("<").append(name).append(id) + "</" + name), IsOk());
     close(2);
     pass(std::chrono::seconds(1000));
     if (std::string(end) == "<commit>") {

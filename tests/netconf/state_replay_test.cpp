@@ -124,7 +124,7 @@ TEST(StateReplayTest, RandomCommitsAreRestoredForwardsAndBackwards) {
     history.expect_all_restored();
     commits += history.size() - 1;
   }
-  EXPECT_GT(commits, 100u);
+  EXPECT_GT(commits, 100U);
 }
 
 std::string acs(const std::string& password) {

@@ -78,6 +78,7 @@ Disk disk;
 }  // namespace tarnd::netconf
 
 // SQLite finds these instead of those of the C library.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" int fdatasync(int descriptor) {
   return tarnd::netconf::disk.sync(descriptor);
 }
@@ -85,6 +86,7 @@ extern "C" int fdatasync(int descriptor) {
 extern "C" int fsync(int descriptor) {
   return tarnd::netconf::disk.sync(descriptor);
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 namespace tarnd::netconf {
 namespace {
@@ -250,6 +252,7 @@ TEST_F(ServerSyncTest, NoReplyLeavesBeforeTheDiskHasTheCommit) {
 TEST_F(ServerSyncTest, CommitsThatArriveTogetherShareASync) {
   constexpr int kClients = 8;
   std::vector<std::unique_ptr<SocketClient>> clients;
+  clients.reserve(kClients);
   for (int i = 0; i < kClients; ++i) clients.push_back(std::make_unique<SocketClient>(socket_));
   const int before = disk.syncs();
   disk.stop();

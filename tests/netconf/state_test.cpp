@@ -89,17 +89,17 @@ TEST_F(StateTest, KeepsCommitsWithAllThatIsKnownOfThem) {
   EXPECT_GT(kept.time, 1'700'000'000);
   EXPECT_EQ(kept.kind, Kind::kCommit);
   EXPECT_EQ(kept.author.user, "anna");
-  EXPECT_EQ(kept.author.session, 3u);
+  EXPECT_EQ(kept.author.session, 3U);
   EXPECT_EQ(kept.author.label, "ticket 17");
   EXPECT_EQ(kept.author.comment, std::nullopt);
   EXPECT_EQ(kept.changes, commit.changes);
-  ASSERT_EQ(kept.answers.size(), 1u);
+  ASSERT_EQ(kept.answers.size(), 1U);
   EXPECT_EQ(kept.answers[0].request, "sp_check");
   EXPECT_EQ(kept.answers[0].result, Verdict::kWarning);
   EXPECT_EQ(kept.answers[0].text, "a \xef\xbf\xbd text");
   EXPECT_EQ(kept.notices, commit.notices);
   const auto lines = list(connection, 2);
-  ASSERT_EQ(lines.size(), 2u);
+  ASSERT_EQ(lines.size(), 2U);
   EXPECT_EQ(lines[0].number, 3);
   EXPECT_EQ(lines[0].changes, 1);
   EXPECT_EQ(lines[1].number, 2);
@@ -368,8 +368,8 @@ TEST_F(StateTest, AMissingCommitIsDamage) {
 }
 
 TEST_F(StateTest, ChangesThatCannotBeReplayedAreDamage) {
-  for (const char* changes : {"", "[[1]]", "[[\"/config/nothing\",null,\"1\"]]",
-                              "[[\"/config/service-port{a}\",null,\"\"]]"}) {
+  for (const char* changes : {"", "[[1]]", R"([["/config/nothing",null,"1"]])",
+                              R"([["/config/service-port{a}",null,""]])"}) {
     SCOPED_TRACE(changes);
     make(2);
     run(file_.name(), "UPDATE commits SET changes = '" + std::string(changes) + "' WHERE number=3");
