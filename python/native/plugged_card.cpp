@@ -219,7 +219,7 @@ PluggedCard::~PluggedCard() {
 
 ReportWithText PluggedCard::commit(const std::vector<Edit>& edits, const CommitChoice& choice) {
   const Turn turn;
-  tarnd::Daemon& asked = daemon();
+  const tarnd::Daemon& asked = daemon();
   for (const std::string& name : choice.options.only) {
     const auto known = request_names(asked.points());
     if (std::find(known.begin(), known.end(), name) != known.end()) continue;
