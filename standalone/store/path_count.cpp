@@ -53,6 +53,21 @@ std::optional<CountedPath> read_path(const SchemaNode& root, std::string_view te
   return std::nullopt;
 }
 
+// The last instance of the model's node below the parent if it is among the last siblings, or else
+// null. What the model has last is found from there with fewer nodes to look at, each of which may
+// have to be fetched from memory.
+const lyd_node* instance_near_end(const lyd_node* parent, const SchemaNode& node) {
+  constexpr int kSiblingsToTry = 4;
+  const lyd_node* const first = lyd_child(parent);
+  if (first == nullptr) return nullptr;
+  const lyd_node* sibling = first->prev;
+  for (int i = 0; i < kSiblingsToTry; ++i, sibling = sibling->prev) {
+    if (sibling->schema == node.lysc) return sibling;
+    if (sibling == first) return nullptr;
+  }
+  return nullptr;
+}
+
 class Walk {
  public:
   explicit Walk(const CountedPath& path) : path_(path) {}
@@ -64,10 +79,18 @@ class Walk {
       const lyd_node* child = child_instance(around, step);
       return child != nullptr ? count(child, depth + 1) : 0;
     }
+    // Entries of one list are neighbours.
+    std::size_t sum = 0;
+    if (const lyd_node* entry = instance_near_end(around, step)) {
+      const lyd_node* const first = lyd_child(around);
+      for (; entry->schema == step.lysc; entry = entry->prev) {
+        sum += count(entry, depth + 1);
+        if (entry == first) break;
+      }
+      return sum;
+    }
     const lyd_node* entry = lyd_child(around);
     while (entry != nullptr && entry->schema != step.lysc) entry = entry->next;
-    std::size_t sum = 0;
-    // Entries of one list are neighbours.
     for (; entry != nullptr && entry->schema == step.lysc; entry = entry->next) {
       sum += count(entry, depth + 1);
     }
