@@ -29,7 +29,8 @@ std::vector<std::string> symbols(const std::string& option = "") {
   }
   std::istringstream lines(output);
   for (std::string line; std::getline(lines, line);) {
-    constexpr std::size_t kNameAt = sizeof("0000000000000000 T ") - 1;
+    // After the address and the kind of the symbol.
+    constexpr std::size_t kNameAt = 2 * sizeof(void*) + sizeof(" T ") - 1;
     if (line.size() > kNameAt) names.push_back(line.substr(kNameAt));
   }
   return names;
