@@ -58,7 +58,8 @@ if(TARGET gponval_python)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${platform_folder})
 endif()
 # What gponval-fleet can do without.
-set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-rich, python3-yaml")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS 
+  "python3-jinja2, python3-matplotlib, python3-rich, python3-yaml")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-distributed)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/python/prerm)
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION

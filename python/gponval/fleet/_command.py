@@ -7,7 +7,7 @@ import os
 import signal
 import sys
 import time
-from typing import Any, BinaryIO, List, Optional, Sequence
+from typing import Any, BinaryIO, List, Optional, Sequence, cast
 
 from gponval.fleet._lines import Earlier, Lines
 from gponval.fleet._progress import progress
@@ -28,7 +28,7 @@ audited, or the audit did not end.
 
 Examples:
   gponval-fleet audit cards
-  gponval-fleet audit cards.tar.gz --format jsonl > results.jsonl
+  gponval-fleet audit cards.tar.gz --html report.html
   gponval-fleet audit cards --resume results.jsonl
   gponval-fleet audit --manifest fleet.csv --scheduler tcp://cluster:8786"""
 
@@ -58,6 +58,7 @@ def _parser() -> argparse.ArgumentParser:
     option("--manifest", metavar="FILE", help="CSV or YAML with name, config and card of each card")
     option("--jobs", type=_number_of_jobs, metavar="N", help="processes (one for each processor)")
     option("--scheduler", metavar="ADDRESS", help="audit on the workers of this Dask scheduler")
+    option("--html", metavar="FILE", help="write a page for a browser")
     option(
         "--format",
         choices=("text", "jsonl"),
@@ -89,9 +90,9 @@ def _workers(options: argparse.Namespace) -> Any:
     return ClusterWorkers(options.scheduler)
 
 
-def _opened(path: str) -> BinaryIO:
+def _opened(path: str, mode: str = "wb") -> BinaryIO:
     try:
-        return open(path, "wb")
+        return cast(BinaryIO, open(path, mode))
     except OSError as error:
         raise Trouble(f"{path}: cannot write: {error.strerror}") from error
 
@@ -115,6 +116,13 @@ class _Outputs:
     def __init__(self, options: argparse.Namespace, earlier: Optional[Earlier]) -> None:
         self.summary = Summary()
         self._earlier = earlier
+        self._page = None
+        if options.html is not None:
+            from gponval.fleet._page import Page
+
+            self._html: str = options.html
+            _opened(self._html, "ab").close()  # an earlier report stays until there is a new one
+            self._page = Page()
         self._is_text = options.format == "text"
         self._lines: List[Lines] = []
         if options.output is not None:
@@ -126,11 +134,19 @@ class _Outputs:
 
     def add(self, record: Record) -> None:
         self.summary.add(record)
+        if self._page is not None:
+            self._page.add(record)
         if self._earlier is None or not self._earlier.has(record):
             for lines in self._lines:
                 lines.write(record)
         if self._is_text:
             _print_findings(record)
+
+
+    def end(self, seconds: float) -> None:
+        if self._page is not None:
+            with _opened(self._html) as file:
+                file.write(self._page.html(self.summary, seconds).encode())
 
 
 def _audit(options: argparse.Namespace) -> int:
@@ -150,6 +166,7 @@ def _audit(options: argparse.Namespace) -> int:
     except (KeyboardInterrupt, Trouble):
         print(outputs.summary.text(time.monotonic() - start), file=summary_to, flush=True)
         raise
+    outputs.end(time.monotonic() - start)
     print(outputs.summary.text(time.monotonic() - start), file=summary_to, flush=True)
     return outputs.summary.exit_status()
 

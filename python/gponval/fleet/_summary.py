@@ -24,6 +24,7 @@ class Summary:
         """Why cards could not be audited: how many, and some of their names."""
         self.onus = 0
         self.links = 0
+        self._measured = 0
         self._fullest: List[Tuple[float, int, str, LinkRecord]] = []
 
     def add(self, record: Record) -> None:
@@ -41,8 +42,9 @@ class Summary:
         for link in record.links:
             if link.share is None:
                 continue
-            # The number keeps two equal links from being compared further.
-            entry = (link.share, -len(self._fullest) - self.links, record.name, link)
+            # Of equal links the first ones stay; the number also keeps them from being compared.
+            self._measured += 1
+            entry = (link.share, -self._measured, record.name, link)
             if len(self._fullest) < _FULLEST:
                 heapq.heappush(self._fullest, entry)
             else:
@@ -56,6 +58,11 @@ class Summary:
     def fullest(self) -> List[Tuple[str, LinkRecord]]:
         """The fullest links with their cards, the fullest first."""
         return [(name, link) for _, _, name, link in sorted(self._fullest, reverse=True)]
+
+    def by_request(self) -> List[Tuple[str, int]]:
+        """How many cards each request refuses or questions, the most first."""
+        both = self.errors + self.warnings
+        return sorted(both.items(), key=lambda item: (-item[1], item[0]))
 
     def exit_status(self) -> int:
         if self.statuses["unreadable"] or self.statuses["failed"]:
