@@ -6,6 +6,7 @@
 #include "standalone/store/defaults.h"
 #include "standalone/store/libyang_compat.h"
 #include "standalone/store/transaction.h"
+#include "standalone/store/validity.h"
 
 namespace tarnd::store {
 namespace {
@@ -160,7 +161,18 @@ class Editor {
     }
     lyd_node* node = without_edit_marks(edit);
     insert_new(parent, node);
-    if (is_inner(node)) apply_children(edit, node, Operation::kMerge);
+    if (!is_inner(node)) return;
+    apply_children(edit, node, Operation::kMerge);
+    leave_unused_cases(node);
+  }
+
+  // The log has no records of what is in a new node, so that drop_empty_cases() does not see it.
+  void leave_unused_cases(lyd_node* created) {
+    lyd_node* next = nullptr;
+    for (lyd_node* child = lyd_child(created); child != nullptr; child = next) {
+      next = child->next;
+      if (is_out_of_use(child)) log_.remove(child);
+    }
   }
 
   void insert_new(lyd_node* parent, lyd_node* node) {

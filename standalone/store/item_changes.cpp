@@ -25,7 +25,11 @@ std::optional<std::string> item_of(const lyd_node* node) {
   }
 }
 
+// libyang finds a leaf by its value, if its parent has few children.
 const lyd_node* counterpart(const lyd_node* parent, const lyd_node* node) {
+  if ((node->schema->nodetype & (LYS_LEAF | LYS_CONTAINER)) != 0) {
+    return child_instance(parent, schema_of(node));
+  }
   lyd_node* found = nullptr;
   lyd_find_sibling_first(lyd_child(parent), node, &found);
   return found;

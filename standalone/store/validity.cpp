@@ -142,7 +142,8 @@ bool is_of_case(const lysc_node* node, const lysc_node* one) {
   return around == one;
 }
 
-// An empty container in a case that is not in use: its mandatory nodes need not exist.
+}  // namespace
+
 bool is_out_of_use(const lyd_node* node) {
   const lysc_node* around = node->schema->parent;
   if (around == nullptr || around->nodetype != LYS_CASE || has_given_content(node)) return false;
@@ -151,8 +152,6 @@ bool is_out_of_use(const lyd_node* node) {
   }
   return true;
 }
-
-}  // namespace
 
 void check_subtree(const lyd_node* node) {
   if (!is_inner(node)) return;

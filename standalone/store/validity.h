@@ -33,4 +33,7 @@ void check_subtree(const lyd_node* node);
 /// node above them or above a removed node, but nothing else.
 void check_edits(const EditRecord& root);
 
+/// An empty container in a case that is not in use: its mandatory nodes need not exist.
+bool is_out_of_use(const lyd_node* node);
+
 }  // namespace tarnd::store

@@ -102,7 +102,7 @@ TEST(StateReplayTest, RandomCommitsAreRestoredForwardsAndBackwards) {
   const test::OwnModel model(test::kModelOfRules);
   const store::Schema schema(model.folder());
   std::size_t commits = 0;
-  for (unsigned seed = 0; seed < 40; ++seed) {
+  for (unsigned seed = 0; seed < 150; ++seed) {
     SCOPED_TRACE(seed);
     Datastore datastore(schema);
     // Few values, so that many are set to their default, and meet again.
@@ -203,6 +203,21 @@ TEST(StateReplayTest, AChangeNamesEachItemOnce) {
       begin + "<upstream-fec nc:operation=\"remove\"/>" + end,
       begin + "<onu><id>1</id><description>a</description></onu>" + end};
   EXPECT_EQ(edit_texts(test::model(), store::reversed(expected)), texts);
+}
+
+TEST(StateReplayTest, AContainerThatGoesAndComesBackIsOneChangeOfEachLeaf) {
+  const std::string port = "<service-port><id>7</id><gpon><id>1/1/1</id></gpon></service-port>";
+  Datastore datastore(test::model());
+  datastore.load(test::config(port), Format::kXml);
+  Transaction transaction(datastore);
+  transaction.edit(
+      test::config("<service-port><id>7</id><gpon nc:operation='replace'><id>1/1/2</id>"
+                   "</gpon></service-port>"),
+      Format::kXml);
+  transaction.prepare();
+  const std::vector<store::ItemChange> expected = {
+      {"/config/service-port{7}/gpon/id", "1/1/1", "1/1/2"}};
+  EXPECT_EQ(transaction.item_changes(), expected);
 }
 
 TEST(StateReplayTest, EncryptedLeavesAreKeptEncrypted) {

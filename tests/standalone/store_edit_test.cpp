@@ -140,6 +140,15 @@ TEST_F(StoreEditTest, ANodeOfOneCaseEndsTheOtherCase) {
   EXPECT_EQ(value("/config/service-port{7}/xgspon/id"), "1/1/2");
 }
 
+TEST_F(StoreEditTest, ANewEntryHasNoEmptyContainerOfACaseThatIsNotInUse) {
+  running(kPort7);
+  apply("<service-port><id>9</id><gpon nc:operation='merge'/></service-port>");
+  EXPECT_FALSE(has("/config/service-port{9}/gpon"));
+  apply("<service-port nc:operation='delete'><id>7</id></service-port>");
+  apply("<service-port><id>7</id><gpon><id nc:operation='remove'>1/1/1</id></gpon></service-port>");
+  EXPECT_FALSE(has("/config/service-port{7}/gpon"));
+}
+
 TEST_F(StoreEditTest, NodesOfTwoCasesInOneEditAreRefused) {
   EXPECT_EQ(refusal("<service-port><id>7</id><xgspon><id>1/1/2</id></xgspon>"
                     "<gpon><id>1/1/2</id></gpon></service-port>"),

@@ -94,7 +94,7 @@ class RandomEdits {
 // The changes recorded while the tree is edited must be those of libyang's diff of the two whole
 // configurations.
 TEST(RandomEditsTest, GatheredChangesAreThoseOfTheWholeDifference) {
-  for (unsigned seed = 0; seed < 400; ++seed) {
+  for (unsigned seed = 0; seed < 600; ++seed) {
     SCOPED_TRACE(seed);
     RandomEdits random(seed);
     Datastore datastore(test::model());
@@ -137,7 +137,7 @@ std::string entries_by_key(const Datastore& datastore) {
 }
 
 TEST(RandomEditsTest, WhatIsCommittedIsInSightWhileEditsAreOpen) {
-  for (unsigned seed = 0; seed < 400; ++seed) {
+  for (unsigned seed = 0; seed < 600; ++seed) {
     SCOPED_TRACE(seed);
     RandomEdits random(seed);
     Datastore datastore(test::model());
@@ -182,7 +182,7 @@ TEST(RandomEditsTest, AnEditThatFailsLeavesThoseBeforeIt) {
   const std::string fails =
       "<interface nc:operation=\"remove\"/><profile nc:operation=\"remove\"/>"
       "<service-port nc:operation=\"delete\"><id>77</id></service-port>";
-  for (unsigned seed = 0; seed < 400; ++seed) {
+  for (unsigned seed = 0; seed < 600; ++seed) {
     SCOPED_TRACE(seed);
     RandomEdits random(seed);
     Datastore one_by_one(test::model());
