@@ -45,7 +45,7 @@ void upper_case_after_vendor(std::string& serial) {
 }
 
 [[gnu::cold]] std::string report_line(const std::string& label, const std::string& leaf_name,
-                        const std::string& value) {
+                                      const std::string& value) {
   return label + " " + leaf_name + ": [" + value + "]\n";
 }
 
