@@ -46,8 +46,9 @@ constexpr double kThousandPorts = 5;
 
 // In memory that the processes share.
 Costs& shared_costs() {
-  void* memory =
-      mmap(nullptr, sizeof(Costs), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  constexpr int kAccess = PROT_READ | PROT_WRITE;
+  // cppcheck-suppress invalidFunctionArg ; this memory has no descriptor
+  void* memory = mmap(nullptr, sizeof(Costs), kAccess, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) throw std::runtime_error("no memory to share");
   return *new (memory) Costs;
 }
