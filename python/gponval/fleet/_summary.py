@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import heapq
 from collections import Counter
 from typing import Dict, List, Tuple
 
@@ -24,8 +23,8 @@ class Summary:
         """Why cards could not be audited: how many, and some of their names."""
         self.onus = 0
         self.links = 0
-        self._measured = 0
-        self._fullest: List[Tuple[float, int, str, LinkRecord]] = []
+        self.fullest: List[Tuple[str, LinkRecord]] = []
+        """The fullest links with their cards, the fullest first."""
 
     def add(self, record: Record) -> None:
         self.statuses[record.status] += 1
@@ -39,25 +38,12 @@ class Summary:
             count, names = self.reasons.get(record.why, (0, []))
             names = names if len(names) == _CARDS_OF_A_REASON else [*names, record.name]
             self.reasons[record.why] = (count + 1, names)
-        for link in record.links:
-            if link.share is None:
-                continue
-            # Of equal links the first ones stay; the number also keeps them from being compared.
-            self._measured += 1
-            entry = (link.share, -self._measured, record.name, link)
-            if len(self._fullest) < _FULLEST:
-                heapq.heappush(self._fullest, entry)
-            else:
-                heapq.heappushpop(self._fullest, entry)
+        links = [(record.name, link) for link in record.links if link.share is not None]
+        self.fullest = sorted([*self.fullest, *links], key=_fullest_first)[:_FULLEST]
 
     @property
     def cards(self) -> int:
         return sum(self.statuses.values())
-
-    @property
-    def fullest(self) -> List[Tuple[str, LinkRecord]]:
-        """The fullest links with their cards, the fullest first."""
-        return [(name, link) for _, _, name, link in sorted(self._fullest, reverse=True)]
 
     def by_request(self) -> List[Tuple[str, int]]:
         """How many cards each request refuses or questions, the most first."""
@@ -78,7 +64,7 @@ class Summary:
             + (", ...)" if count > len(names) else ")")
             for why, (count, names) in sorted(self.reasons.items(), key=lambda item: -item[1][0])
         ]
-        if self._fullest:
+        if self.fullest:
             lines.append("Fullest links:")
         for name, link in self.fullest:
             lines.append(f"  {100 * (link.share or 0):5.1f} %  {link.path} of {printable(name)}")
@@ -89,6 +75,12 @@ class Summary:
     def counts(self) -> str:
         counts = [f"{self.statuses[status]} {status}" for status in STATUSES if self.statuses[status]]
         return ", ".join(counts) or "none"
+
+
+def _fullest_first(entry: Tuple[str, LinkRecord]) -> Tuple[float, str, str]:
+    """Audits end in any order, which must not show."""
+    name, link = entry
+    return (-(link.share or 0), name, link.path)
 
 
 def _requests(words: str, requests: Counter[str]) -> List[str]:
