@@ -4,9 +4,10 @@ from __future__ import annotations
 
 import time
 import warnings
+import zlib
 from concurrent.futures import Future
 from types import TracebackType
-from typing import Any, Optional, Type
+from typing import Any, Optional, Tuple, Type
 
 from gponval.fleet._audit import audit
 from gponval.fleet._records import Job, Record, Trouble, optional_module
@@ -59,10 +60,10 @@ class ClusterWorkers:
         if now - self._looked > _LOOK_SECONDS:  # workers come and go
             self._threads = sum(self._client.nthreads().values())
             self._looked = now
-        return max(2, 2 * self._threads)
+        return max(2, 4 * self._threads)
 
     def submit(self, job: Job) -> Future[Record]:
-        submitted: Future[Record] = self._executor.submit(audit, job)
+        submitted: Future[Record] = self._executor.submit(_audit_packed, _packed(job))
         return submitted
 
     def died(self, error: BaseException) -> bool:
@@ -70,6 +71,20 @@ class ClusterWorkers:
 
     def once_more(self, job: Job) -> Record:
         return failed(job, _WORKERS_DIED)
+
+
+# The scheduler passes on every byte, and configurations shrink to a twentieth.
+
+_Packed = Tuple[str, bytes, Optional[bytes]]
+
+
+def _packed(job: Job) -> _Packed:
+    return job.name, zlib.compress(job.config, level=1), job.card
+
+
+def _audit_packed(packed: _Packed) -> Record:
+    name, config, card = packed
+    return audit(Job(name, zlib.decompress(config), card))
 
 
 def _check_package() -> None:
