@@ -40,6 +40,7 @@ std::vector<ItemChange> changes_between(Connection& connection, Number from, Num
     });
   } else if (from > to) {
     for_each_change(connection, from, to + 1, [&net](Number, std::vector<ItemChange> changes) {
+      // A commit may name an item twice.
       std::reverse(changes.begin(), changes.end());
       add(net, store::reversed(std::move(changes)));
     });

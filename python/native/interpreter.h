@@ -6,7 +6,7 @@ namespace gponval::python {
 
 // When the interpreter ends, no daemon thread may run Python any more. A thread that waits for
 // Python's lock then would use what is freed already, or be ended by unwinding its stack, which
-// destroys the callers' Python objects without the lock. So such a thread stays where it is until
+// destroys the callers' Python objects without the lock. So such a thread waits until
 // the process ends.
 
 /// From now on only this thread gets Python's lock in an Unlocked or a Locked; waits a while until

@@ -2,6 +2,8 @@
 
 import os
 import re
+import subprocess
+import sys
 from pathlib import Path
 
 from gponval.fleet import Job
@@ -9,6 +11,9 @@ from gponval.fleet import Job
 EXAMPLES = Path(os.environ["GPONVAL_EXAMPLES"])
 TOWN = (EXAMPLES / "town.xml").read_bytes()
 CARD = (EXAMPLES / "town.card").read_bytes()
+
+COMMAND = (sys.executable, "-m", "gponval.fleet", "audit")
+PATIENCE = 180
 
 # Each fault, and the requests that find it.
 FAULTS = {
@@ -21,6 +26,20 @@ FAULTS = {
         {"service_port_global_validation"},
     ),
 }
+
+
+def run(*arguments, status=0, cwd=None):
+    """An audit to its end, which must have this exit status."""
+    outcome = subprocess.run(
+        [*COMMAND, *map(str, arguments)],
+        cwd=cwd,
+        capture_output=True,
+        text=True,
+        check=False,
+        timeout=PATIENCE,
+    )
+    assert outcome.returncode == status, outcome.stdout + outcome.stderr
+    return outcome
 
 
 def _with_service_port(text, number):

@@ -10,9 +10,8 @@ import time
 from contextlib import contextmanager
 
 import pytest
-from fleet_cards import FAULTS, write_fleet
+from fleet_cards import FAULTS, PATIENCE, run, write_fleet
 
-PATIENCE = 180
 # Without the HTTP server for people, and without a nanny that starts a new worker.
 SCHEDULER = ("distributed.cli.dask_scheduler", "--host", "127.0.0.1", "--port", "0", "--no-dashboard")
 WORKER = ("distributed.cli.dask_worker", "--nthreads", "1", "--no-nanny", "--no-dashboard")
@@ -56,18 +55,6 @@ def cluster(tmp_path):
                 for _, worker_log in (first, second):
                     wait_for(lambda: found(worker_log, "Registered to"), "a worker does not start")
                 yield address, first[0]
-
-
-def run(*arguments, status):
-    outcome = subprocess.run(
-        [sys.executable, "-m", "gponval.fleet", "audit", *map(str, arguments)],
-        capture_output=True,
-        text=True,
-        check=False,
-        timeout=PATIENCE,
-    )
-    assert outcome.returncode == status, outcome.stdout + outcome.stderr
-    return outcome
 
 
 def records(text):

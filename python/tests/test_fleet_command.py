@@ -10,23 +10,7 @@ import time
 from pathlib import Path
 
 import pytest
-from fleet_cards import EXAMPLES, FAULTS, faulty, write_fleet
-
-COMMAND = (sys.executable, "-m", "gponval.fleet", "audit")
-PATIENCE = 120
-
-
-def run(*arguments, status=0, cwd=None):
-    outcome = subprocess.run(
-        [*COMMAND, *map(str, arguments)],
-        cwd=cwd,
-        capture_output=True,
-        text=True,
-        check=False,
-        timeout=PATIENCE,
-    )
-    assert outcome.returncode == status, outcome.stdout + outcome.stderr
-    return outcome
+from fleet_cards import COMMAND, EXAMPLES, FAULTS, PATIENCE, faulty, run, write_fleet
 
 
 def start(*arguments, **options):

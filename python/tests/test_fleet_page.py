@@ -226,7 +226,7 @@ def test_the_part_of_a_card_is_its_record(page, report, name):
         for word in ("request", "path", "result", "text"):
             assert finding[word] in part.text
         assert catalogue().explain(finding["request"], finding["text"]).meaning in part.text
-    # Escape closes it, and the focus is where it was.
+    # Escape closes it, and the name of the card has the focus again.
     page.switch_to.active_element.send_keys(Keys.ESCAPE)
     wait_for(lambda: not dialog.is_displayed(), "the card does not close")
     assert page.switch_to.active_element.text == name

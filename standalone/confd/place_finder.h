@@ -23,7 +23,7 @@ class PlaceFinder {
 
  private:
   struct Step {
-    std::size_t end = 0;  ///< where it ends in the text
+    std::size_t end = 0;  ///< its end in the text
     Place place;
   };
 

@@ -167,6 +167,12 @@ TEST_F(StateTest, WhatLeadsFromOneCommitToAnotherHasEachItemOnce) {
   EXPECT_EQ(changes_between(journal.connection(), 4, 1),
             (Changes{{"/a", "", none}, {"/a/d", "2", none}, {"/c", "y", "old"}}));
   EXPECT_EQ(changes_between(journal.connection(), 4, 4), Changes());
+  // Two changes of one item in a commit are one, in both directions.
+  Commit twice;
+  twice.changes = {{"/t", "5", none}, {"/t", none, "2"}};
+  journal.record(twice, std::nullopt);
+  EXPECT_EQ(changes_between(journal.connection(), 4, 5), (Changes{{"/t", "5", "2"}}));
+  EXPECT_EQ(changes_between(journal.connection(), 5, 4), (Changes{{"/t", "2", "5"}}));
 }
 
 struct KeepCase {

@@ -105,7 +105,7 @@ std::string configuration(Random& random) {
 std::string path(Random& random, const Schema& schema) {
   const SchemaNode* node = &schema.root();
   std::string text = "/config";
-  // Mostly to where there is data.
+  // Mostly to a node that may have data.
   const std::vector<std::string> to_onus{"interface", random.one_in(3) ? "xgspon" : "gpon", "onu"};
   for (const std::string& name : to_onus) {
     if (random.one_in(12)) break;

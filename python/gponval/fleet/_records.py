@@ -37,7 +37,7 @@ class Job:
     card: Optional[bytes] = None
 
     def digest(self) -> str:
-        """Tells whether an earlier record is of the same contents."""
+        """The same for the same contents."""
         card = b"-" if self.card is None else b"+" + self.card
         return sha256(sha256(self.config).digest() + card).hexdigest()[:32]
 
