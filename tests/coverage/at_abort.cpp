@@ -1,4 +1,4 @@
-// Part of the plug-in in the coverage build only. A process that a failed assertion ends writes no
+// Part of the plug-in that scripts/coverage uses. A process that a failed assertion ends writes no
 // coverage, so lines that only the death tests reach would count as unreached. The plug-in itself
 // must write: every shared library, and every test program with the plug-in's objects in it, has
 // its own counters. If both are loaded, one handler calls the other.
