@@ -18,6 +18,10 @@ MatchOverlapValidation::MatchOverlapValidation() : first_claims_(&memory_) {}
 
 MatchOverlapValidation::~MatchOverlapValidation() = default;
 
+void MatchOverlapValidation::reserve(std::size_t claims) {
+  first_claims_.reserve(claims);
+}
+
 bool MatchOverlapValidation::ServicePortMatchOverlaps(std::uint32_t sp, std::string& message,
                                                       fm_port_type type,
                                                       const std::string& interface_name,

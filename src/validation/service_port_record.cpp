@@ -1,6 +1,7 @@
 #include "service_port_record.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "base.h"
 #include "card/fm_card.h"
@@ -111,10 +112,10 @@ void free_interface_name(confd_value_t* name) {
   }
 }
 
-std::string blank_separated(const char* name) {
-  std::string text(name == nullptr ? "" : name);
-  std::replace(text.begin(), text.end(), '/', ' ');
-  return text;
+void set_blank_separated(std::string& text, const char* name) {
+  const std::string_view letters(name == nullptr ? "" : name);
+  text.resize(letters.size());
+  std::replace_copy(letters.begin(), letters.end(), text.begin(), '/', ' ');
 }
 
 std::string slash_separated(const std::string& name) {

@@ -131,7 +131,7 @@ void free_interface_name(confd_value_t* name);
 
 /// Interface names: with blanks as the keys of a path, with slashes for the user. A null name is
 /// empty.
-std::string blank_separated(const char* name);
+void set_blank_separated(std::string& text, const char* name);
 std::string slash_separated(const std::string& name);
 
 }  // namespace valid

@@ -1,5 +1,6 @@
 #include "valid_service_port.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -21,6 +22,9 @@ namespace {
 
 constexpr std::array<const char*, 2> kLinkLists{"/config/interface/gpon/",
                                                 "/config/interface/xgspon/"};
+
+// A card that reports an absurd limit does not get the memory for it.
+constexpr std::uint32_t kMostReserved = 65536;
 
 constexpr const char* kOnu = "/config/interface/%s{%s}/onu{%d}";
 constexpr const char* kOnuLineProfile =
@@ -75,7 +79,7 @@ int service_port_get_leafs(confd_value_t* values, std::uint32_t& sp, std::string
       values[SP_CONFD_VAL_OFFSET_SP].type != C_UINT32) {
     return -1;
   }
-  interface_name = valid::blank_separated(CONFD_GET_CBUFPTR(name));
+  valid::set_blank_separated(interface_name, CONFD_GET_CBUFPTR(name));
   valid::free_interface_name(name);
   sp = CONFD_GET_UINT32(&values[SP_CONFD_VAL_OFFSET_SP]);
   onu = CONFD_GET_UINT32(&values[SP_CONFD_VAL_OFFSET_ONU]);
@@ -130,8 +134,8 @@ int sp_get_values(std::int32_t /*sock*/, confd_trans_ctx* /*tctx*/, const confd_
       return -1;
     }
   }
-  interface_name =
-      valid::blank_separated(CONFD_GET_CBUFPTR(CONFD_GET_TAG_VALUE(&tv[idx_svc_port])));
+  valid::set_blank_separated(interface_name,
+                             CONFD_GET_CBUFPTR(CONFD_GET_TAG_VALUE(&tv[idx_svc_port])));
   onu = CONFD_GET_UINT32(CONFD_GET_TAG_VALUE(&tv[idx_onu]));
   gem = CONFD_GET_UINT32(CONFD_GET_TAG_VALUE(&tv[idx_gem]));
   valid::free_interface_name(CONFD_GET_TAG_VALUE(&tv[idx_svc_port]));
@@ -210,6 +214,7 @@ maapi_iter_ret iterate_detect_change_on_sp(confd_hkeypath_t* keypath, maapi_iter
 std::int32_t validate_sp_global_validation(std::int32_t sock, confd_trans_ctx* tctx) {
   const std::uint32_t max = get_max_service_ports();
   MatchOverlapValidation matches;
+  matches.reserve(std::min(max, kMostReserved));
   valid::ServicePortBatches batches(sock, tctx);
   std::uint32_t installed = 0;
   std::int32_t result = CONFD_OK;
@@ -252,13 +257,16 @@ std::int32_t service_port_validate(std::uint32_t sp, fm_port_type type,
                                    std::uint32_t gem, std::int32_t match_vlan,
                                    std::int32_t /*action_vlan*/, std::string& message,
                                    MatchOverlapValidation& matches) {
-  VALID_TRACE_IF(kTraceEntry, "Validate SP %u (%s=%s, onu=%d, gem=%d) Match Vlan %d begin.", sp,
+  zlog_category_t* const category = valid::enabled_trace_cat(kTraceEntry);
+  VALID_TRACE_TO(category, static_cast<const char*>(__func__), kTraceEntry,
+                 "Validate SP %u (%s=%s, onu=%d, gem=%d) Match Vlan %d begin.", sp,
                  ponlink_type_name(type), interface_name.c_str(), static_cast<int>(onu),
                  static_cast<int>(gem), match_vlan);
   if (matches.ServicePortMatchOverlaps(sp, message, type, interface_name, onu, gem, match_vlan)) {
     return CONFD_ERR;
   }
-  VALID_TRACE_IF(kTraceEntry, "Validate SP %u end.", sp);
+  VALID_TRACE_TO(category, static_cast<const char*>(__func__), kTraceEntry, "Validate SP %u end.",
+                 sp);
   return CONFD_OK;
 }
 

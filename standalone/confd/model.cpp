@@ -73,6 +73,13 @@ Model::Model(const store::Schema& schema) : schema_(schema), numbers_(read_numbe
   }
   // From the last node to the first, since a node's blank array needs those of its children.
   std::for_each(nodes_.rbegin(), nodes_.rend(), [&](ModelNode& node) { make_blank(node); });
+  // From the first to the last, since a container's own place is a part of those of its children.
+  for (const ModelNode& parent : nodes_) {
+    if (parent.kind == store::NodeKind::kList) continue;
+    for (const store::SchemaNode* child : parent.schema->children) {
+      nodes_[child->position].offset += parent.offset + 1;
+    }
+  }
 }
 
 void Model::make_blank(ModelNode& node) {

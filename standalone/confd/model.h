@@ -37,9 +37,10 @@ struct ModelNode {
   std::uint32_t number = 0;
   confd_type type;
   confd_cs_node cs = {};
-  /// The value array of an entry or container in which nothing is set, and the index at which the
-  /// node's own values begin in the array of its parent.
+  /// The value array of an entry or container in which nothing is set.
   std::vector<confd_value_t> blank;
+  /// The index at which the node's own values begin in the array of the entry around it, if no
+  /// presence container before them exists.
   int offset = 0;
 };
 

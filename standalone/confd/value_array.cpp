@@ -12,8 +12,8 @@ namespace {
 using store::NodeKind;
 using store::SchemaNode;
 
-// Writes the array of an instance in which nothing is set, and then replaces what is set, from
-// front to back.
+// Writes the array of an entry in which nothing is set, and then replaces what is set, from front
+// to back.
 class Writer {
  public:
   Writer(const Model& model, confd_value_t* values, int room)
@@ -21,54 +21,79 @@ class Writer {
 
   [[nodiscard]] int size() const { return size_; }
 
-  void write(const lyd_node* instance) {
-    insert_blank(store::schema_of(instance), 0);
-    fill(instance, 0);
+  void write(const lyd_node* entry) {
+    insert_blank(model_.node(store::schema_of(entry)), 0);
+    fill(entry);
   }
 
  private:
-  // Writes the values of the instance's children. `base` is where they begin if no presence
-  // container before them exists; each that exists moves them back, by moved_ in all.
-  void fill(const lyd_node* instance, int base) {
-    // The instance has the children of a container or an entry.
-    const lyd_node* child = reinterpret_cast<const lyd_node_inner*>(instance)->child;
-    while (child != nullptr) {
-      const ModelNode& node = model_.node(store::schema_of(child));
-      put(node, child, base + node.offset);
-      child = child->next;
-      const bool many = node.kind == NodeKind::kList || node.kind == NodeKind::kLeafList;
-      while (many && child != nullptr && child->schema == node.lysc) child = child->next;
+  // Goes through all nodes of the entry. Most are leaves.
+  void fill(const lyd_node* entry) {
+    const lyd_node* at = first_child(entry);
+    while (at != nullptr) {
+      const ModelNode& node = model_.node(store::schema_of(at));
+      if (node.kind == NodeKind::kLeaf) {
+        const int place = node.offset + moved_;
+        if (place < room_) set_own_leaf_value(model_, node, at, values_[place]);
+      } else if (node.kind == NodeKind::kContainer || node.kind == NodeKind::kPresence) {
+        if (node.kind == NodeKind::kPresence) put_presence(node);
+        if (const lyd_node* const child = first_child(at)) {
+          at = child;
+          continue;
+        }
+        leave(*node.schema);
+      } else {
+        at = put_many(node, at);
+      }
+      at = after(at, entry);
     }
   }
 
-  void put(const ModelNode& node, const lyd_node* instance, int at) {
-    switch (node.kind) {
-      case NodeKind::kLeaf:
-        if (at + moved_ < room_) set_own_leaf_value(model_, node, instance, values_[at + moved_]);
-        return;
-      case NodeKind::kLeafList:
-        if (at + moved_ < room_) values_[at + moved_] = leaf_list(node, instance);
-        return;
-      case NodeKind::kList:
-        return;
-      case NodeKind::kContainer:
-        return fill(instance, at + 1);
-      case NodeKind::kPresence:
-        return put_presence(node, instance, at);
+  // The next node of the entry that is not below this one; null at the end.
+  const lyd_node* after(const lyd_node* node, const lyd_node* entry) {
+    while (node->next == nullptr) {
+      node = lyd_parent(node);
+      if (node == entry) return nullptr;
+      leave(store::schema_of(node));
     }
+    return node->next;
   }
 
   // A container with presence has one value if it does not exist. If it does, its children follow
-  // and move all later values back.
-  void put_presence(const ModelNode& node, const lyd_node* instance, int at) {
-    if (at + moved_ < room_) values_[at + moved_] = tag_value(model_, *node.schema);
-    insert_blank(*node.schema, at + moved_ + 1);
-    fill(instance, at + 1);
-    moved_ += static_cast<int>(node.blank.size());
+  // and move all later values back. Inlined, this and put_many would slow down the loop of fill.
+  [[gnu::noinline]] void put_presence(const ModelNode& node) {
+    const int place = node.offset + moved_;
+    if (place < room_) values_[place] = tag_value(model_, *node.schema);
+    insert_blank(node, place + 1);
+  }
+  void leave(const SchemaNode& node) {
+    if (node.kind == NodeKind::kPresence) {
+      moved_ += static_cast<int>(model_.node(node).blank.size());
+    }
   }
 
-  void insert_blank(const SchemaNode& node, int at) {
-    const std::vector<confd_value_t>& blank = model_.node(node).blank;
+  // Entries of a list have no values here. Returns the last instance.
+  [[gnu::noinline]] const lyd_node* put_many(const ModelNode& node, const lyd_node* first) {
+    const int place = node.offset + moved_;
+    if (node.kind == NodeKind::kLeafList && place < room_) values_[place] = leaf_list(node, first);
+    return last_of(first);
+  }
+
+  // The instance is a container or an entry.
+  static const lyd_node* first_child(const lyd_node* instance) {
+    return reinterpret_cast<const lyd_node_inner*>(instance)->child;
+  }
+
+  // The last instance of the list or leaf-list.
+  static const lyd_node* last_of(const lyd_node* instance) {
+    while (instance->next != nullptr && instance->next->schema == instance->schema) {
+      instance = instance->next;
+    }
+    return instance;
+  }
+
+  void insert_blank(const ModelNode& node, int at) {
+    const std::vector<confd_value_t>& blank = node.blank;
     const auto count = static_cast<int>(blank.size());
     if (at < room_) {
       confd_value_t* const begin = values_ + at;
@@ -98,10 +123,9 @@ class Writer {
 
 }  // namespace
 
-int write_value_array(const Model& model, const lyd_node* instance, confd_value_t* values,
-                      int room) {
+int write_value_array(const Model& model, const lyd_node* entry, confd_value_t* values, int room) {
   Writer writer(model, values, room);
-  writer.write(instance);
+  writer.write(entry);
   return writer.size();
 }
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -150,6 +151,12 @@ TEST_F(ServicePortGlobalValidation, ACardWithoutALimitAllows4096) {
   running(own_ports(1, 4095));
   EXPECT_THAT(answer_for(own_port(4096)), Accepted());
   EXPECT_THAT(answer_for(own_port(4097)), Rejected(limit(4097, 4096)));
+}
+
+TEST_F(ServicePortGlobalValidation, AnAbsurdLimitTakesNoMemory) {
+  limit_to(std::numeric_limits<std::uint32_t>::max());
+  running(own_port(1));
+  EXPECT_THAT(answer_for(own_port(2)), Accepted());
 }
 
 TEST_F(ServicePortGlobalValidation, TheLimitIsReportedBeforeAConflict) {
