@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <string_view>
 #include <utility>
 
 #include "gpon_vald_trace_itf.h"
@@ -22,8 +23,8 @@ constexpr const char* kSerialsHead =
 // Users find the ONUs of XGS-PON interfaces under this name too.
 constexpr const char* kInterfaceLabel = "interface gpon";
 
-constexpr const char* kPassword = "password";
-constexpr const char* kSerialNumber = "serial-number";
+constexpr std::string_view kPassword = "password";
+constexpr std::string_view kSerialNumber = "serial-number";
 constexpr std::int32_t kPasswordMethod = 2;
 // The first characters name the vendor and are compared as they are.
 constexpr std::size_t kVendorCharacters = 4;
@@ -33,9 +34,8 @@ constexpr const char* kInterfaces = "/config/interface/";
 using Credentials = std::multimap<std::string, std::string>;
 
 /// The method decides which of the two credentials counts; the other one is not read.
-bool counts(const std::string& leaf_name, std::int32_t auth_method) {
-  const bool with_password = auth_method == kPasswordMethod;
-  return leaf_name == kSerialNumber ? !with_password : with_password;
+bool counts(bool is_serial_number, std::int32_t auth_method) {
+  return is_serial_number == (auth_method != kPasswordMethod);
 }
 
 void upper_case_after_vendor(std::string& serial) {
@@ -65,8 +65,8 @@ void collect_onus(int sock, confd_trans_ctx* tctx, const std::string& onus_path,
                   const std::string& interface_key, int auth_method, Credentials& passwords,
                   Credentials& serials) {
   // Made once: a card has thousands of ONUs.
-  const std::string password = kPassword;
-  const std::string serial_number = kSerialNumber;
+  const std::string password(kPassword);
+  const std::string serial_number(kSerialNumber);
   const std::string label = kInterfaceLabel;
   std::string prefix = onus_path + "{";
   const std::size_t brace = prefix.size();
@@ -99,7 +99,7 @@ std::int32_t check_card(std::int32_t sock, confd_trans_ctx* tctx, confd_hkeypath
 
   std::int32_t serial_result = CONFD_OK;
   std::stringstream serial_report;
-  evaluateOnuSerialPassword(serial_report, serials, kSerialNumber, &serial_result);
+  evaluateOnuSerialPassword(serial_report, serials, std::string(kSerialNumber), &serial_result);
   if (serial_result == CONFD_ERR) {
     message << kSerialsHead << serial_report.str();
     result = CONFD_ERR;
@@ -146,7 +146,7 @@ void CheckOnuPwdAndSn(int sock, confd_trans_ctx* tctx, const std::string& listPa
 
     Credentials passwords;
     collect_onus(sock, tctx, onus_path, port, authMethod, passwords, *serials);
-    evaluateOnuSerialPassword(passwordReport, passwords, kPassword, result);
+    evaluateOnuSerialPassword(passwordReport, passwords, std::string(kPassword), result);
   }
 }
 
@@ -157,19 +157,17 @@ void ProfileOnuSerialPassword(int sock, confd_trans_ctx* tctx, Credentials* cred
                               const std::string& leafPrefix, const std::string& leafName,
                               // cppcheck-suppress passedByValue ; NOLINTNEXTLINE(performance-*)
                               const int& authMethod, std::string interfaceLabel) {
-  if (!counts(leafName, authMethod)) {
+  const bool is_serial_number = leafName == kSerialNumber;
+  if (!counts(is_serial_number, authMethod)) {
     return;
   }
   std::array<char, valid::kTextSize> text;
-  std::string path;
-  path.reserve(leafPrefix.size() + leafName.size());
-  path.append(leafPrefix).append(leafName);
-  if (maapi_get_str_elem(sock, tctx->thandle, text.data(), static_cast<int>(text.size()), "%s",
-                         path.c_str()) != CONFD_OK) {
+  if (maapi_get_str_elem(sock, tctx->thandle, text.data(), static_cast<int>(text.size()), "%s%s",
+                         leafPrefix.c_str(), leafName.c_str()) != CONFD_OK) {
     return;
   }
   std::string value = text.data();
-  if (leafName == kSerialNumber) {
+  if (is_serial_number) {
     upper_case_after_vendor(value);
   }
   // ONUs are often numbered in order, and then each one belongs at the end.

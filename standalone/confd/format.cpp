@@ -32,8 +32,17 @@ struct Arguments {
   std::va_list list;
 };
 
-// Reads the conversion after a '%' and removes it from the format.
+bool add_text(std::string& text, const char* argument) {
+  if (argument != nullptr) text += argument;
+  return argument != nullptr;
+}
+
+// Reads the conversion after a '%' and removes it from the format. Most are texts.
 bool add_directive(std::string& text, std::string_view& format, Arguments& arguments) {
+  if (format.starts_with('s')) {
+    format.remove_prefix(1);
+    return add_text(text, va_arg(arguments.list, const char*));
+  }
   const bool counted = format.starts_with('*');
   const int count = counted ? va_arg(arguments.list, int) : 1;
   if (counted) format.remove_prefix(1);
@@ -57,11 +66,6 @@ bool add_directive(std::string& text, std::string_view& format, Arguments& argum
     case 'u':
       text += std::to_string(va_arg(arguments.list, unsigned int));
       return true;
-    case 's': {
-      const char* argument = va_arg(arguments.list, const char*);
-      if (argument != nullptr) text += argument;
-      return argument != nullptr;
-    }
     case '%':
       text += '%';
       return true;
@@ -80,12 +84,14 @@ bool format_path(std::string& text, const char* format, std::va_list arguments) 
   std::string_view rest(format);
   bool good = true;
   while (good && !rest.empty()) {
+    if (rest.front() == '%') {
+      rest.remove_prefix(1);
+      good = add_directive(text, rest, own);
+      continue;
+    }
     const std::size_t plain = std::min(rest.find('%'), rest.size());
     text.append(rest.substr(0, plain));
     rest.remove_prefix(plain);
-    if (rest.empty()) break;
-    rest.remove_prefix(1);
-    good = add_directive(text, rest, own);
   }
   va_end(own.list);
   if (good) enter_platform_path(text);

@@ -129,14 +129,15 @@ bool PlaceFinder::follow(const store::Datastore& datastore, std::string_view tex
 
 const Place* PlaceFinder::find(const store::Datastore& datastore, std::string_view text) {
   const std::size_t known = known_steps(datastore, text);
+  const std::size_t same = known > 0 ? steps_[known - 1].end : 0;
   std::size_t depth = known;
   if (!follow(datastore, text, depth)) {
     steps_.resize(known);
-    text_.resize(known > 0 ? steps_.back().end : 0);
+    text_.resize(same);
     return nullptr;
   }
   steps_.resize(depth);
-  text_ = text;
+  text_.replace(same, std::string::npos, text.substr(same));
   version_ = datastore.version();
   return &steps_.back().place;
 }
