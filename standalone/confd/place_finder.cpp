@@ -41,12 +41,7 @@ void make_canonical(const SchemaNode& node, std::vector<std::string_view>& keys)
 
 }  // namespace
 
-std::size_t PlaceFinder::known_steps(const store::Datastore& datastore,
-                                     std::string_view text) const {
-  if (steps_.empty() || version_ != datastore.version() ||
-      steps_.front().place.node != datastore.root()) {
-    return 0;
-  }
+std::size_t PlaceFinder::known_steps(std::string_view text) const {
   const std::size_t common = common_length(text_, text);
   std::size_t known = 0;
   while (known < steps_.size() && steps_[known].end <= common &&
@@ -90,6 +85,21 @@ std::size_t PlaceFinder::follow_known_rest(const store::Datastore& datastore, st
   return depth;
 }
 
+// The place below the step before this depth. Mostly it is the entry after that of the path before.
+Place PlaceFinder::place_of(const store::Datastore& datastore, std::size_t depth,
+                            const SchemaNode& node, bool keyed) const {
+  const Place& around = steps_[depth - 1].place;
+  const lyd_node* before = depth < steps_.size() ? steps_[depth].place.node : nullptr;
+  if (keyed && before != nullptr && before->schema == node.lysc &&
+      steps_[depth].place.parent == around.node && keys_.size() == node.num_keys) {
+    lyd_node* const next = before->next;
+    if (next != nullptr && next->schema == node.lysc && store::has_key(next, keys_)) {
+      return {&node, next, around.node, keyed, true};
+    }
+  }
+  return step_down(datastore, around, node, keyed, keys_);
+}
+
 // Reads the steps from this depth on.
 bool PlaceFinder::follow(const store::Datastore& datastore, std::string_view text,
                          std::size_t& depth) {
@@ -107,9 +117,8 @@ bool PlaceFinder::follow(const store::Datastore& datastore, std::string_view tex
       if (!reader.keys(keys_)) return false;
       make_canonical(*node, keys_);
     }
-    const Place place = depth == 0
-                            ? root_place(datastore)
-                            : step_down(datastore, steps_[depth - 1].place, *node, keyed, keys_);
+    const Place place =
+        depth == 0 ? root_place(datastore) : place_of(datastore, depth, *node, keyed);
     const Step step{reader.position(), place};
     if (depth == steps_.size()) {
       steps_.push_back(step);
@@ -128,7 +137,11 @@ bool PlaceFinder::follow(const store::Datastore& datastore, std::string_view tex
 }
 
 const Place* PlaceFinder::find(const store::Datastore& datastore, std::string_view text) {
-  const std::size_t known = known_steps(datastore, text);
+  if (version_ != datastore.version() ||
+      (!steps_.empty() && steps_.front().place.node != datastore.root())) {
+    steps_.clear();
+  }
+  const std::size_t known = known_steps(text);
   const std::size_t same = known > 0 ? steps_[known - 1].end : 0;
   std::size_t depth = known;
   if (!follow(datastore, text, depth)) {

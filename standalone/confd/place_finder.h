@@ -27,9 +27,10 @@ class PlaceFinder {
     Place place;
   };
 
-  [[nodiscard]] std::size_t known_steps(const store::Datastore& datastore,
-                                        std::string_view text) const;
+  [[nodiscard]] std::size_t known_steps(std::string_view text) const;
   bool follow(const store::Datastore& datastore, std::string_view text, std::size_t& depth);
+  [[nodiscard]] Place place_of(const store::Datastore& datastore, std::size_t depth,
+                               const store::SchemaNode& node, bool keyed) const;
   [[nodiscard]] const store::SchemaNode* node_named(const store::Schema& schema, std::size_t depth,
                                                     std::string_view name) const;
   [[nodiscard]] bool rest_is_known(std::string_view rest, std::size_t depth,

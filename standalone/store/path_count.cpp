@@ -2,6 +2,8 @@
 
 #include <libyang/plugins_types.h>
 
+#include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "standalone/store/datastore.h"
@@ -10,9 +12,14 @@
 namespace tarnd::store {
 namespace {
 
+struct Step {
+  const SchemaNode* node = nullptr;
+  bool late = false;  // the model has it in the second half of its siblings
+};
+
 struct CountedPath {
-  std::vector<const SchemaNode*> steps;  // below the root
-  const SchemaNode* leaf = nullptr;      // that the condition names, or null without a condition
+  std::vector<Step> steps;           // below the root
+  const SchemaNode* leaf = nullptr;  // that the condition names, or null without a condition
   std::string_view wanted;
 };
 
@@ -28,13 +35,19 @@ bool is_plain_text(const SchemaNode& node) {
 
 // "[leaf='text']" at the end of the path.
 bool read_condition(PathText& reader, CountedPath& path) {
-  const SchemaNode& last = *path.steps.back();
+  const SchemaNode& last = *path.steps.back().node;
   path.leaf = last.child(reader.until([](char c) { return c == '='; }));
   if (path.leaf == nullptr || !is_plain_text(*path.leaf) || !reader.take('=')) return false;
   const char quote = reader.peek();
   if ((quote != '\'' && quote != '"') || !reader.take(quote)) return false;
   path.wanted = reader.until([quote](char c) { return c == quote; });
   return reader.take(quote) && reader.take(']') && reader.at_end();
+}
+
+bool is_late(const SchemaNode& node) {
+  const auto& siblings = node.parent->children;
+  return std::find(siblings.begin(), siblings.end(), &node) - siblings.begin() >=
+         std::ssize(siblings) / 2;
 }
 
 std::optional<CountedPath> read_path(const SchemaNode& root, std::string_view text) {
@@ -46,7 +59,7 @@ std::optional<CountedPath> read_path(const SchemaNode& root, std::string_view te
   while (reader.take('/')) {
     node = node->child(reader.until(ends_name));
     if (node == nullptr) return std::nullopt;
-    path.steps.push_back(node);
+    path.steps.push_back({node, is_late(*node)});
   }
   if (path.steps.empty()) return std::nullopt;
   if (reader.at_end() || (reader.take('[') && read_condition(reader, path))) return path;
@@ -74,14 +87,16 @@ class Walk {
 
   std::size_t count(const lyd_node* around, std::size_t depth = 0) const {
     if (depth == path_.steps.size()) return holds(around) ? 1 : 0;
-    const SchemaNode& step = *path_.steps[depth];
+    const SchemaNode& step = *path_.steps[depth].node;
+    const lyd_node* const near_end =
+        path_.steps[depth].late ? instance_near_end(around, step) : nullptr;
     if (step.kind != NodeKind::kList && step.kind != NodeKind::kLeafList) {
-      const lyd_node* child = child_instance(around, step);
+      const lyd_node* child = near_end != nullptr ? near_end : child_instance(around, step);
       return child != nullptr ? count(child, depth + 1) : 0;
     }
     // Entries of one list are neighbours.
     std::size_t sum = 0;
-    if (const lyd_node* entry = instance_near_end(around, step)) {
+    if (const lyd_node* entry = near_end) {
       const lyd_node* const first = lyd_child(around);
       for (; entry->schema == step.lysc; entry = entry->prev) {
         sum += count(entry, depth + 1);

@@ -214,6 +214,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         TwoPaths{"OfAnotherEntry", "/config/interface/gpon{1 1 3}/onu{7}/description",
                  "/config/interface/gpon{1 1 3}/onu{9}/description"},
+        TwoPaths{"OfTheEntryAfter", "/config/interface/gpon{1 1 3}/onu{7}/description",
+                 "/config/interface/gpon{1 1 3}/onu{8}/description"},
         TwoPaths{"OfTheListItself", "/config/interface/gpon{1 1 3}/onu{7}/description",
                  "/config/interface/gpon{1 1 3}/onu"},
         TwoPaths{"ThroughTheListItself", "/config/interface/gpon{1 1 3}/onu{7}/description",
