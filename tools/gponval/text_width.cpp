@@ -7,20 +7,22 @@
 namespace gponval {
 namespace {
 
+// Read once: it comes from several files, and a table has thousands of texts.
+locale_t utf8() {
+  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  return locale;
+}
+
 // The thread's locale while the object lives. The command's own is "C", so that its numbers have no
 // digits of a language.
 class Utf8Locale {
  public:
-  Utf8Locale() : utf8_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)), before_(uselocale(utf8_)) {}
+  Utf8Locale() : before_(uselocale(utf8())) {}
   Utf8Locale(const Utf8Locale&) = delete;
   Utf8Locale& operator=(const Utf8Locale&) = delete;
-  ~Utf8Locale() {
-    uselocale(before_);
-    if (utf8_ != nullptr) freelocale(utf8_);
-  }
+  ~Utf8Locale() { uselocale(before_); }
 
  private:
-  locale_t utf8_;
   locale_t before_;
 };
 
