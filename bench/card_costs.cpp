@@ -17,6 +17,7 @@
 
 #include "bench/full_card.h"
 #include "bench/requests.h"
+#include "standalone/kept_memory.h"
 
 namespace {
 
@@ -159,6 +160,7 @@ void measure(const std::string& text, Costs& costs) {
 }  // namespace
 
 int main() {
+  tarnd::keep_freed_memory();  // as gponval does
   Costs& costs = shared_costs();
   for (const Bars& bars : kBars) {
     std::printf("%u full card%s\n", bars.cards, bars.cards == 1 ? "" : "s");

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "standalone/kept_memory.h"
 #include "tools/gponval/commands.h"
 #include "tools/gponval/error_line.h"
 #include "tools/gponval/output.h"
@@ -102,6 +103,7 @@ ExitStatus run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
+  tarnd::keep_freed_memory();
   try {
     return static_cast<int>(run(argc, argv));
   } catch (const std::exception& error) {

@@ -1,4 +1,3 @@
-#include <malloc.h>
 #include <pwd.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -171,16 +170,7 @@ ExitStatus run(netconf::Server& server, const std::vector<netconf::Watch>& watch
   }
 }
 
-// What one commit frees is the memory of the next: the C library would return it to the kernel
-// after each commit, and the next would wait for the kernel to clear it.
-void keep_freed_memory() {
-  constexpr int kMegabyte = 1 << 20;
-  mallopt(M_TRIM_THRESHOLD, 16 * kMegabyte);
-  mallopt(M_MMAP_THRESHOLD, 4 * kMegabyte);
-}
-
 ExitStatus serve(const ServeArguments& arguments) {
-  keep_freed_memory();
   ignore_limit_of_files();
   const netconf::ServerOptions options = server_options(arguments);
   std::optional<netconf::SshOptions> ssh_server;
