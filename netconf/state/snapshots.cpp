@@ -88,7 +88,8 @@ Snapshot newest_snapshot(Connection& connection) {
                    " ORDER BY number DESC LIMIT 1");
   if (!select.step()) return {};
   const Number number = select.integer(0);
-  return {number, static_cast<std::time_t>(select.integer(1)), size_of_snapshot(connection, number)};
+  return {number, static_cast<std::time_t>(select.integer(1)),
+          size_of_snapshot(connection, number)};
 }
 
 void restore(Connection& connection, store::Datastore& datastore, Number number) {
