@@ -142,15 +142,15 @@ const Place* PlaceFinder::find(const store::Datastore& datastore, std::string_vi
     steps_.clear();
   }
   const std::size_t known = known_steps(text);
-  const std::size_t same = known > 0 ? steps_[known - 1].end : 0;
+  const std::size_t kept = known > 0 ? steps_[known - 1].end : 0;
   std::size_t depth = known;
   if (!follow(datastore, text, depth)) {
     steps_.resize(known);
-    text_.resize(same);
+    text_.resize(kept);
     return nullptr;
   }
   steps_.resize(depth);
-  text_.replace(same, std::string::npos, text.substr(same));
+  text_.replace(kept, std::string::npos, text.substr(kept));
   version_ = datastore.version();
   return &steps_.back().place;
 }

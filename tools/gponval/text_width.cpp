@@ -1,6 +1,6 @@
 #include "tools/gponval/text_width.h"
 
-#include <locale.h>
+#include <clocale>
 
 #include <cwchar>
 

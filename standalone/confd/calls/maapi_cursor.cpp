@@ -45,6 +45,15 @@ void set_keys(maapi_cursor& mc, const Model& model, const lyd_node* entry) {
   CONFD_SET_NOEXISTS(&mc.keys[mc.n]);
 }
 
+// Asks the processor for the entry and its first nodes, which mostly follow it in memory: who walks
+// a list reads some of them, each by a pointer in the one before.
+void fetch_soon(const lyd_node* entry) {
+  constexpr std::size_t kLines = 10;
+  constexpr std::size_t kLine = 64;
+  const char* const begin = reinterpret_cast<const char*>(entry);
+  for (std::size_t i = 0; i < kLines; ++i) __builtin_prefetch(begin + i * kLine);
+}
+
 int init_cursor(int sock, int thandle, maapi_cursor& mc, const char* fmt, std::va_list args) {
   // n is not 0 yet, also after a failure here: only the first step finds that there is no entry.
   mc.n = 1;
@@ -75,6 +84,10 @@ int get_next(maapi_cursor& mc) {
   if (cursor == nullptr) return CONFD_ERR;
   if (cursor->next == cursor->entries.size()) return CONFD_OK;
   mc.n = static_cast<int>(cursor->num_keys);
+  constexpr std::size_t kAhead = 2;  // soon enough, and not gone again
+  if (cursor->next + kAhead < cursor->entries.size()) {
+    fetch_soon(cursor->entries[cursor->next + kAhead]);
+  }
   set_keys(mc, session->model, cursor->entries[cursor->next++]);
   return CONFD_OK;
 }
