@@ -150,7 +150,7 @@ const Place* PlaceFinder::find(const store::Datastore& datastore, std::string_vi
     return nullptr;
   }
   steps_.resize(depth);
-  text_.replace(kept, std::string::npos, text.substr(kept));
+  text_.erase(kept).append(text.substr(kept));
   version_ = datastore.version();
   return &steps_.back().place;
 }

@@ -1,7 +1,6 @@
 #include "tools/gponval/text_width.h"
 
 #include <clocale>
-
 #include <cwchar>
 
 namespace gponval {
