@@ -31,9 +31,9 @@ class MatchOverlapValidation {
   MatchOverlapValidation& operator=(const MatchOverlapValidation&) = delete;
   ~MatchOverlapValidation();
 
-  /// Takes the memory of the table for this many claims, so that they need not be moved as it
-  /// grows.
-  void reserve(std::size_t claims);
+  /// Takes the memory of the table for this many claims, so that none moves as the table grows. Not
+  /// exported, unlike the others.
+  [[gnu::visibility("hidden")]] void reserve(std::size_t claims);
 
   /// Claims the traffic for service port `sp`. The match VLAN -1 means traffic of any VLAN and is
   /// compared like any other value. Returns true if an earlier service port has claimed the same
