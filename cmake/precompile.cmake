@@ -1,6 +1,6 @@
-# Headers that are compiled once for a target, in presets whose builds are many and short. A build without
-# them, such as release, notices what a source forgets to include. A compiler cache saves more, and does
-# not work well with precompiled headers.
+# Headers that are compiled once for a target, in presets that are often built from nothing. Builds without
+# them notice what a source forgets to include: lint, fuzz and those for other processors. A compiler cache
+# saves more, and does not work well with precompiled headers.
 option(GPON_VALID_PRECOMPILE "Precompile headers, unless there is a compiler cache" OFF)
 
 set(standard_headers <algorithm> <array> <chrono> <filesystem> <functional> <iostream> <map> <memory>
