@@ -11,7 +11,7 @@ The command ``gponval-fleet`` does this; see docs/fleet.md.
 from __future__ import annotations
 
 from gponval.fleet._audit import audit
-from gponval.fleet._records import Finding, Job, LinkRecord, Record, Trouble
+from gponval.fleet._records import Finding, Job, Record, Trouble
 from gponval.fleet._running import LocalWorkers, audited
 from gponval.fleet._sources import Fleet
 
@@ -19,7 +19,6 @@ __all__ = [
     "Finding",
     "Fleet",
     "Job",
-    "LinkRecord",
     "LocalWorkers",
     "Record",
     "Trouble",

@@ -6,7 +6,7 @@ import time
 from typing import List
 
 import gponval
-from gponval.fleet._records import Finding, Job, LinkRecord, Record
+from gponval.fleet._records import Finding, Job, Record
 
 _EMPTY = b'{"base:config":{}}'
 
@@ -40,7 +40,7 @@ def _audited(job: Job) -> Record:
         job.name,
         _status(findings),
         findings=findings,
-        links=[LinkRecord(*link) for link in load.links],
+        links=load.links,
         service_ports=load.service_ports,
         service_port_limit=load.limits.service_ports,
     )

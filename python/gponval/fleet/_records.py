@@ -8,6 +8,8 @@ from dataclasses import asdict, dataclass, field
 from hashlib import sha256
 from typing import Any, Dict, List, Optional
 
+from gponval import Link
+
 STATUSES = ("clean", "warned", "refused", "unreadable", "failed")
 
 
@@ -53,20 +55,6 @@ class Finding:
     text: str
 
 
-@dataclass(frozen=True)
-class LinkRecord:
-    """One PON link as ``gponval.Link`` describes it, and how full it is as a part of 1."""
-
-    path: str
-    onus: int
-    total: Optional[int]
-    total_room: Optional[int]
-    fixed: Optional[int]
-    fixed_room: Optional[int]
-    share: Optional[float]
-    rejected: str
-
-
 @dataclass
 class Record:
     """The audit of one card, a line of JSON."""
@@ -79,7 +67,7 @@ class Record:
     """Why an unreadable card could not be read, or what happened to a failed one."""
     line: Optional[int] = None
     findings: List[Finding] = field(default_factory=list)
-    links: List[LinkRecord] = field(default_factory=list)
+    links: List[Link] = field(default_factory=list)
     service_ports: int = 0
     service_port_limit: int = 0
     seconds: float = 0.0
@@ -94,7 +82,9 @@ class Record:
         return sum(link.onus for link in self.links)
 
     def to_json(self) -> str:
-        return json.dumps(asdict(self), separators=(",", ":"))
+        values = asdict(self)
+        values["links"] = [link._asdict() for link in self.links]
+        return json.dumps(values, separators=(",", ":"))
 
 
 def record_of(text: bytes) -> Record:
@@ -102,7 +92,7 @@ def record_of(text: bytes) -> Record:
     try:
         values: Dict[str, Any] = json.loads(text)
         values["findings"] = [Finding(**finding) for finding in values["findings"]]
-        values["links"] = [LinkRecord(**link) for link in values["links"]]
+        values["links"] = [Link(**link) for link in values["links"]]
         record = Record(**values)
     except (KeyError, TypeError, ValueError, AttributeError, RecursionError) as error:
         raise ValueError("no record of an audit") from error

@@ -5,7 +5,8 @@ from __future__ import annotations
 from collections import Counter
 from typing import Dict, List, Tuple
 
-from gponval.fleet._records import STATUSES, LinkRecord, Record, printable
+from gponval import Link
+from gponval.fleet._records import STATUSES, Record, printable
 
 _FULLEST = 5
 _CARDS_OF_A_REASON = 3
@@ -23,7 +24,7 @@ class Summary:
         """Why cards could not be audited: how many, and some of their names."""
         self.onus = 0
         self.links = 0
-        self.fullest: List[Tuple[str, LinkRecord]] = []
+        self.fullest: List[Tuple[str, Link]] = []
         """The fullest links with their cards, the fullest first."""
 
     def add(self, record: Record) -> None:
@@ -77,7 +78,7 @@ class Summary:
         return ", ".join(counts) or "none"
 
 
-def _fullest_first(entry: Tuple[str, LinkRecord]) -> Tuple[float, str, str]:
+def _fullest_first(entry: Tuple[str, Link]) -> Tuple[float, str, str]:
     """Audits end in any order, which must not show."""
     name, link = entry
     return (-(link.share or 0), name, link.path)
