@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -30,11 +32,26 @@ int note_pages(void* pages, sqlite3* /*handle*/, const char* /*name*/, int now) 
   throw Failure("state '" + file.string() + "': " + why, cause);
 }
 
+// A command that read the file while it was read-only has left SQLite's other two read-only, too.
+// What cannot be changed is reported when SQLite opens them.
+void make_writable_again(const std::filesystem::path& file, mode_t mode) {
+  for (const char* suffix : {"-wal", "-shm"}) {
+    const std::string name = file.string() + suffix;
+    if (access(name.c_str(), W_OK) == 0) continue;
+    const Descriptor left(open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (left.get() >= 0) fchmod(left.get(), mode);
+  }
+}
+
 // SQLite opens a file that it must not write to for reading, and a folder not at all.
 Descriptor locked(const std::filesystem::path& file) {
   Descriptor lock(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnersOnly));
   if (lock.get() < 0) fail(file, std::strerror(errno));
-  if (flock(lock.get(), LOCK_EX | LOCK_NB) == 0) return lock;
+  if (flock(lock.get(), LOCK_EX | LOCK_NB) == 0) {
+    struct stat status = {};
+    if (fstat(lock.get(), &status) == 0) make_writable_again(file, status.st_mode);
+    return lock;
+  }
   if (errno != EWOULDBLOCK) fail(file, std::strerror(errno));
   fail(file, "another process serves it", Failure::Cause::kInUse);
 }
