@@ -51,10 +51,10 @@ class SaveTest : public CommandTest {
     const std::filesystem::path fifo = folder_ / "fifo";
     mkfifo(fifo.c_str(), 0600);
     auto run = std::async(std::launch::async, [&] {
-      return run_program(folder_, {"/bin/sh", "-c",
-                                   "exec \"$0\" commit --running \"$1\" --change fifo --save "
-                                   "\"$2\" < card.xml",
-                                   gponval_command(), running, target});
+      return run_program(folder_,
+                         {"/bin/sh", "-c",
+                          R"(exec "$0" commit --running "$1" --change fifo --save "$2" <card.xml)",
+                          gponval_command(), running, target});
     });
     // Opened without a reader it fails, so that a command that ends early ends the test, too.
     tarnd::Descriptor change(-1);
@@ -205,7 +205,9 @@ TEST_F(SaveTest, WhatIsNoRegularFileIsRefusedBeforeTheCommit) {
     const Outcome run = commit(too_late ? good_ : rejected, {"--save", target});
     EXPECT_EQ(run.status, 2) << target;
     EXPECT_THAT(run.out, IsEmpty()) << target;
-    EXPECT_EQ(run.err, "gponval: cannot save '" + target + "': " + told + "\n");
+    EXPECT_EQ(
+        run.err,
+        std::string("gponval: cannot save '").append(target).append("': ").append(told) + "\n");
   }
   EXPECT_EQ(commit(rejected, {"--save", ""}).err, "gponval: --save needs the name of a file\n");
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
