@@ -82,8 +82,11 @@ class Record:
         return sum(link.onus for link in self.links)
 
     def to_json(self) -> str:
-        values = asdict(self)
-        values["links"] = [link._asdict() for link in self.links]
+        values = {
+            **vars(self),
+            "findings": [asdict(finding) for finding in self.findings],
+            "links": [link._asdict() for link in self.links],
+        }
         return json.dumps(values, separators=(",", ":"))
 
 
